@@ -1,0 +1,7 @@
+// The builder's edition for set 0.
+#include "runtime/product.h"
+
+const int is_net = 1;
+const int is_dvd = 0;
+const int is_build = 1;
+const int install_type = 0;

@@ -1,0 +1,7 @@
+// The builder's edition for set 4.
+#include "runtime/product.h"
+
+const int is_net = 0;
+const int is_dvd = 4;
+const int is_build = 1;
+const int install_type = 0;
