@@ -1,0 +1,1 @@
+"""Draws the four pictures of the interface and checks them against art/regions.csv."""
