@@ -1,0 +1,12 @@
+// folder_dialog.h: the desktop's folder dialog, through whichever helper is installed (zenity or kdialog), without a
+// shell. The helper runs beside the program; `keep_alive` is called some times a second while it is open.
+#pragma once
+
+#include <string>
+
+enum class folder_dialog_result { chosen, cancelled, no_helper };
+
+bool folder_dialog_available();
+// `chosen` has no final "/". A choice with ":", "\", CR or LF is a cancel, and so is a failure.
+folder_dialog_result run_folder_dialog(const std::string& title, const std::string& start, std::string& chosen,
+                                       void (*keep_alive)());

@@ -1,0 +1,35 @@
+// folders.h: where things lie on this system: the five folders of get_OS_abs_path, the state folder and the private
+// temporary folder of this run.
+// Paths: byte strings with "/"; every folder ends in one "/".
+// Errors: nothing throws; a folder that cannot be had leaves the caller's string as it stood, or is empty.
+// Threads: main thread only.
+#pragma once
+
+#include <string>
+
+enum {
+    os_dir_this_app = 0,      // folder of the running executable, by the kernel's link to it
+    os_dir_desktop = 1,       // XDG desktop folder, else "Desktop" below the home folder
+    os_dir_default_apps = 2,  // the home folder, parent of new installs
+    os_dir_temp = 3,          // private to this run, mode 0700, made at first need
+    os_dir_prefs = 4          // "velaris/" below the configuration folder, made with mode 0700 if missing
+};
+
+// Leaves `out` as it stood when the folder cannot be had. "\" and ":" of the result become "/".
+void get_OS_abs_path(int which, std::string* out);
+
+// HOME, else the password entry; ends in "/". Empty when neither is known.
+std::string home_folder();
+
+// "velaris/" below XDG_STATE_HOME or ~/.local/state/, made if missing; empty when it cannot be made.
+std::string state_folder();
+
+// Path of the running executable; empty when the kernel does not tell.
+std::string executable_path();
+
+// Removes the files that a run leaves in its temporary folder (serverlist.txt, directory.txt.zip, directory.txt, 0.zip
+// to 3.zip), then the folder if it is empty. Files that the program does not know stay. No effect if none was made.
+void remove_temp_folder();
+
+// True if a file can be made in the existing folder `path`; nothing is made for the test.
+bool folder_is_writable(const std::string& path);

@@ -1,0 +1,160 @@
+#include "runtime/oops.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "platform/folders.h"
+#include "platform/process.h"
+#include "runtime/cmdline.h"
+#include "runtime/hl_string.h"
+#include "runtime/log.h"
+#include "runtime/product.h"
+#include "runtime/thread.h"
+
+alert_front_t alert_front;
+
+static bool in_alert = false;  // main thread only
+
+exce_class::exce_class() : file("no exception"), line(0), level(t_exit) {}
+
+exce_class::exce_class(std::string l1, std::string l2, std::string l3, std::string l4, const char* source_file,
+                       int source_line, int alert_level)
+    : line1(std::move(l1)),
+      line2(std::move(l2)),
+      line3(std::move(l3)),
+      line4(std::move(l4)),
+      file(source_file),
+      line(source_line),
+      level(alert_level) {}
+
+static bool off_main_thread() {
+    return THREAD_is_inited() && !THREAD_is_main_thread();
+}
+
+static void log_lines(const exce_class& e) {
+    xer << e.line1 << "\n" << e.line2 << "\n" << e.line3 << "\n" << e.line4 << "\n";
+}
+
+void exce_class::Report() const {
+    if (!off_main_thread()) {
+        __MACIBM_alert(0, line1, line2, line3, line4, level, file, line);
+        return;
+    }
+    xer << "EXCEPTION REPORTED FROM THREAD!!  File: " << file << ", line " << line << ".\n";
+    log_lines(*this);
+    xer.flush();
+    app_done = 1;
+    MACIBM_finishup(1);
+}
+
+void exce_class::LogAndContinue() const {
+    xer << "Logging " << (level ? "fatal" : "non-fatal") << " Exception thrown from file: " << file << ", line " << line
+        << ".\n";
+    log_lines(*this);
+    xer.flush();
+}
+
+void leave_process(int status) {
+    if (alert_front.leave) alert_front.leave(status);
+    std::exit(status);
+}
+
+static void write_to_stderr(const std::string& main_text, const std::string& secondary_text) {
+    std::fprintf(stderr, "%s\n", main_text.c_str());
+    if (secondary_text != " ") std::fprintf(stderr, "%s\n", secondary_text.c_str());
+    std::fflush(stderr);
+}
+
+// The system's box takes two texts of the length of a path. An over-long one is a failure of its own, except inside
+// another alert, where that failure would carry the same text round for ever.
+static std::string native_text(const std::string& first, const std::string& second, bool recursive_error) {
+    std::string text = first + " " + second;
+    if (recursive_error)
+        text.resize(std::min(text.size(), path_buffer_size - 1));
+    else
+        check_path_length(text);
+    return text;
+}
+
+static void show_native(const exce_class& e, bool recursive_error) {
+    const std::string main_text = native_text(e.line1, e.line2, recursive_error);
+    const std::string secondary_text = native_text(e.line3, e.line4, recursive_error);
+    (alert_front.native ? alert_front.native : write_to_stderr)(main_text, secondary_text);
+}
+
+static void show(const exce_class& e, const std::string& place, int next_window, bool recursive_error) {
+    if (e.line1.empty() && e.line2.empty() && e.line3.empty() && e.line4.empty()) return;
+    if (alert_front.show && !recursive_error)
+        alert_front.show(e, place, next_window);
+    else
+        show_native(e, recursive_error);
+}
+
+// Marks an alert that is under way. Left by an exception too, so that a caller who survives a fatal alert (a test) does
+// not find every later one taken for an alert within an alert.
+struct alert_mark {
+    const bool before = std::exchange(in_alert, true);
+    alert_mark() = default;
+    alert_mark(const alert_mark&) = delete;
+    alert_mark& operator=(const alert_mark&) = delete;
+    ~alert_mark() { in_alert = before; }
+};
+
+static void alert_to_log_only(const exce_class& e, const std::string& place) {
+    log_lines(e);
+    xer << place << "\n" << std::flush;
+    if (e.level != t_exit) return;
+    remove_temp_folder();
+    leave_process(1);
+}
+
+static void alert_on_main_thread(const exce_class& e, int next_window) {
+    const std::string place = std::string("(") + e.file + " line " + std::to_string(e.line) + ")";
+    if (cmdline.has_option("--fps_test")) {
+        alert_to_log_only(e, place);
+        return;
+    }
+
+    const alert_mark mark;
+    const bool recursive_error = mark.before;
+    show(e, place, next_window, recursive_error);
+
+    const bool fatal = e.level == t_exit || recursive_error;
+    if (e.level == t_alert || fatal) {
+        xer << "\n";
+        log_lines(e);
+        xer << place << "\n" << std::flush;
+    }
+    if (!fatal) return;
+    MACIBM_finishup(0);
+    app_done = 1;
+    leave_process(1);
+}
+
+void __MACIBM_alert(int next_window, const std::string& line1, const std::string& line2, const std::string& line3,
+                    const std::string& line4, int type, const char* file, int line) {
+    const exce_class e(line1, line2, line3, line4, file, line, type);
+    if (off_main_thread())
+        THREAD_send_exception(e);
+    else
+        alert_on_main_thread(e, next_window);
+}
+
+void MACIBM_finishup(int save) {
+    if (save && alert_front.save_settings && !cmdline.has_option("--fps_test")) alert_front.save_settings();
+    if (save) THREAD_shutdown();
+    // A display is closed once, even if closing it fails with an alert; that one, and any later, has no screen.
+    if (auto* const close_display = std::exchange(alert_front.close_display, nullptr)) {
+        alert_front.show = nullptr;
+        close_display(save);
+    }
+    remove_temp_folder();
+    xer.close();
+}
+
+void go_to_URL(const std::string& url) {
+    check_path_length(url);
+    open_in_browser(url);
+}

@@ -1,0 +1,53 @@
+#include "runtime/startup.h"
+
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <numbers>
+
+#include "platform/process.h"
+#include "runtime/cmdline.h"
+#include "runtime/log.h"
+#include "runtime/product.h"
+#include "runtime/thread.h"
+
+float randrat[10000];
+float lookup_sin[361], lookup_cos[361];
+
+double random_unit() {
+    return std::rand() * 4.656613e-10;
+}
+
+// The table first, from a fixed seed; what is drawn later is to differ from run to run.
+static void fill_random_table() {
+    std::srand(1);
+    for (float& entry : randrat)
+        entry = static_cast<float>(random_unit() * 0.9999);
+
+    const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
+    const auto seed =
+        static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::microseconds>(since_epoch).count());
+    std::srand(seed);
+    for (std::uint32_t i = 0; i < seed % 1000; ++i)
+        std::rand();
+}
+
+static void fill_angle_tables() {
+    for (int degree = 0; degree <= 360; ++degree) {
+        lookup_sin[degree] = static_cast<float>(std::sin(degree * std::numbers::pi / 180));
+        lookup_cos[degree] = static_cast<float>(std::cos(degree * std::numbers::pi / 180));
+    }
+}
+
+void runtime_start(int argc, char* const* argv) {
+    open_standard_descriptors();
+    ignore_sigpipe();
+    if (is_dvd) g_case_sensitive = 0;  // discs are read on systems that ignore the case
+    open_log();
+    fill_random_table();
+    fill_angle_tables();
+    write_log_header();
+    cmdline.init_unix(argc, argv);
+    THREAD_init();
+}

@@ -1,0 +1,148 @@
+#include "platform/folders.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <map>
+#include <optional>
+
+#include "platform/volume.h"
+#include "support/scratch.h"
+
+static std::string folder(int which) {
+    std::string path = "untouched";
+    get_OS_abs_path(which, &path);
+    return path;
+}
+
+static unsigned mode_of(const std::string& path) {
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777U : ~0U;
+}
+
+// A user whose home is a private folder and whose environment says nothing else.
+class Folders : public testing::Test {
+  protected:
+    Folders() {
+        for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "TMPDIR"}) {
+            const char* value = std::getenv(name);
+            before[name] = value ? std::optional<std::string>(value) : std::nullopt;
+            unsetenv(name);
+        }
+        setenv("HOME", home.path().c_str(), 1);
+    }
+    ~Folders() override {
+        remove_temp_folder();
+        for (const auto& [name, value] : before)
+            value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
+    }
+    scratch home;
+
+  private:
+    std::map<std::string, std::optional<std::string>> before;
+};
+
+TEST_F(Folders, own_folder_follows_the_executable_and_not_the_current_folder) {
+    ASSERT_EQ(chdir("/"), 0);
+    EXPECT_TRUE(scratch::exists(folder(os_dir_this_app) + "platform_tests"));
+    EXPECT_EQ(folder(os_dir_this_app).back(), '/');
+}
+
+TEST_F(Folders, home_without_a_usable_HOME_comes_from_the_password_entry) {
+    setenv("HOME", "/ho:me/a\\b", 1);
+    EXPECT_EQ(folder(os_dir_default_apps), "/ho/me/a/b/");  // no separator of another system is left
+    const std::string listed = getpwuid(getuid())->pw_dir;
+    for (const char* unusable : {"", "relative/home"}) {
+        setenv("HOME", unusable, 1);
+        EXPECT_EQ(home_folder(), listed + (listed.back() == '/' ? "" : "/"));
+    }
+}
+
+TEST_F(Folders, preferences_and_state_are_made_private_with_all_that_leads_there) {
+    EXPECT_EQ(folder(os_dir_prefs), home / ".config/velaris/");
+    EXPECT_EQ(mode_of(home / ".config/velaris"), 0700U);
+    EXPECT_EQ(state_folder(), home / ".local/state/velaris/");
+    EXPECT_EQ(mode_of(home / ".local"), 0700U);
+
+    setenv("XDG_CONFIG_HOME", "relative", 1);  // would move with the current folder
+    EXPECT_EQ(folder(os_dir_prefs), home / ".config/velaris/");
+    setenv("XDG_CONFIG_HOME", (home / "conf").c_str(), 1);
+    EXPECT_EQ(folder(os_dir_prefs), home / "conf/velaris/");
+}
+
+TEST_F(Folders, a_folder_that_cannot_be_made_leaves_the_callers_text_alone) {
+    const std::string file = home.write("file", "");
+    setenv("XDG_CONFIG_HOME", file.c_str(), 1);
+    setenv("XDG_STATE_HOME", file.c_str(), 1);
+    EXPECT_EQ(folder(os_dir_prefs), "untouched");
+    EXPECT_EQ(state_folder(), "");
+    EXPECT_EQ(folder(5), "untouched");
+}
+
+TEST_F(Folders, desktop_is_the_one_that_the_user_has_set) {
+    EXPECT_EQ(folder(os_dir_desktop), home / "Desktop/");
+    home.write(".config/user-dirs.dirs",
+               "# XDG_DESKTOP_DIR=\"/wrong\"\nXDG_DESKTOP_DIR=\"$HOME/Schreib \\\"tisch\"\nXDG_MUSIC_DIR=\"/m\"\n");
+    EXPECT_EQ(folder(os_dir_desktop), home / "Schreib \"tisch/");
+    home.write(".config/user-dirs.dirs", "XDG_DESKTOP_DIR=\"/some/where/\"\n");
+    EXPECT_EQ(folder(os_dir_desktop), "/some/where/");
+    home.write(".config/user-dirs.dirs", "XDG_DESKTOP_DIR=\"not/absolute\"\n");
+    EXPECT_EQ(folder(os_dir_desktop), home / "Desktop/");
+}
+
+TEST_F(Folders, temporary_folder_is_private_can_be_reached_and_is_the_same_all_through_a_run) {
+    home.write("a:b/keep", "");
+    for (const std::string& parent : {home.path(), home / "a:b", home / "missing", std::string("relative")}) {
+        setenv("TMPDIR", parent.c_str(), 1);
+        const std::string temp = folder(os_dir_temp);
+        EXPECT_EQ(temp.starts_with(home.path()), parent == home.path()) << temp;
+        EXPECT_EQ(mode_of(temp), 0700U);
+        setenv("TMPDIR", "/elsewhere", 1);
+        EXPECT_EQ(folder(os_dir_temp), temp);
+        remove_temp_folder();
+    }
+}
+
+TEST_F(Folders, removal_takes_what_a_run_leaves_and_nothing_else) {
+    setenv("TMPDIR", home.path().c_str(), 1);
+    for (const bool foreign : {false, true}) {
+        const std::string temp = folder(os_dir_temp);
+        const std::string name = temp.substr(home.path().size());
+        for (const char* known : {"serverlist.txt", "directory.txt.zip", "directory.txt", "0.zip", "3.zip"})
+            home.write(name + known, "x");
+        if (foreign) home.write(name + "mine.txt", "x");
+        remove_temp_folder();
+        EXPECT_EQ(scratch::exists(temp.substr(0, temp.size() - 1)), foreign);
+        EXPECT_EQ(scratch::exists(temp + "mine.txt"), foreign);
+        EXPECT_FALSE(scratch::exists(temp + "0.zip"));
+    }
+}
+
+TEST_F(Folders, only_a_folder_counts_as_writable_or_has_free_space) {
+    EXPECT_TRUE(folder_is_writable(home.path()));
+    EXPECT_FALSE(folder_is_writable(home.write("file", "")));
+    EXPECT_FALSE(folder_is_writable(home / "missing"));
+
+    std::uint64_t bytes = 7;
+    EXPECT_FALSE(volume_free_bytes(home / "missing/", bytes));
+    EXPECT_EQ(bytes, 7U);
+    EXPECT_TRUE(volume_free_bytes(home.path(), bytes));
+    EXPECT_GT(bytes, 7U);
+}
+
+TEST_F(Folders, what_the_user_may_not_write_is_not_writable) {
+    ASSERT_EQ(chmod(home.path().c_str(), 0555), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (geteuid() == 0 && seteuid(65534) != 0) _exit(2);  // root may write anywhere
+        _exit(folder_is_writable(home.path()) ? 1 : 0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    chmod(home.path().c_str(), 0700);
+}

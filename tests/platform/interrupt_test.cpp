@@ -1,0 +1,99 @@
+#include "platform/interrupt.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+#include <initializer_list>
+
+// Signals and terminals are for a process of their own. What `act` returns is its exit status.
+static int in_child(const std::function<int()>& act) {
+    const pid_t child = fork();
+    if (child == 0) _exit(act());
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+static bool readable(int fd, int timeout_ms) {
+    pollfd waiting{fd, POLLIN, 0};
+    return poll(&waiting, 1, timeout_ms) == 1 && (waiting.revents & POLLIN);
+}
+
+TEST(Interrupt, each_signal_is_remembered_and_wakes_a_poll) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        const int seen = in_child([number] {
+            catch_interrupts();
+            if (readable(interrupt_wake_fd(), 0)) return 0;
+            raise(number);
+            return readable(interrupt_wake_fd(), 0) ? interrupt_requested() : 0;
+        });
+        EXPECT_EQ(seen, number);
+    }
+}
+
+static void raise_each(std::initializer_list<int> numbers) {
+    catch_interrupts();
+    for (const int number : numbers)
+        raise(number);
+}
+
+TEST(Interrupt, only_a_second_ctrl_c_ends_the_process_and_an_ignored_hang_up_stays_ignored) {
+    EXPECT_EQ(in_child([] { return raise_each({SIGTERM, SIGTERM, SIGINT}), 0; }), 130);
+    EXPECT_EQ(in_child([] { return raise_each({SIGINT, SIGTERM, SIGHUP}), interrupt_requested(); }), SIGINT);
+    signal(SIGHUP, SIG_IGN);  // as for a run that is to outlive its terminal
+    EXPECT_EQ(in_child([] { return raise_each({SIGHUP}), interrupt_requested(); }), 0);
+    signal(SIGHUP, SIG_DFL);
+}
+
+// Makes a new terminal the standard input of this process. Returns its far end, where a person types.
+static int take_terminal() {
+    int keyboard = -1, terminal = -1;
+    setsid();
+    if (openpty(&keyboard, &terminal, nullptr, nullptr, nullptr) != 0) return -1;
+    ioctl(terminal, TIOCSCTTY, 0);
+    dup2(terminal, STDIN_FILENO);
+    return keyboard;
+}
+
+static bool typed(int keyboard, const char* keys, size_t size) {
+    return write(keyboard, keys, size) == static_cast<ssize_t>(size) && readable(STDIN_FILENO, 10000);
+}
+
+TEST(TerminalKeys, a_key_is_seen_at_once_without_echo_and_the_terminal_is_given_back) {
+    EXPECT_EQ(in_child([] {
+                  const int keyboard = take_terminal();
+                  termios before, during, after;
+                  if (keyboard < 0 || tcgetattr(0, &before) != 0) return 1;
+                  watch_terminal_keys();
+                  watch_terminal_keys();  // must not take the changed mode for the shell's
+                  if (tcgetattr(0, &during) != 0 || (during.c_lflag & (ICANON | ECHO))) return 2;
+                  if (!(during.c_lflag & ISIG)) return 3;
+                  if (terminal_key_pressed('q')) return 4;
+                  if (!typed(keyboard, "xq", 2) || !terminal_key_pressed('q')) return 5;
+                  if (terminal_key_pressed('q')) return 6;
+                  if (!typed(keyboard, "x", 1) || terminal_key_pressed('q')) return 7;
+                  if (readable(keyboard, 0)) return 8;
+                  restore_terminal();
+                  return tcgetattr(0, &after) == 0 && after.c_lflag == before.c_lflag ? 0 : 9;
+              }),
+              0);
+}
+
+TEST(TerminalKeys, input_from_elsewhere_is_not_touched) {
+    EXPECT_EQ(in_child([] {
+                  int ends[2];
+                  if (pipe(ends) != 0 || dup2(ends[0], STDIN_FILENO) != 0) return 1;
+                  watch_terminal_keys();
+                  if (!typed(ends[1], "q", 1) || terminal_key_pressed('q')) return 2;
+                  return readable(STDIN_FILENO, 0) ? 0 : 3;
+              }),
+              0);
+}

@@ -1,0 +1,76 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "platform/machine.h"
+#include "support/scratch.h"
+
+// A named pipe by which a detached child reports: reading waits for it, however slow it is.
+class Children : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); }
+    scratch folder;
+    const std::string pipe = folder / "report";
+};
+
+TEST_F(Children, get_their_words_untouched_a_quiet_output_and_SIGPIPE) {
+    ignore_sigpipe();
+    const std::string script =
+        "sh -c 'kill -PIPE $$'; state=$?\n"
+        "for fd in 0 1 2; do state=\"$state $(readlink /proc/$$/fd/$fd)\"; done\n"
+        "[ -e /proc/$$/fd/" +
+        std::to_string(open("/", O_RDONLY)) + " ] && state=\"$state leaked\"\necho \"$state $1\" > \"$2\"";
+    spawn_detached({"sh", "-c", script, "sh", "a; $(b) `c` *", pipe});
+    EXPECT_EQ(scratch::read(pipe), "141 /dev/null /dev/null /dev/null a; $(b) `c` *\n");
+}
+
+TEST_F(Children, leave_no_zombie_even_when_they_cannot_start) {
+    spawn_detached({"sh", "-c", "exec > \"$1\"; echo here", "sh", pipe});
+    EXPECT_EQ(scratch::read(pipe), "here\n");
+    spawn_detached({folder / "no such program"});
+    spawn_detached({});
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(Children, browser_gets_the_address_as_one_word) {
+    const std::string tool = folder.write("xdg-open", "#!/bin/sh\necho \"$# $1\" > '" + pipe + "'\n");
+    ASSERT_EQ(chmod(tool.c_str(), 0700), 0);
+    setenv("PATH", (folder.path() + ":" + std::getenv("PATH")).c_str(), 1);
+    open_in_browser("http://shop.example/cart.php?m=list&c=3 x");
+    EXPECT_EQ(scratch::read(pipe), "1 http://shop.example/cart.php?m=list&c=3 x\n");
+}
+
+TEST(Descriptors, closed_standard_ones_are_filled_and_open_ones_kept) {
+    scratch folder;
+    const std::string kept = folder.write("kept", "text");
+    const pid_t child = fork();
+    if (child == 0) {
+        for (int fd = 0; fd <= 2; ++fd)
+            close(fd);
+        const int in = open(kept.c_str(), O_RDONLY);
+        open_standard_descriptors();
+        char text[4];
+        const bool untouched = in == 0 && read(0, text, 4) == 4 && text[0] == 't';
+        const bool filled = write(1, "x", 1) == 1 && write(2, "x", 1) == 1;
+        _exit(untouched && filled && open("/", O_RDONLY) > 2 ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Machine, kernel_releases_of_any_shape_give_three_parts) {
+    EXPECT_EQ(first_three_numbers("6.1.0-13-amd64"), "6.1.0");
+    EXPECT_EQ(first_three_numbers("5.10.205.1"), "5.10.205");
+    EXPECT_EQ(first_three_numbers("6.1-rc3"), "6.1.?");
+    EXPECT_EQ(first_three_numbers("next.7"), "?.?.?");
+    EXPECT_EQ(first_three_numbers(""), "?.?.?");
+}

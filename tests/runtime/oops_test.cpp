@@ -1,0 +1,156 @@
+#include "runtime/oops.h"
+
+#include <gtest/gtest.h>
+
+#include "runtime/cmdline.h"
+#include "runtime/opened_log.h"
+#include "runtime/product.h"
+#include "runtime/thread.h"
+#include "support/alerts.h"
+
+static std::string trail;  // what the front end was asked for, in order
+
+static void raise_alert(int type, const std::string& line1 = "one") {
+    __MACIBM_alert(3, line1, line1.empty() ? "" : "two", "", line1.empty() ? "" : "four", type, "place/file", 42);
+}
+
+class Alerts : public testing::Test {
+  protected:
+    Alerts() {
+        trail.clear();
+        app_done = 0;
+        cmdline.clear();
+        alert_front.show = [](const exce_class& e, const std::string& place, int next_window) {
+            trail += "show " + e.line1 + " " + place + " " + std::to_string(next_window) + "\n";
+        };
+        alert_front.native = [](const std::string& main_text, const std::string& secondary_text) {
+            trail += "native " + main_text + "|" + secondary_text + "\n";
+        };
+        alert_front.save_settings = [] { trail += "save\n"; };
+        alert_front.close_display = [](int save) { trail += "close " + std::to_string(save) + "\n"; };
+    }
+    alert_catcher catcher;  // a fatal alert throws `left`; puts the front end back at its end
+    opened_log log;
+};
+
+TEST_F(Alerts, a_warning_is_shown_logged_and_returns_and_a_question_is_not_logged) {
+    raise_alert(0);
+    raise_alert(t_alert);
+    EXPECT_EQ(trail, "show one (place/file line 42) 3\nshow one (place/file line 42) 3\n");
+    EXPECT_EQ(log.text(), "\none\ntwo\n\nfour\n(place/file line 42)\n");
+    EXPECT_EQ(app_done, 0);
+}
+
+TEST_F(Alerts, a_fatal_one_is_logged_closes_without_saving_and_leaves_with_1) {
+    try {
+        raise_alert(t_exit);
+        FAIL() << "returned";
+    } catch (const left& end) {
+        EXPECT_EQ(end.status, 1);
+    }
+    EXPECT_EQ(trail, "show one (place/file line 42) 3\nclose 0\n");
+    EXPECT_EQ(log.text(), "\none\ntwo\n\nfour\n(place/file line 42)\n");
+    EXPECT_FALSE(xer.is_open());
+    EXPECT_EQ(app_done, 1);
+}
+
+TEST_F(Alerts, empty_lines_show_nothing_but_still_end_the_program) {
+    EXPECT_THROW(raise_alert(t_exit, ""), left);
+    EXPECT_EQ(trail, "close 0\n");
+    EXPECT_EQ(log.text(), "\n\n\n\n\n(place/file line 42)\n");
+}
+
+TEST_F(Alerts, one_raised_while_another_shows_opens_no_second_screen_and_ends_the_program) {
+    alert_front.show = [](const exce_class& e, const std::string&, int) {
+        trail += "show " + e.line1 + "\n";
+        raise_alert(t_alert, "inner");
+        trail += "not reached\n";
+    };
+    EXPECT_THROW(raise_alert(t_alert, "outer"), left);
+    EXPECT_EQ(trail, "show outer\nnative inner two| four\nclose 0\n");
+    EXPECT_EQ(log.text(), "\ninner\ntwo\n\nfour\n(place/file line 42)\n");
+}
+
+TEST_F(Alerts, a_failure_of_the_closing_ends_the_program_without_a_circle) {
+    alert_front.close_display = [](int) { raise_alert(t_exit, "closing"); };
+    EXPECT_THROW(raise_alert(t_exit), left);
+    EXPECT_EQ(trail, "show one (place/file line 42) 3\nnative closing two| four\n");
+
+    trail.clear();
+    alert_front.show = [](const exce_class&, const std::string&, int) { trail += "shown on a closed display\n"; };
+    alert_front.close_display = [](int) { raise_alert(t_alert, "closing"); };
+    MACIBM_finishup(1);
+    EXPECT_EQ(trail, "save\nnative closing two| four\n");
+}
+
+TEST_F(Alerts, an_over_long_native_text_is_fatal_and_then_cut) {
+    alert_front.show = nullptr;
+    const std::string fits(495, 'x');  // "xxx two" has 499
+    raise_alert(t_alert, fits);
+    EXPECT_EQ(trail, "native " + fits + " two| four\n");
+
+    trail.clear();
+    EXPECT_THROW(raise_alert(t_alert, fits + "x"), left);
+    const std::string second = "String too long! " + fits + "x two";
+    EXPECT_EQ(trail, "native " + second.substr(0, 499) + "| \nclose 0\n");
+    EXPECT_NE(log.text().find("String too long!\n" + fits + "x two\n\n\n(HLutils/GenH/hl_string line 136)\n"),
+              std::string::npos);
+}
+
+TEST_F(Alerts, frame_rate_test_uses_the_log_alone) {
+    char program[] = "program", option[] = "--fps_test=100";
+    char* argv[] = {program, option};
+    cmdline.init_unix(2, argv);
+    raise_alert(t_alert);
+    EXPECT_THROW(raise_alert(t_exit), left);
+    EXPECT_EQ(trail, "");
+    const std::string block = "one\ntwo\n\nfour\n(place/file line 42)\n";
+    EXPECT_EQ(log.text(), "     '--fps_test'='100'\n" + block + block);
+
+    MACIBM_finishup(1);
+    EXPECT_EQ(trail, "close 1\n");  // its settings are no user's choice
+    cmdline.clear();
+}
+
+TEST_F(Alerts, exceptions_made_from_nothing_are_fatal_and_logging_one_goes_on) {
+    const exce_class nothing;
+    EXPECT_EQ(nothing.level, 2);
+    nothing.LogAndContinue();
+    exce_class made("a", "b", "c", "d", "f", 7, t_alert);
+    made.LogAndContinue();
+    made.level = 0;
+    made.LogAndContinue();
+    EXPECT_EQ(log.text(),
+              "Logging fatal Exception thrown from file: no exception, line 0.\n\n\n\n\n"
+              "Logging fatal Exception thrown from file: f, line 7.\na\nb\nc\nd\n"
+              "Logging non-fatal Exception thrown from file: f, line 7.\na\nb\nc\nd\n");
+    made.MakeFatal();
+    EXPECT_THROW(made.Report(), left);
+    EXPECT_EQ(trail, "show a (f line 7) 0\nclose 0\n");
+}
+
+TEST_F(Alerts, a_report_off_the_main_thread_shows_nothing_and_ends_the_run) {
+    THREAD_init();
+    UTL_thread thread, id, join;
+    const auto report = [](void*) -> void* {
+        exce_class("a", "b", "c", "d", "f", 7, t_exit).Report();
+        return nullptr;
+    };
+    THREAD_create(report, nullptr, &thread, &id, &join, 0);
+    UTL_thread_join(&thread, join);
+    EXPECT_EQ(trail, "save\nclose 1\n");
+    EXPECT_EQ(app_done, 1);
+    EXPECT_FALSE(THREAD_is_inited());
+    EXPECT_EQ(log.text(), "EXCEPTION REPORTED FROM THREAD!!  File: f, line 7.\na\nb\nc\nd\nClean exit from threads.\n");
+}
+
+TEST(AlertsByDefault, go_to_standard_error_and_end_the_process_though_workers_wait) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            THREAD_init();
+            THREAD_make_workers();
+            raise_alert(t_exit);
+        },
+        testing::ExitedWithCode(1), "^one two\n four\n$");
+}

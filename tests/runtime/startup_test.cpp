@@ -1,0 +1,132 @@
+#include "runtime/startup.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <set>
+
+#include "platform/folders.h"
+#include "runtime/log.h"
+#include "runtime/oops.h"
+#include "runtime/product.h"
+#include "runtime/thread.h"
+#include "support/scratch.h"
+
+// Start-up depends on the folder that the program lies in, so each case runs a copy of this test program in a folder of
+// its own. The copy does one whole run instead of its tests, and prints what a case wants to know.
+class one_run : public testing::Environment {
+  public:
+    void SetUp() override {
+        if (!std::getenv("VELARIS_TEST_ONE_RUN")) return;
+        char program[] = "program", lang[] = "--pref:_lang=1", shot[] = "--shot";
+        char* argv[] = {program, lang, shot};
+        runtime_start(3, argv);
+        THREAD_make_workers();
+        std::string temp;
+        get_OS_abs_path(os_dir_temp, &temp);
+        struct sigaction pipe_action {};
+        sigaction(SIGPIPE, nullptr, &pipe_action);
+        std::printf("log %s\ntemp %s\nseeded %d\npipe %s\n", log_folder().c_str(), temp.c_str(), std::rand(),
+                    pipe_action.sa_handler == SIG_IGN ? "ignored" : "deadly");
+        std::printf("tables %.6f %s 1, sin %.3f, cos %.3f %.3f\n", static_cast<double>(randrat[0]),
+                    *std::max_element(randrat, std::end(randrat)) < 1 ? "below" : "reach",
+                    static_cast<double>(lookup_sin[30]), static_cast<double>(lookup_cos[180]),
+                    static_cast<double>(lookup_cos[360]));
+        std::fflush(stdout);
+        xer << "last " << 1.5 << "\n";
+        MACIBM_finishup(1);
+        xer << "after the end\n" << std::flush;
+        std::exit(0);
+    }
+};
+
+static const testing::Environment* const environment = testing::AddGlobalTestEnvironment(new one_run);
+
+class StartUp : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::filesystem::create_directory(app());
+        std::filesystem::copy_file(executable_path(), app() + "program");
+    }
+
+    std::string app() const { return home / "app/"; }
+    std::string state() const { return home / "state/"; }
+
+    // Runs the copy, which must not complain. Returns what it printed.
+    std::string run() const {
+        const std::string out = home / "out", complaints = home / "complaints";
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+            dup2(open(complaints.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+            setenv("VELARIS_TEST_ONE_RUN", "1", 1);
+            setenv("XDG_STATE_HOME", state().c_str(), 1);
+            setenv("TMPDIR", home.path().c_str(), 1);
+            execl((app() + "program").c_str(), "program", "--gtest_brief=1", nullptr);
+            _exit(127);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(scratch::read(complaints), "");
+        return scratch::read(out);
+    }
+
+    scratch home;
+};
+
+static std::string value_of(const std::string& printed, const std::string& key) {
+    const std::size_t from = printed.find(key + " ");
+    if (from == std::string::npos) return "missing in: " + printed;
+    const std::size_t value = from + key.size() + 1;
+    return printed.substr(value, printed.find('\n', from) - value);
+}
+
+TEST_F(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
+    home.write("app/Log.txt", std::string(100000, 'o'));
+    const std::string printed = run();
+    EXPECT_EQ(value_of(printed, "log"), app());
+    EXPECT_EQ(value_of(printed, "pipe"), "ignored");
+    EXPECT_FALSE(scratch::exists(value_of(printed, "temp"))) << printed;
+
+    const std::string log = scratch::read(app() + "Log.txt");
+    EXPECT_EQ(log.find("log.txt for Velaris 9.00 Beta-19 Installer 90019 compiled on " + std::string(build_date) +
+                       "\n\nThis log file is generated automatically by Tarvex applications"),
+              0U);
+    EXPECT_NE(log.find("your Orbisuite applications.\n\nLinux "), std::string::npos);
+    EXPECT_NE(log.find("\nCPU type: "), std::string::npos);
+    EXPECT_NE(log.find(" Bus speed (mhz): ? RAM (MB): "), std::string::npos);
+    EXPECT_NE(log.find("\n\nOrbisuite folder:'', case sensitive=1\n\n     '--pref:_lang'='1'\n     '--shot'\n"
+                       "CPU count        : "),
+              std::string::npos)
+        << log;
+    EXPECT_TRUE(log.ends_with("\nlast 1.500000\nClean exit from threads.\n")) << log;
+}
+
+TEST_F(StartUp, log_falls_back_to_the_state_folder_and_then_to_silence) {
+    std::filesystem::create_directory(app() + "Log.txt");  // nothing can be written there, not even by root
+    EXPECT_EQ(value_of(run(), "log"), state() + "velaris/");
+    EXPECT_TRUE(scratch::read(state() + "velaris/Log.txt").ends_with("Clean exit from threads.\n"));
+    std::filesystem::remove_all(state());
+    home.write("state", "a file");
+    EXPECT_EQ(value_of(run(), "log"), "");
+}
+
+TEST_F(StartUp, tables_are_the_same_in_every_run_and_later_draws_are_not) {
+    std::set<std::string> draws;
+    for (int i = 0; i < 4; ++i) {
+        const std::string printed = run();
+        // The C library's first draw from the seed 1 is 1804289383 of 2147483647.
+        EXPECT_EQ(value_of(printed, "tables"), "0.840104 below 1, sin 0.500, cos -1.000 1.000");
+        draws.insert(value_of(printed, "seeded"));
+    }
+    EXPECT_GT(draws.size(), 1U);
+}
