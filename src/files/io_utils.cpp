@@ -1,0 +1,238 @@
+#include "files/io_utils.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "files/error_str.h"
+#include "files/xmap.h"
+#include "runtime/hl_string.h"
+#include "runtime/log.h"
+#include "runtime/oops.h"
+#include "runtime/product.h"
+
+std::ofstream ouf;
+const char* sErrFile = "";
+int sErrLine = 0;
+std::string get_path_with_path_file;
+
+int failed_at(int code, const char* file, int line) {
+    sErrFile = file;
+    sErrLine = line;
+    return code;
+}
+
+// A result of -1 is a failure with its code in errno.
+static int checked(int result, const char* file, int line) {
+    return result == 0 ? 0 : failed_at(errno, file, line);
+}
+
+// The root keeps its slash, or it would read as the current folder.
+static std::string without_slash(const std::string& path) {
+    return path.size() > 1 && path.back() == '/' ? path.substr(0, path.size() - 1) : path;
+}
+
+// Length of the part up to and including the "/" before the last component.
+static std::size_t folder_length(const std::string& path) {
+    if (path.size() < 2) return 0;
+    const std::size_t slash = path.rfind('/', path.size() - 2);
+    return slash == std::string::npos ? 0 : slash + 1;
+}
+
+void get_path_with_path(std::string& dir, const std::string& full) {
+    // Callers pass one string for both.
+    const std::size_t length = folder_length(full);
+    std::string last = full.substr(length);
+    dir.assign(full, 0, length);
+    get_path_with_path_file = std::move(last);
+}
+
+static bool stat_mended(const std::string& path, struct stat& st) {
+    char full[path_buffer_size];
+    copy_to_path_buffer(full, path);
+    if (g_case_sensitive) findPath(full);
+    return stat(full, &st) == 0;
+}
+
+bool file_exists(const std::string& path) {
+    struct stat st;
+    return stat_mended(app_path + path, st) && !S_ISDIR(st.st_mode);
+}
+
+bool dir_exists(const std::string& path) {
+    struct stat st;
+    return stat_mended(without_slash(app_path + path), st) && S_ISDIR(st.st_mode);
+}
+
+int delete_file(const std::string& path) {
+    return delete_full_path(app_path + path);
+}
+
+int delete_full_path(const std::string& full) {
+    if (full.empty()) return failed_at(ENOENT, OOPS_PLACE);
+    if (full.back() == '/') return checked(rmdir(without_slash(full).c_str()), OOPS_PLACE);
+    return checked(unlink(full.c_str()), OOPS_PLACE);
+}
+
+int rename_file(const std::string& base, const std::string& old_name, const std::string& new_name) {
+    return checked(std::rename((base + old_name).c_str(), (base + new_name).c_str()), OOPS_PLACE);
+}
+
+int make_folder(const std::string& path) {
+    return checked(mkdir(without_slash(path).c_str(), 0755), OOPS_PLACE);
+}
+
+int show_del_err(int) {
+    return 0;
+}
+
+int show_make_dir_err(int err) {
+    return err != 0 && err != EEXIST && err != -48;
+}
+
+int make_file_executable(const std::string& path) {
+    return checked(chmod((app_path + path).c_str(), 0755), OOPS_PLACE);
+}
+
+bool is_sim_link(const std::string& path, std::string* target) {
+    char text[path_buffer_size - 1];
+    const ssize_t length = readlink((app_path + path).c_str(), text, sizeof text);
+    if (length < 0) return false;
+    if (target) target->assign(text, static_cast<std::size_t>(length));
+    return true;
+}
+
+static bool write_header(const char* full, int type, int version, const std::string& extra) {
+    ouf.clear();
+    if (ouf.is_open()) ouf.close();
+    ouf.clear();
+    ouf.open(full, type == file_binary ? std::ios::out | std::ios::trunc | std::ios::binary
+                                       : std::ios::out | std::ios::trunc);
+    ouf << std::fixed;
+    if (type == file_binary) {
+        ouf << 'i';
+        ouf.write(reinterpret_cast<const char*>(&version), sizeof version);
+    } else {
+        ouf << "I\n" << version << " version" << (extra == "no-copyright-string" ? "" : extra) << "\n";
+    }
+    // A full disk shows here and not only when the caller is through.
+    return ouf.flush().good();
+}
+
+static void lower_extension(std::string& path) {
+    if (path.size() < 4) return;
+    for (std::size_t i = path.size() - 3; i < path.size(); ++i)
+        if (path[i] >= 'A' && path[i] <= 'Z') path[i] = static_cast<char>(path[i] - 'A' + 'a');
+}
+
+int ouf_open(const std::string& path, int type, int version, const std::string& extra) {
+    if (type != file_binary && type != file_text)
+        __MACIBM_alert(0, "Bad ouf_open type!", "", "", "", t_exit, "HLutils/Files/io_utils", 1010);
+    std::string full = app_path + path;
+    lower_extension(full);
+    char buffer[path_buffer_size];
+    copy_to_path_buffer(buffer, full);
+    if (write_header(buffer, type, version, extra)) return 1;
+    make_folder(full.substr(0, folder_length(full)));
+    if (write_header(buffer, type, version, extra)) return 1;
+    __MACIBM_alert(0,
+                   "I could not save the file! Could the directory that the file sits in be missing? Or flagged as "
+                   "READ-ONLY by the operating system? (Windows machines typically do this).",
+                   full, "Could the file be flagged as read-only? This happens in Windows if you copy it from a CD!",
+                   "Try putting this app in the background and then flag the file as NOT read-only, or creating the "
+                   "folder listed in the path above.",
+                   t_alert, "HLutils/Files/io_utils", 1064);
+    return 0;
+}
+
+// Overwrites the component by the spelling found in `folder`; of several the first in byte order, but the component's own
+// before all others. False if there is none.
+static bool mend_component(const char* folder, char* component) {
+    DIR* listing = opendir(folder);
+    if (!listing) return false;
+    std::string best;
+    while (const dirent* entry = readdir(listing)) {
+        const std::string name = entry->d_name;
+        if (strcasecmp(name.c_str(), component) != 0 || best == component) continue;
+        if (best.empty() || name == component || name < best) best = name;
+    }
+    closedir(listing);
+    std::memcpy(component, best.data(), best.size());  // the same length, by the comparison
+    return !best.empty();
+}
+
+void findPath(char* path) {
+    struct stat st;
+    if (stat(path, &st) == 0) return;
+    std::string folder = *path == '/' ? "/" : "./";
+    for (char* from = path; *from;) {
+        if (*from == '/') {
+            ++from;
+            continue;
+        }
+        char* to = from + std::strcspn(from, "/");
+        const char after = *to;
+        *to = 0;
+        const bool found = mend_component(folder.c_str(), from);
+        folder += from;
+        folder += '/';
+        *to = after;
+        if (!found) return;
+        from = to;
+    }
+}
+
+int launch_app(const std::string& path, const std::string& arg) {
+    const std::string full = app_path + without_slash(path);
+    xer << "Launching: " << full << " with " << arg << "\n" << std::flush;
+    const char* const with_folder[] = {full.c_str(), "-path", arg.c_str(), nullptr};
+    const char* const alone[] = {full.c_str(), nullptr};
+    const char* const* argv = arg.empty() ? alone : with_folder;
+    const pid_t child = fork();
+    if (child < 0) return errno;
+    if (child == 0) {
+        signal(SIGPIPE, SIG_DFL);  // ignored here, and an ignored signal would stay so in the new program
+        execv(full.c_str(), const_cast<char* const*>(argv));
+        _exit(errno);
+    }
+    MACIBM_finishup(1);
+    if (alert_front.leave) alert_front.leave(1);
+    std::exit(1);
+}
+
+static std::uint32_t little_word(const unsigned char* bytes, unsigned count) {
+    std::uint32_t value = 0;
+    for (unsigned i = 0; i < count; ++i)
+        value |= std::uint32_t{bytes[i]} << (8 * i);
+    return value;
+}
+
+static int set_large_address_bit(int fd) {
+    unsigned char dos[64], pe[24];
+    if (read(fd, dos, sizeof dos) != sizeof dos) return EIO;
+    if (little_word(dos, 2) != 23117) return err_not_mz;
+    const off_t at = static_cast<std::int32_t>(little_word(dos + 60, 4));
+    if (lseek(fd, at, SEEK_SET) < 0) return errno;
+    if (read(fd, pe, sizeof pe) != sizeof pe) return EIO;
+    if (little_word(pe, 4) != 17744) return err_not_pe;
+    pe[22] |= 32;
+    return pwrite(fd, pe, sizeof pe, at) == sizeof pe ? 0 : EIO;
+}
+
+int make_file_large_address_aware(const std::string& path) {
+    const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) return errno;
+    const int err = set_large_address_bit(fd);
+    const int closed = close(fd) == 0 ? 0 : errno;
+    return err ? err : closed;
+}

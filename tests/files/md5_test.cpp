@@ -1,0 +1,51 @@
+#include "files/md5.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "files/error_str.h"
+#include "support/scratch.h"
+
+static std::string digest(const std::string& text, std::size_t piece) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    MD5_CTX context;
+    MD5Init(&context);
+    for (std::size_t at = 0; at < text.size(); at += piece)
+        MD5UpdateWide(&context, bytes + at, static_cast<std::uint32_t>(std::min(piece, text.size() - at)));
+    MD5Final(&context);
+    return md5_hex(context);
+}
+
+TEST(md5, published_vectors_and_no_seam_between_pieces) {
+    EXPECT_EQ(digest("", 1), "d41d8cd98f00b204e9800998ecf8427e");
+    EXPECT_EQ(digest("message digest", 20), "f96b697d7cb7938d525a2f31aaf161d0");
+    EXPECT_EQ(digest("12345678901234567890123456789012345678901234567890123456789012345678901234567890", 80),
+              "57edf4a22be3c955ac49da2e2107b67a");
+    for (std::size_t length = 1; length < 200; ++length)  // across both ways of padding
+        for (const std::size_t piece : {1u, 3u, 63u, 64u, 65u})
+            ASSERT_EQ(digest(std::string(length, 'q'), piece), digest(std::string(length, 'q'), length)) << length;
+    MD5_CTX context = {{0xfffffe00, 0}, {}, {}, {}};
+    MD5Update(&context, reinterpret_cast<const unsigned char*>(std::string(65, 'q').data()), 65);
+    EXPECT_EQ(context.bits[1], 1u) << "the count of bits carries";
+}
+
+TEST(signature, files_links_and_what_cannot_be_read) {
+    scratch box;
+    std::string sig = "NONE";
+    box.write("Foo.txt", "abc");
+    mkfifo((box / "pipe").c_str(), 0600);
+    for (const char* name : {"missing", "", "pipe", "foo.txt"})  // another spelling is another file
+        EXPECT_EQ(calc_file_md5(box / name, sig), err_file_open) << name;
+    EXPECT_EQ(sig, "NONE");
+    EXPECT_EQ(calc_file_md5(box / "Foo.txt", sig), 0);
+    EXPECT_EQ(sig, "900150983cd24fb0d6963f7d28e17f72");
+    std::filesystem::create_symlink("message digest", box / "dangling");
+    EXPECT_EQ(calc_file_md5(box / "dangling", sig), 0);
+    EXPECT_EQ(sig, "f96b697d7cb7938d525a2f31aaf161d0");
+    std::filesystem::resize_file(box / "Foo.txt", 0);
+    std::filesystem::resize_file(box / "Foo.txt", (1 << 26) + 77);  // more than one piece, and no disk
+    EXPECT_EQ(calc_file_md5(box / "Foo.txt", sig), 0);
+    EXPECT_EQ(sig, "3e3e5a35ec430071b09d076bd6eb86e0");
+}
