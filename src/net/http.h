@@ -1,0 +1,65 @@
+// http.h: the pool of transfers. All fetching goes through one polled call: the caller names a slot, a server, a path and
+// a local file, and calls again until the answer is final.
+// Slots: 0 the server list, 1 the directory file, 2 to 5 the four streams.
+// Threads: main thread only. A name look-up alone blocks, inside the first call for a slot.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "net/down.h"
+#include "runtime/xtim.h"
+
+enum : int { net_running = 0, net_complete = 1, net_failed = 2 };
+constexpr int http_slot_count = 6;
+constexpr float http_silence_seconds = 30.0f;  // without body data a transfer has failed
+
+class http_class {
+  public:
+    // The arguments count only while the slot is empty. `server` is a host, with ":port" if not 80; `path` starts with "/".
+    int net_check(int slot, const std::string& server, const std::string& path, const std::string& local);
+
+    // Sleeps until a transfer of the pool can go on, `wake_fd` is readable (-1 for none), or the time is over. Returns
+    // true if something is ready. A transfer that can only time out does not wake it, and so holds it up for the whole
+    // time; one that is over does until net_check is called for it.
+    bool wait(int timeout_ms, int wake_fd);
+
+    // A failed slot is having its pause: net_check would only say that it is at work.
+    bool is_pausing(int slot) const { return !slots[slot] && xtim.real_time < pauses[slot].not_before; }
+
+    // Body bytes that have come in over all transfers of the run.
+    std::int64_t bytes_in() const;
+    const std::string& last_failure() const { return failure; }  // why the last transfer failed, in plain words
+
+    std::string proxy_host;      // empty for none
+    std::string proxy_port_str;  // as typed
+    int proxy_port = 0;          // 0 for none; used as 16 bits
+    down_class* slots[http_slot_count] = {};
+
+  private:
+    struct asked {  // what the transfer in the slot was started for
+        std::string server, path, local;
+    };
+    bool start(int slot, const std::string& server, const std::string& path, const std::string& local);
+    int judge(int slot);
+    int fail(int slot, bool silent);
+    int finish(int slot, int result);
+
+    // A server that fails at once must not be asked without end. The first failure in a slot is tried again at once, the
+    // next ones after a pause that doubles up to a second.
+    struct pause {
+        int failures = 0;      // in a row
+        float not_before = 0;  // real time; until then net_check only says that it is at work
+    };
+    void note_outcome(int slot, int result);
+
+    asked requests[http_slot_count];
+    pause pauses[http_slot_count];
+    bool started = false;
+    std::int64_t finished_bytes = 0;
+    std::string failure;
+};
+
+extern http_class http;
+
+std::string agent_text();  // the User-agent header's value

@@ -1,0 +1,56 @@
+#include "net/server_list.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "files/xmap.h"
+#include "runtime/startup.h"
+
+static const int list_versions[] = {820, 0};
+static constexpr char not_yet_scanned[] = "Not Yet Scanned";
+
+const std::string no_install_name = not_yet_scanned;
+std::string install_name = not_yet_scanned;
+std::string server_name[16];
+std::string server_path[16];
+std::string server_desc[16];
+
+// Behind the keyword. False for a list that ends before the folder: a server without one cannot be asked for anything.
+static bool read_server(xmap_class& list, int n) {
+    std::string folder;
+    list.TXT_str_scan_eoln(&server_name[n]);
+    list.TXT_str_scan_eoln(&folder);
+    list.TXT_str_scan_eoln(&server_desc[n]);
+    server_path[n] = folder + install_name + "/";
+    return !folder.empty();
+}
+
+int read_server_list(const std::string& path) {
+    xmap_class list(path);
+    if (!list.mem_start || list.check_file(file_text, list_versions, "SERVERS", nullptr) == 0) return -1;
+    int count = 0;
+    while (!list.at_end()) {
+        if (is_white(*list.mem_ptr))
+            ++list.mem_ptr;
+        else if (list.TXT_token_match("BETA"))
+            list.TXT_str_scan_eoln(&install_name);
+        else if (list.TXT_token_match("ENDOFLIST"))
+            break;
+        else if (!list.TXT_token_match("SERVER"))
+            list.TXT_eoln_skip();
+        else if (read_server(list, count))
+            count = std::min(count + 1, max_servers);
+    }
+    return count;
+}
+
+int pick_server_biased(int count) {
+    if (count < 1) return 0;
+    // The top value of the generator makes slightly more than 1, hence the bounds.
+    return std::clamp(static_cast<int>(count * std::pow(random_unit(), 1.5)), 0, count - 1);
+}
+
+int pick_server_plain(int count) {
+    return count < 2 ? 0 : std::rand() % count;
+}

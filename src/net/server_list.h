@@ -1,0 +1,21 @@
+// server_list.h: the list of mirrors, "serverlist.txt", and how one is chosen.
+// Form: the text header with version 820 and the title "SERVERS", then lines: "BETA name of the release" (before the
+// servers, since each path is built from it), "FINAL name" (skipped: this is a beta-channel build), "SERVER host" with
+// the folder and the text to show on the next two lines that are not blank, "ENDOFLIST". Other lines are skipped.
+#pragma once
+
+#include <string>
+
+constexpr int max_servers = 10;            // an eleventh and later one lands at index 10, out of reach
+extern const std::string no_install_name;  // "Not Yet Scanned"
+extern std::string install_name;           // name of the release on offer
+extern std::string server_name[16];        // host, with ":port" if not 80
+extern std::string server_path[16];        // folder + install_name + "/"
+extern std::string server_desc[16];        // text to show
+
+// Number of servers, or -1 when the file cannot be opened or is of another version.
+int read_server_list(const std::string& path);
+
+// An index below `count`, 0 if that is none: with a bias to the top of the list, and plainly at random.
+int pick_server_biased(int count);
+int pick_server_plain(int count);  // with one server no random number is drawn

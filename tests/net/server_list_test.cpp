@@ -1,0 +1,98 @@
+#include "net/server_list.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "support/scratch.h"
+
+static const std::string head = "I\n820 version\nSERVERS\n\n";
+
+class ServerList : public testing::Test {
+  protected:
+    int read(const std::string& bytes) { return read_server_list(dir.write("serverlist.txt", bytes)); }
+    scratch dir;
+};
+
+static std::string record(int n) {
+    const std::string t = std::to_string(n);
+    return "SERVER host" + t + "\n/folder" + t + "/\nText " + t + "\n";
+}
+
+TEST_F(ServerList, KeywordsAreTakenWholeAndForeignLinesAreSkipped) {
+    const std::string text =
+        "A\r\n820 version\r\nSERVERS\r\n\r\n"
+        "BETA \t Velaris 9\r\n"
+        "BETA_VERSION 90020\r\nBETA_INSTALLER_MAC www.tarvex.example /a b.zip\r\nFINAL Velaris 8\r\nFINAL_VERSION 1\r\n"
+        "SERVERS no\r\nRUBBISH SERVER no\r\n"
+        "  SERVER  one.example:8080\r\n\r\n\t /pub/x/\r\n  |One, with blanks \r\n"
+        "SERVER\ttwo.example\r\n/\r\n|Two\r\n"
+        "ENDOFLIST\r\nSERVER three.example\r\n/\r\n|Three\r\nBETA other\r\n";
+    ASSERT_EQ(read(text), 2);
+    EXPECT_EQ(install_name, "Velaris 9");
+    EXPECT_EQ(server_name[0], "one.example:8080");
+    EXPECT_EQ(server_path[0], "/pub/x/Velaris 9/");
+    EXPECT_EQ(server_desc[0], "|One, with blanks ");
+    EXPECT_EQ(server_name[1], "two.example");
+    EXPECT_EQ(server_path[1], "/Velaris 9/");
+    EXPECT_EQ(server_desc[1], "|Two");
+}
+
+TEST_F(ServerList, TheEleventhAndLaterServersStayOutOfReach) {
+    std::string text = head + "BETA V\n";
+    for (int n = 0; n < 13; ++n)
+        text += record(n);
+    EXPECT_EQ(read(text), 10);
+    EXPECT_EQ(server_name[9], "host9");
+    EXPECT_EQ(server_name[10], "host12");
+    EXPECT_EQ(server_path[10], "/folder12/V/");
+    EXPECT_EQ(server_name[11], "");
+}
+
+TEST_F(ServerList, AListCutAnywhereGivesOnlyServersWithAFolder) {
+    const std::string text = head + "BETA V\n" + record(1) + record(2) + "ENDOFLIST";
+    for (std::size_t n = 0; n <= text.size(); ++n) {
+        const int count = read(text.substr(0, n));
+        EXPECT_EQ(count == -1, n < head.size() - 2) << n;
+        for (int i = 0; i < count; ++i)
+            EXPECT_EQ(server_path[i][0], '/') << n;
+    }
+    EXPECT_EQ(read(text), 2);
+    EXPECT_EQ(read(head + "BETA"), 0);
+    EXPECT_EQ(install_name, "");
+}
+
+TEST_F(ServerList, AnotherVersionTitleOrNoFileIsNoList) {
+    EXPECT_EQ(read("I\n821 version\nSERVERS\n" + record(1)), -1);
+    EXPECT_EQ(read("I\n820 version\nSERVERSX\n" + record(1)), -1);
+    EXPECT_EQ(read("<html>"), -1);
+    EXPECT_EQ(read_server_list(dir / "missing.txt"), -1);
+    EXPECT_EQ(install_name, no_install_name);
+}
+
+TEST(ServerChoice, StaysInTheListAndFavoursItsTop) {
+    std::srand(1);
+    int biased[10] = {}, plain[10] = {};
+    for (int n = 0; n < 10000; ++n) {
+        const int b = pick_server_biased(10), p = pick_server_plain(10);
+        ASSERT_TRUE(b >= 0 && b < 10 && p >= 0 && p < 10);
+        ++biased[b];
+        ++plain[p];
+    }
+    EXPECT_NEAR(biased[0], 2154, 200);  // 0.1 to the power 2/3
+    EXPECT_NEAR(biased[9], 678, 120);
+    EXPECT_NEAR(plain[0], 1000, 150);
+    EXPECT_NEAR(plain[9], 1000, 150);
+    for (int count : {-1, 0, 1}) {
+        EXPECT_EQ(pick_server_biased(count), 0);
+        EXPECT_EQ(pick_server_plain(count), 0);
+    }
+}
+
+TEST(ServerChoice, WithOneServerThePlainChoiceDrawsNoNumber) {
+    std::srand(7);
+    const int next = std::rand();
+    std::srand(7);
+    pick_server_plain(1);
+    EXPECT_EQ(std::rand(), next);
+}
