@@ -1,0 +1,79 @@
+#include "engine/choose.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+
+#include "engine/directory.h"
+#include "engine/front.h"
+#include "engine/stg.h"
+#include "runtime/log.h"
+
+enum : int { answer_do_it = 1, answer_keep = 2, answer_cancel = 3, answer_do_all = 4, answer_keep_all = 5 };
+
+static file_version_struct& current_row(int file) {
+    return sim_info[static_cast<std::size_t>(file)].back();
+}
+
+static bool lives_on_elsewhere(int file) {
+    const std::vector<int>& others = same_installed_path(file);
+    return std::any_of(others.begin(), others.end(),
+                       [](int other) { return !is_gone(current_row(other)) && is_wanted(other); });
+}
+
+verdict decide_file(int file) {
+    const file_version_struct& row = current_row(file);
+    const bool removing = is_gone(row);
+    if (!is_wanted(file)) return verdict::leave;
+    if (row.sig_have == "NONE") return removing ? verdict::leave : verdict::fetch;
+    if (row.sig_want == row.sig_have) return verdict::leave;
+    if (removing && lives_on_elsewhere(file)) return verdict::leave;
+    if (!signature_was_shipped(file, row.sig_have)) return verdict::ask;
+    return removing ? verdict::remove : verdict::fetch;
+}
+
+// Answers that hold for a whole folder, for one installation.
+struct folder_answers {
+    std::set<std::string> overwrite_dirs, keep_dirs;
+};
+
+// What is to become of a file that the user changed.
+static int ask_about(const file_version_struct& row, folder_answers& answers) {
+    const std::string destination = destination_of(row);
+    const std::string folder = destination.substr(0, destination.rfind('/') + 1);
+    if (answers.overwrite_dirs.count(folder)) return answer_do_it;
+    if (answers.keep_dirs.count(folder)) return answer_keep;
+    xer << "File: " << destination << "  sig_want=" << row.sig_want << "  sig_have=" << row.sig_have << "\n";
+    switch (front.select_alert(destination, is_gone(row))) {
+        case answer_do_it:
+            return answer_do_it;
+        case answer_keep:
+            return answer_keep;
+        case answer_do_all:
+            answers.overwrite_dirs.insert(folder);
+            return answer_do_it;
+        case answer_keep_all:
+            answers.keep_dirs.insert(folder);
+            return answer_keep;
+        default:
+            return answer_cancel;
+    }
+}
+
+int choose_files() {
+    folder_answers answers;
+    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+        file_version_struct& row = current_row(file);
+        const verdict decision = decide_file(file);
+        bool wanted = decision != verdict::leave;
+        if (decision == verdict::ask) {
+            const int answer = ask_about(row, answers);
+            if (answer == answer_cancel) return 0;
+            wanted = answer == answer_do_it;
+            if (!wanted) front.file_finished(action_duplicate, installed_path(row), 0);
+        }
+        row.do_fetch = wanted && !is_gone(row);
+        row.do_delete = wanted && is_gone(row);
+    }
+    return 1;
+}

@@ -1,0 +1,247 @@
+#include "engine/dirs.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <filesystem>
+#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/directory.h"
+#include "engine/front.h"
+#include "engine/grab.h"
+#include "engine/stg.h"
+#include "files/error_str.h"
+#include "files/io_utils.h"
+#include "runtime/oops.h"
+
+typedef std::set<std::string> folder_set;  // below the destination, without a "/" at the end; parents sort first
+
+// What the simulator expects to find, whether a file is installed there or not.
+static const char* const fixed_folders[] = {
+    "Output",    "Output/FMS plans",     "Output/logbooks", "Output/movies", "Output/situations",
+    "Resources", "Resources/preferences"};
+
+// Names at which the release carries links. Anything else that stands there is moved aside, to "_" and the name.
+static const struct {
+    const char* folder;
+    const char* name;
+} framework_links[] = {{"Resources/plugins/QRNK.framework/Versions/", "Current"},
+                       {"Resources/plugins/Panelkit.framework/Versions/", "Current"},
+                       {"Resources/plugins/QRNK.framework/", "Resources"},
+                       {"Resources/plugins/Panelkit.framework/", "Resources"}};
+
+void make_dir_error(const std::string& path, int err) {
+    __MACIBM_alert(0,
+                   "I am unable to install or update Velaris. An error occurred while creating new folders. Make sure "
+                   "you are installing to a directory that you have access to!",
+                   "Error: " + error_str(err), "Install Location: " + dest_dir_path, "Install Path:" + path, t_alert,
+                   OOPS_PLACE);
+}
+
+// False when the folder could not be made; the user has been told then.
+static bool make_or_tell(const std::string& path) {
+    const int err = make_folder(path);
+    if (!show_make_dir_err(err)) return true;
+    make_dir_error(path, err);
+    return false;
+}
+
+static void make_road_to_destination() {
+    const std::string road = dest_dir_path.substr(0, dest_dir_path.empty() ? 0 : dest_dir_path.size() - 1);
+    if (road.empty()) return;
+    for (std::size_t slash = road.find('/', 1); slash != std::string::npos; slash = road.find('/', slash + 1))
+        if (!make_or_tell(road.substr(0, slash))) return;
+    make_or_tell(road);
+}
+
+static file_version_struct& current_row(int file) {
+    return sim_info[static_cast<std::size_t>(file)].back();
+}
+
+static folder_set wanted_folders() {
+    folder_set folders;
+    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+        const file_version_struct& row = current_row(file);
+        if (is_gone(row) || !is_wanted(file)) continue;
+        std::string folder = installed_path(row);
+        for (std::size_t slash = folder.rfind('/'); slash != std::string::npos; slash = folder.rfind('/')) {
+            folder.erase(slash);
+            if (folder.empty() || !folders.insert(folder).second) break;  // a folder brings its ancestors with it
+        }
+    }
+    return folders;
+}
+
+// Of the thing itself, not of what a link leads to; 0 for nothing.
+static mode_t kind_on_disk(const std::string& path) {
+    struct stat info;
+    return lstat(path.c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
+}
+
+static bool leads_to_folder(const std::string& path) {
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+// The contested paths at which a folder is wanted and something else stands.
+static std::vector<std::string> taken_places(const folder_set& folders) {
+    std::vector<std::string> taken;
+    for (const auto& [path, files] : contested_paths()) {
+        const mode_t kind = kind_on_disk(dest_dir_path + path);
+        const bool is_fixed = std::count(std::begin(fixed_folders), std::end(fixed_folders), path) > 0;
+        if ((folders.count(path) || is_fixed) && kind != 0 && kind != S_IFDIR) taken.push_back(path);
+    }
+    return taken;
+}
+
+static bool is_at_or_inside(std::string_view path, const std::vector<std::string>& places) {
+    return std::any_of(places.begin(), places.end(),
+                       [&](const std::string& place) { return path == place || path_is_inside(path, place); });
+}
+
+void make_dirs() {
+    make_road_to_destination();
+    const folder_set folders = wanted_folders();
+    const std::vector<std::string> taken = taken_places(folders);
+    for (const std::string& folder : folders)
+        if (!is_at_or_inside(folder, taken) && !make_or_tell(dest_dir_path + folder)) break;
+    for (const char* folder : fixed_folders)
+        if (!is_at_or_inside(folder, taken)) make_or_tell(dest_dir_path + folder);
+    for (const auto& link : framework_links) {
+        const std::string folder = dest_dir_path + link.folder;
+        if (!is_sim_link(folder + link.name, nullptr)) rename_file(folder, link.name, std::string("_") + link.name);
+    }
+}
+
+// Whether what stands in the place of a wanted folder may go. Where the choice of files has spoken it holds (the user
+// keeps the file, or the release itself wants both); files of other systems were not asked about there.
+static bool may_go(const std::string& path, const std::vector<int>& files) {
+    if (std::any_of(files.begin(), files.end(), [](int file) { return current_row(file).do_delete; })) return true;
+    if (std::any_of(files.begin(), files.end(), is_wanted)) return false;
+    const std::string place = dest_dir_path + path;
+    if (signature_was_shipped(files.front(), current_row(files.front()).sig_have)) return true;
+    if (leads_to_folder(place)) return false;  // the user's own link to a folder serves as one
+    const int answer = front.select_alert(place, 1);
+    return answer == 1 || answer == 4;
+}
+
+// What the scan saw below a link was not there: it lay where the link led.
+static void decide_anew_below(const std::string& path) {
+    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+        file_version_struct& row = current_row(file);
+        if (!is_wanted(file) || !path_is_inside(installed_path(row), path)) continue;
+        row.have_file = 0;
+        row.do_fetch = !is_gone(row);
+        row.do_delete = 0;
+    }
+}
+
+// True if folders can be made there from now on.
+static bool free_taken_place(const std::string& path, const std::vector<int>& files) {
+    const std::string place = dest_dir_path + path;
+    if (kind_on_disk(place) == 0) return true;  // it was seen through a link that is gone by now
+    if (!may_go(path, files)) {
+        if (leads_to_folder(place)) return true;
+        make_dir_error(place, EEXIST);
+        return false;
+    }
+    const int err = delete_withdrawn(current_row(files.front()));
+    if (err != 0) {
+        make_dir_error(place, err);
+        return false;
+    }
+    for (int file : files)
+        current_row(file).do_delete = 0;
+    decide_anew_below(path);
+    return true;
+}
+
+static void free_taken_places() {
+    folder_set folders = wanted_folders();
+    std::vector<std::string> freed = taken_places(folders);
+    if (freed.empty()) return;
+    std::erase_if(freed, [](const std::string& path) { return !free_taken_place(path, contested_paths().at(path)); });
+    folders.insert(std::begin(fixed_folders), std::end(fixed_folders));
+    for (const std::string& folder : folders)
+        if (is_at_or_inside(folder, freed) && !make_or_tell(dest_dir_path + folder)) break;
+}
+
+// A folder where a file is to be installed, and what is in it.
+struct folder_in_the_way {
+    std::string path;
+    std::vector<int> files;            // withdrawn, and to be deleted with it
+    std::vector<std::string> folders;  // itself first, parents before children
+};
+
+typedef std::unordered_map<std::string, int> withdrawn_t;  // destination to the history
+
+// Withdrawn files that may be deleted: decided so, or shipped for a system that is not installed for here.
+static withdrawn_t withdrawn_files() {
+    withdrawn_t withdrawn;
+    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+        const file_version_struct& row = current_row(file);
+        if (!is_gone(row)) continue;
+        if (row.do_delete || (!is_wanted(file) && signature_was_shipped(file, row.sig_have)))
+            withdrawn[destination_of(row)] = file;
+    }
+    return withdrawn;
+}
+
+// False if the folder holds anything but withdrawn files, or cannot be looked through.
+static bool look_through(folder_in_the_way& found, const withdrawn_t& withdrawn) {
+    std::error_code error;
+    found.folders.push_back(found.path + "/");
+    for (std::filesystem::recursive_directory_iterator item(found.path, error), end; !error && item != end;
+         item.increment(error)) {
+        const std::string path = item->path().string();
+        const auto known = withdrawn.find(path);
+        if (kind_on_disk(path) == S_IFDIR)
+            found.folders.push_back(path + "/");
+        else if (known != withdrawn.end())
+            found.files.push_back(known->second);
+        else
+            return false;
+    }
+    return !error;
+}
+
+static void remove_folder(const folder_in_the_way& found) {
+    for (int file : found.files) {
+        delete_withdrawn(current_row(file));
+        current_row(file).do_delete = 0;
+    }
+    for (auto folder = found.folders.rbegin(); folder != found.folders.rend(); ++folder)
+        delete_file(*folder);
+}
+
+static int remove_folders_in_the_way() {
+    std::vector<folder_in_the_way> all;
+    withdrawn_t withdrawn;
+    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+        const file_version_struct& row = current_row(file);
+        if (!row.do_fetch || kind_on_disk(destination_of(row)) != S_IFDIR) continue;
+        if (behind_shipped_link(installed_path(row))) continue;
+        if (all.empty()) withdrawn = withdrawn_files();
+        all.push_back({destination_of(row), {}, {}});
+        if (look_through(all.back(), withdrawn)) continue;
+        __MACIBM_alert(0, "I need to install a file, but a folder of that name stands in its place!",
+                       "It holds files that do not come from Velaris, so I will not remove it.",
+                       "Please move or rename that folder, and install again. The folder is:", destination_of(row),
+                       t_alert, OOPS_PLACE);
+        return 0;
+    }
+    for (const folder_in_the_way& found : all)
+        remove_folder(found);
+    return 1;
+}
+
+int clear_the_way() {
+    if (!remove_folders_in_the_way()) return 0;
+    free_taken_places();
+    return 1;
+}

@@ -1,0 +1,179 @@
+#include "engine/flow.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "engine/choose.h"
+#include "engine/directory.h"
+#include "engine/dirs.h"
+#include "engine/front.h"
+#include "engine/grab.h"
+#include "engine/stg.h"
+#include "files/error_str.h"
+#include "files/io_utils.h"
+#include "files/zip_io.h"
+#include "net/http.h"
+#include "platform/folder_lock.h"
+#include "platform/folders.h"
+#include "platform/volume.h"
+#include "runtime/oops.h"
+#include "runtime/product.h"
+#include "runtime/xtim.h"
+
+flow_t flow;
+
+constexpr int list_slot = 0, directory_slot = 1;  // of the pool
+constexpr double file_work_seconds = 0.01;        // of a frame, so that the screen stays live
+
+void flow_start() {
+    stg = stg_t{};
+    next = next_t{};
+    flow = flow_t{};
+    flow.list_host = default_list_host;
+    install_name = no_install_name;
+    get_OS_abs_path(os_dir_temp, &temp_path);
+}
+
+int flow_server_list() {
+    if (stg.server_cnt != -1) return net_complete;
+    const std::string local = temp_path + "serverlist.txt";
+    const int result = http.net_check(list_slot, flow.list_host, "/serverlist.txt", local);
+    if (result != net_complete) return result;
+    const int count = read_server_list(local);
+    if (count == -1) {
+        new_format(local);
+        return result;
+    }
+    stg.server_cnt = count;
+    stg.server_sel = pick_server_biased(count);
+    return result;
+}
+
+void flow_make_paths() {
+    if (stg.server_cnt == -1 || !flow.dir_path.empty()) return;
+    flow.net_dir_path_zip = temp_path + "directory.txt.zip";
+    flow.dir_path = temp_path + "directory.txt";
+    flow.dir_path_path = temp_path;
+    flow.dvd_dir_path_zip = dvd_path + install_name + "/directory.txt.zip";
+}
+
+static void expand_directory() {
+    const int err = zip_to_file(flow.net_dir_path_zip, flow.dir_path_path, nullptr, 0);
+    if (err == 0)
+        stg.dir_state = dir_unread;
+    else
+        __MACIBM_alert(0, "DIR-scan: The installer cannot extract a file.", "Error: " + error_str(err),
+                       "Compressed File/" + flow.net_dir_path_zip, "Destination Path/" + flow.dir_path_path, t_alert,
+                       OOPS_PLACE);
+    delete_file(flow.net_dir_path_zip);
+}
+
+int flow_directory() {
+    if (stg.dir_state != dir_fetching) return net_complete;
+    if (stg.server_cnt < 1) return net_running;
+    flow_make_paths();
+    const std::size_t server = static_cast<std::size_t>(stg.server_sel);
+    const int result = http.net_check(directory_slot, server_name[server], server_path[server] + "directory.txt.zip",
+                                      flow.net_dir_path_zip);
+    if (result == net_failed) stg.server_sel = pick_server_plain(stg.server_cnt);
+    if (result == net_complete) expand_directory();
+    return result;
+}
+
+void stream_reset() {
+    for (std::size_t s = 0; s < stream_max; ++s) {
+        const std::size_t file = static_cast<std::size_t>(next.stream_file[s]);
+        if (next.stream_on[s] && file < sim_info.size()) delete_file(destination_of(sim_info[file].back()) + ".zip");
+    }
+    const int all_done = next.all_done;  // says "complete" for the rest of the run
+    next = next_t{};
+    next.all_done = all_done;
+    next.stream_on[0] = next.stream_fresh[0] = 1;
+    if (!is_dvd) next.stream_on[1] = next.stream_fresh[1] = 1;
+    next.start_time = xtim.real_time;
+}
+
+void flow_destination_picked() {
+    stream_reset();
+    unlock_folder();
+    stg.install_failed = 0;
+    stg.install_state = install_idle;
+    if (stg.dir_state == dir_ready) stg.dir_state = dir_unread;
+}
+
+void flow_scan() {
+    if (stg.dir_state != dir_unread) return;
+    stg.dir_state =
+        read_directory(flow.dir_path, "Scanning directory text file to see if you already have Velaris installed...");
+}
+
+bool flow_install_is_live() {
+    return stg.install_state == install_idle && flow.disk_space_avail && stg.dir_state == dir_ready;
+}
+
+// False when another run has the destination. A folder that is not there yet is locked once it was made.
+static bool lock_destination() {
+    if (lock_folder(dest_dir_path) != folder_lock_result::busy) return true;
+    flow.busy = 1;
+    front.destination_busy();
+    return false;
+}
+
+void flow_install() {
+    if (!flow_install_is_live()) return;
+    flow.declined = flow.busy = 0;
+    if (!lock_destination()) return;
+    stream_reset();
+    stg.install_failed = 0;
+    make_dirs();
+    if (!lock_destination()) return;
+    if (front.handle_EULA()) stg.install_state = install_running;
+    if (!choose_files()) stg.install_state = install_idle;
+    if (stg.install_state != install_running) {
+        flow.declined = 1;
+        unlock_folder();
+    } else if (!clear_the_way()) {
+        stg.install_failed = 1;
+        stg.install_state = install_over;
+        unlock_folder();
+    }
+}
+
+void flow_quit() {
+    stream_reset();
+    unlock_folder();
+    stg.install_state = install_over;
+    app_done = 1;
+}
+
+void flow_file_work_once() {
+    if (stg.install_state != install_running || !grab_files()) return;
+    stg.install_state = install_over;
+    flow.finished = next;
+    stream_reset();
+    unlock_folder();
+}
+
+void flow_file_work() {
+    const auto now = [] { return static_cast<double>(xtim_class::microsecs()) * 1e-6; };
+    const double start = now();
+    while (start + file_work_seconds > now())
+        flow_file_work_once();
+    const float weight = 5 * xtim.prd_sim;  // a time constant of about a fifth of a second
+    const float share = (1 - weight) * flow.totl_inst_rat + weight * (next.disk_kb / flow.tot_disk_req);
+    flow.totl_inst_rat = share > 0 ? std::min(share, 1.0f) : 0.0f;  // no number, as of 0 / 0, is no progress
+}
+
+void flow_disk_space() {
+    if (stg.install_state != install_idle) return;
+    flow.totl_inst_rat = 0;
+    flow.tot_availabl = -1;
+    flow.tot_down_req = stg.down_size;
+    flow.tot_disk_req = stg.disk_size;
+    std::uint64_t bytes = 0;
+    if (volume_free_bytes(dest_dir_path, bytes))
+        flow.tot_availabl = static_cast<float>(static_cast<double>(bytes) * 0.001);
+    if (stg.dir_state != dir_fetching && flow.tot_disk_req > 0 && flow.tot_availabl > 0)
+        flow.disk_space_avail = flow.tot_availabl > flow.tot_disk_req;
+}
