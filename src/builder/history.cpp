@@ -1,0 +1,93 @@
+#include "builder/history.h"
+
+#include "builder/classify.h"
+#include "builder/region.h"
+#include "files/io_utils.h"
+#include "runtime/hl_string.h"
+#include "runtime/product.h"
+
+static void check_version(const file_history_struct& history) {
+    for (const file_version_struct& row : history)
+        if (row.version == release_number)
+            build_fatal("You idiot! I already have a version:", float_text("version_number ", release_number),
+                        "in file ", row.path, 526);
+}
+
+void index_history() {
+    for (std::size_t i = 0; i < sim_info.size(); ++i) {
+        file_version_struct& first = sim_info[i].front();
+        std::string key = first.path;
+        chop_platform(key, first.platform);
+        if (!sim_info_index.emplace(key, static_cast<int>(i)).second)
+            build_fatal("WARNING: you appear to have a file TWICE in an old directory file.", "", "", first.path, 520);
+        first.do_fetch = 1;
+        check_version(sim_info[i]);
+    }
+}
+
+void write_folder_line(const std::string& dir) {
+    if (dir == prev_dir) return;
+    prev_dir = dir;
+    ouf << "\nDIR " << dir << "\n";
+}
+
+static void write_row(const file_version_struct& row, const std::string& name) {
+    ouf << "FILE " << row.disc_set << ' ' << row.platform << ' ' << row.version << ' '
+        << static_cast<std::int64_t>(row.zip_size) << ' ' << static_cast<std::int64_t>(row.ext_size) << ' '
+        << row.sig_want << ' ' << name << "\n";
+}
+
+static void check_name(const std::string& name, const char* where, int line) {
+    if (name.empty()) build_fatal("0-size filename!", "Now how am I supposed to deal with this?", where, name, line);
+}
+
+static void count_in_tally(const file_history_struct& history, const file_version_struct& present) {
+    if (history.back().sig_want == present.sig_want)
+        ++tally.same;
+    else
+        ++tally.changed;
+}
+
+void write_file_rows(const std::string& key, const std::string& name, const file_version_struct& present) {
+    const auto known = sim_info_index.find(key);
+    if (known == sim_info_index.end()) {
+        ++tally.added;
+    } else {
+        file_history_struct& history = sim_info[static_cast<std::size_t>(known->second)];
+        for (const file_version_struct& row : history) {
+            // The same content is listed once, under its newest version; and a file that is back is not withdrawn.
+            if (row.sig_want == present.sig_want || is_gone(row)) continue;
+            check_name(name, "This is in the OLD file list.", 350);
+            write_row(row, name);
+        }
+        history.front().do_fetch = 0;
+        count_in_tally(history, present);
+    }
+    check_name(name, "This is in the NEW file loop", 357);
+    write_row(present, name);
+}
+
+static void write_gone_file(const file_history_struct& history) {
+    std::string dir;
+    get_path_with_path(dir, history.front().path);
+    const std::string name = get_path_with_path_file;
+    write_folder_line(dir);
+    for (const file_version_struct& row : history)
+        write_row(row, name);
+    if (is_gone(history.back())) return;
+
+    file_version_struct gone = history.back();
+    gone.version = release_number;
+    gone.zip_size = gone.ext_size = 0;
+    gone.sig_want = "GONE";
+    write_row(gone, name);
+    ++tally.withdrawn;
+}
+
+void write_gone_files() {
+    for (const file_history_struct& history : sim_info) {
+        if (!history.front().do_fetch) continue;
+        // A file that is of no concern to this set leaves the catalogue without a word.
+        if (is_good_file(src_fold + history.front().path, 0, 0)) write_gone_file(history);
+    }
+}

@@ -1,0 +1,64 @@
+// reference.h: a reference copy with all its landmarks and a place for releases, for one test.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "builder/build.h"
+#include "builder/landmarks.h"
+#include "builder/region.h"
+#include "builder/report.h"
+#include "engine/directory.h"
+#include "files/zip_io.h"
+#include "runtime/product.h"
+#include "support/alerts.h"
+#include "support/scratch.h"
+
+class reference {
+  public:
+    reference() {
+        for (const char* folder : {"All/Instructions", "All/Weapons", "All/Airfoils", "All/Aircraft", "All/Output",
+                                   "All/Custom Scenery", "All/Resources/plugins", "Macintosh", "Windows", "Linux"})
+            std::filesystem::create_directories(src() + folder);
+        put("All/Resources/menus/English/Velaris.txt", "menus");
+        put("All/Resources/text/English/Velaris.txt", "texts");
+        if (is_dvd != 0) {
+            put("All/Resources/default scenery/900 red terrain/rust.png", "red");
+            put("All/Resources/bitmaps/Earth Orbit Textures/blue.png", "blue");
+        }
+        std::filesystem::create_directories(dst());
+        src_fold = src();
+        dst_fold_base = dst();
+        release_name = "Velaris 9.00 Beta-1";
+        release_number = 90001;
+        first_release = 1;
+        old_dir_path.clear();
+        builder_front.stop_wanted = [] { return false; };
+        set_landmarks();
+    }
+
+    std::string src() const { return room / "ref/"; }
+    std::string dst() const { return room / "out/"; }
+    std::string made(const std::string& name) const { return dst() + name + "/"; }
+    void put(const std::string& path, const std::string& bytes) const { room.write("ref/" + path, bytes); }
+    void link(const std::string& path, const std::string& target) const {
+        std::filesystem::create_directories(std::filesystem::path(src() + path).parent_path());
+        std::filesystem::remove(src() + path);
+        std::filesystem::create_symlink(target, src() + path);
+    }
+    void remove(const std::string& path) const { std::filesystem::remove_all(src() + path); }
+
+    // The catalogue of a release of that name, as text beside the releases. Empty when it cannot be had.
+    std::string catalogue(const std::string& name) const {
+        std::string entry = name + ".txt";
+        if (zip_to_file(made(name) + "directory.txt.zip", room.path(), &entry, 1)) return {};
+        return room / (name + ".txt");
+    }
+    // Makes `rows` the history of the next release.
+    void set_old(const std::string& rows) const {
+        first_release = 0;
+        old_dir_path = room.write("old.txt", "I\n900 version\nINSTALLER\n\n" + rows);
+    }
+
+    scratch room;
+};

@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+
+#include "builder/reference.h"
+#include "files/md5.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// What happens to one path over three releases, and the rows that each of them must list for it. A letter is a content,
+// "" means that the file is not there; "2B" is a row that release 2 made for content B, "2X" a withdrawal.
+struct story {
+    const char* path;
+    int platform;
+    const char* contents[3];
+    const char* rows[3];
+};
+
+const story stories[] = {
+    {"All/Resources/same.txt", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/changed.txt", 0, {"A", "B", "C"}, {"1A", "1A 2B", "1A 2B 3C"}},
+    {"All/Resources/changed once.txt", 0, {"A", "B", "B"}, {"1A", "1A 2B", "1A 3B"}},
+    {"All/Resources/changed back.txt", 0, {"A", "B", "A"}, {"1A", "1A 2B", "2B 3A"}},
+    {"All/Weapons/new.wpn", 0, {"", "A", "A"}, {"", "2A", "3A"}},
+    {"All/Weapons/gone.wpn", 0, {"A", "", ""}, {"1A", "1A 2X", "1A 2X"}},
+    {"All/Weapons/gone late.wpn", 0, {"A", "B", ""}, {"1A", "1A 2B", "1A 2B 3X"}},
+    {"All/Weapons/back.wpn", 0, {"A", "", "A"}, {"1A", "1A 2X", "3A"}},
+    {"All/Weapons/back and changed.wpn", 0, {"A", "", "B"}, {"1A", "1A 2X", "1A 3B"}},
+    // A move to another top folder is one file gone and one new.
+    {"All/Resources/moved.dat", 0, {"A", "", ""}, {"1A", "1A 2X", "1A 2X"}},
+    {"Windows/Resources/moved.dat", 2, {"", "A", "A"}, {"", "2A", "3A"}},
+    {"Macintosh/Resources/both.dat", 1, {"A", "A", "B"}, {"1A", "2A", "2A 3B"}},
+    {"Linux/Resources/both.dat", 3, {"C", "C", "C"}, {"1C", "2C", "3C"}},
+    // Plug-ins among the common files.
+    {"All/Resources/plugins/QRNK.shlb", 1, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/plugins/QRNK.framework/QRNK", 1, {"A", "B", "B"}, {"1A", "1A 2B", "1A 3B"}},
+    {"All/Resources/plugins/QRNK.framework/Headers.txt", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/plugins/Panelkit.framework/Panelkit", 1, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/plugins/Panelkit.dll", 2, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/plugins/Panelkit.so", 6, {"A", "B", ""}, {"1A", "1A 2B", "1A 2B 3X"}},
+    {"All/Resources/plugins/PluginAdminMac.vlx", 1, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/plugins/PluginAdminWin.vlx", 2, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/plugins/PluginAdminLin.vlx", 6, {"A", "", "A"}, {"1A", "1A 2X", "3A"}},
+    {"All/Resources/plugins/QRNK.so/All/Resources/plugins/QRNK.dll", 6, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Aircraft/QRNK.so", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    // Names that are hard to carry.
+    {"All/Aircraft/Old Crow/Crow  2 (1956).acf", 0, {"A", "B", "B"}, {"1A", "1A 2B", "1A 3B"}},
+    {"All/Aircraft/G\xe9\xff\x80/\xc5r.acf", 0, {"A", "", ""}, {"1A", "1A 2X", "1A 2X"}},
+    {"All/Aircraft/900 version", 0, {"A", "A", "B"}, {"1A", "2A", "2A 3B"}},
+    // "@" is a link; what it leads to does not count.
+    {"Linux/start", 3, {"@Velaris", "@Velaris", "@bin/Velaris"}, {"1@", "2@", "2@ 3@"}},
+    {"Linux/to a folder", 3, {"@.", "@.", ""}, {"1@", "2@", "2@ 3X"}},
+    {"Windows/Velaris.exe", 2, {"E", "E", "F"}, {"1E", "2E", "2E 3F"}},
+    // What a network release leaves out.
+    {"All/Resources/work.old/thing.txt", 0, {"A", "B", ""}, {"", "", ""}},
+    {"All/Resources/litter.bak", 0, {"A", "", "A"}, {"", "", ""}},
+    {"All/install_pfc Aircraft/pfc.acf", 0, {"A", "A", "A"}, {"", "", ""}},
+    {"All/Custom Scenery/-global terrain-/library.txt", 0, {"A", "A", "A"}, {"", "", ""}},
+    {"All/Resources/bitmaps/Earth Orbit Textures/blue.png", 0, {"A", "A", "A"}, {"", "", ""}},
+    {"All/Resources/.hidden/secret", 0, {"A", "A", "A"}, {"", "", ""}},
+    // A folder that has the look of a file is no file that can be read.
+    {"All/Aircraft/folder.acf/inside.txt", 0, {"A", "A", "A"}, {"", "", ""}},
+    // Landmarks.
+    {"All/Resources/menus/English/Velaris.txt", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+    {"All/Resources/text/English/Velaris.txt", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
+};
+
+constexpr int large_address_aware_at = 64 + 22;  // behind the executable's first header
+
+// "E" and "F" are Windows programs, which are mended on their way.
+std::string bytes_of(const story& it, char content, bool mended) {
+    if (content != 'E' && content != 'F')
+        return std::string(1300u * static_cast<unsigned>(content - '@'), content) + it.path;
+    std::string program =
+        "MZ" + std::string(58, '\0') + std::string("\x40\0\0\0PE\0\0", 8) + std::string(20, '\0') + content;
+    if (mended) program[large_address_aware_at] = 0x20;
+    return program;
+}
+
+std::string signature(const std::string& text) {
+    MD5_CTX context;
+    MD5Init(&context);
+    MD5UpdateWide(&context, reinterpret_cast<const unsigned char*>(text.data()),
+                  static_cast<std::uint32_t>(text.size()));
+    MD5Final(&context);
+    return md5_hex(context);
+}
+
+std::string row_text(int platform, int release, long zip_kb, long ext_kb, const std::string& sig) {
+    return "0 " + std::to_string(platform) + " " + std::to_string(90000 + release) + " " + std::to_string(zip_kb) +
+           " " + std::to_string(ext_kb) + " " + sig + "\n";
+}
+
+std::string release_title(int release) {
+    return "Velaris 9.00 Beta-" + std::to_string(release);
+}
+
+// What the stories say of the catalogue of one release.
+std::map<std::string, std::string> expected_catalogue(const reference& ref, int release) {
+    std::map<std::string, std::string> wanted;
+    for (const story& it : stories) {
+        std::istringstream rows(it.rows[release - 1]);
+        for (std::string row; rows >> row;) {
+            const int made_by = row[0] - '0';
+            std::string& text = wanted[it.path];
+            const std::string zip = ref.made(release_title(made_by)) + it.path + ".zip";
+            const std::string content = it.contents[made_by - 1];
+            if (row[1] == 'X')
+                text += row_text(it.platform, made_by, 0, 0, "GONE");
+            else if (row[1] == '@')
+                text +=
+                    row_text(it.platform, made_by, long(fs::file_size(zip)) / 1000, 0, signature(content.substr(1)));
+            else
+                text += row_text(it.platform, made_by, long(fs::file_size(zip)) / 1000,
+                                 long(bytes_of(it, row[1], true).size()) / 1000, signature(bytes_of(it, row[1], true)));
+        }
+    }
+    return wanted;
+}
+
+std::map<std::string, std::string> catalogue_as_read() {
+    std::map<std::string, std::string> found;
+    for (const file_history_struct& history : sim_info) {
+        EXPECT_EQ(found.count(history.front().path), 0u) << "two histories of " << history.front().path;
+        for (const file_version_struct& row : history)
+            found[row.path] +=
+                row_text(row.platform, row.version - 90000, long(row.zip_size), long(row.ext_size), row.sig_want);
+    }
+    return found;
+}
+
+void arrange(const reference& ref, int release) {
+    for (const story& it : stories) {
+        const std::string content = it.contents[release - 1];
+        if (content.empty())
+            ref.remove(it.path);
+        else if (content[0] == '@')
+            ref.link(it.path, content.substr(1));
+        else
+            ref.put(it.path, bytes_of(it, content[0], false));
+    }
+}
+
+// Every zip expands to what the story says.
+void expect_contents(const reference& ref, int release) {
+    for (const story& it : stories) {
+        const std::string zip = ref.made(release_title(release)) + it.path + ".zip";
+        const std::string content = it.contents[release - 1];
+        const std::string rows = it.rows[release - 1];
+        const bool shipped = !rows.empty() && rows.back() != 'X';
+        ASSERT_EQ(scratch::exists(zip), shipped) << zip;
+        if (!shipped || content[0] == '@') continue;
+        std::string name = "expanded";
+        ASSERT_EQ(zip_to_file(zip, ref.room.path(), &name, 1), 0) << zip;
+        EXPECT_EQ(scratch::read(ref.room / "expanded"), bytes_of(it, content[0], true)) << zip;
+    }
+}
+
+}  // namespace
+
+TEST(release, three_in_a_row_carry_the_history_of_every_file) {
+    const reference ref;
+    alert_catcher alerts;
+    for (int release = 1; release <= 3; ++release) {
+        SCOPED_TRACE("release " + std::to_string(release));
+        release_name = release_title(release);
+        release_number = 90000 + release;
+        arrange(ref, release);
+        build_install();
+        ASSERT_EQ(alerts.count(), static_cast<std::size_t>(release)) << alerts.last();
+        EXPECT_NE(alerts.last().find("(Installer-f/make_installer line 109)"), std::string::npos);
+        EXPECT_NE(alerts.last().find("number " + std::to_string(release_number)), std::string::npos);
+
+        const std::string text = ref.catalogue(release_name);
+        ASSERT_EQ(read_directory(text, ""), 3);
+        EXPECT_EQ(catalogue_as_read(), expected_catalogue(ref, release));
+        expect_contents(ref, release);
+
+        first_release = 0;
+        if (release == 1) {
+            // An earlier builder shipped what is refused now: it leaves the catalogue without a word.
+            old_dir_path = ref.room.write("old.txt", scratch::read(text) + "\nDIR All/Resources/\nFILE 0 0 89000 1 1 " +
+                                                         signature("x") + " shipped.bak\n");
+        } else {
+            old_dir_path = ref.made(release_name) + "directory.txt.zip";
+        }
+    }
+}
+
+TEST(release, catalogue_is_written_to_the_letter) {
+    const reference ref;
+    alert_catcher alerts;
+    ref.put("All/Weapons/a.wpn", std::string(2999, 'a'));
+    ref.put("All/Weapons/b.wpn", "");
+    ref.link("Linux/start", "../All/Weapons/a.wpn");  // measured as what it leads to
+    ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 7 9 0123 c.wpn\nDIR Linux/\nFILE 4 3 80000 16777 9 4567 d\n");
+    build_install();
+    const std::string wanted = R"(I
+900 version
+INSTALLER
+
+
+DIR All/Resources/menus/English/
+FILE 0 0 90001 0 0 81ca0b7c951be89184c130d2860a5b00 Velaris.txt
+
+DIR All/Resources/text/English/
+FILE 0 0 90001 0 0 7ec7e6b76a52c44518d34604eac1fe3d Velaris.txt
+
+DIR All/Weapons/
+FILE 0 0 90001 0 2 9ec176b69db1ae51000ee39f9cdaa94f a.wpn
+FILE 0 0 90001 0 0 d41d8cd98f00b204e9800998ecf8427e b.wpn
+
+DIR Linux/
+FILE 0 3 90001 0 2 15e9f81c02ae666b2688e26a51153b0f start
+
+DIR All/Weapons/
+FILE 0 0 80000 7 9 0123 c.wpn
+FILE 0 0 90001 0 0 GONE c.wpn
+
+DIR Linux/
+FILE 4 3 80000 16777 9 4567 d
+FILE 4 3 90001 0 0 GONE d
+)";
+    EXPECT_EQ(scratch::read(ref.catalogue(release_name)), wanted);
+}
+
+TEST(release, a_leftover_of_a_failed_run_gets_into_no_release) {
+    const reference ref;
+    alert_catcher alerts;
+    ref.room.write("out/" + release_name + ".unfinished/All/Weapons/old.wpn.zip", "half");
+    build_install();
+    EXPECT_FALSE(scratch::exists(ref.made(release_name) + "All/Weapons/old.wpn.zip"));
+    EXPECT_FALSE(scratch::exists(ref.dst() + release_name + ".unfinished"));
+    EXPECT_FALSE(scratch::exists(ref.made(release_name) + "directory.txt"));
+}
+
+TEST(release, tells_what_it_left_out_and_sums_up) {
+    static std::string left_out;
+    static release_summary sum;
+    const reference ref;
+    alert_catcher alerts;
+    builder_front.left_out = [](const std::string& path) { left_out += path; };
+    builder_front.finished = [](const release_summary& summary) { sum = summary; };
+    ref.put("All/Aircraft/folder.acf/inside.txt", "x");
+    ref.put("All/Aircraft/litter.bak", "x");
+    ref.put("All/Weapons/kept.wpn", "kept");
+    ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 " + signature("kept") +
+                " kept.wpn\nFILE 0 0 80000 0 0 0123 gone.wpn\n"
+                "DIR All/Resources/menus/English/\nFILE 0 0 80000 0 0 0123 Velaris.txt\n");
+    build_install();
+    EXPECT_EQ(left_out, ref.src() + "All/Aircraft/folder.acf");
+    EXPECT_EQ(sum.folder, ref.made(release_name));
+    EXPECT_EQ(std::to_string(sum.files) + " " + std::to_string(sum.added) + " " + std::to_string(sum.changed) + " " +
+                  std::to_string(sum.same) + " " + std::to_string(sum.withdrawn),
+              "3 1 1 1 1");
+}
