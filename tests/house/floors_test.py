@@ -10,7 +10,7 @@ RANK = {"platform": 0, "runtime": 1, "files": 2, "net": 3, "engine": 4, "builder
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 # Floors 0 to 5 and the console need no display, so nothing there may reach for one.
 DISPLAY = re.compile(r"^(SDL|SDL2|GL|GLES|EGL|X11)/|^SDL")
-DISPLAY_ALLOWED_BELOW_GFX = re.compile(r"^platform/(sdl|gl|window)_")
+DISPLAY_ALLOWED_BELOW_GFX = re.compile(r"^platform/display_")
 
 
 def sources(root):

@@ -1,0 +1,39 @@
+# The program's pictures, put into it as raw pixels: a small tool of the host unpacks each PNG, and the assembler takes
+# the bytes in as they are. (As an array in C++ they would be megabytes of text and most of the build's time.)
+enable_language(ASM)
+
+add_executable(pack_image tools/pack_image.cpp)
+target_compile_options(pack_image PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_link_libraries(pack_image PRIVATE PNG::PNG)
+
+# name of the array, picture, width, height
+set(VELARIS_BUILTIN_IMAGES
+  t_installer_dat installer_sheet 1010 764
+  t_ins_back_1_dat background_1 1024 768
+  t_ins_back_2_dat background_2 1024 768
+  t_interface_dat interface_atlas 512 512)
+
+function(velaris_builtin_images target)
+  set(folder "${CMAKE_BINARY_DIR}/builtin_images")
+  file(MAKE_DIRECTORY "${folder}")
+  set(text ".section .rodata\n")
+  set(rest ${VELARIS_BUILTIN_IMAGES})
+  while(rest)
+    list(POP_FRONT rest array picture width height)
+    set(png "${CMAKE_SOURCE_DIR}/art/rendered/${picture}.png")
+    set(raw "${folder}/${array}.rgba")
+    add_custom_command(OUTPUT "${raw}" VERBATIM
+      COMMAND pack_image "${png}" ${width} ${height} "${raw}"
+      DEPENDS pack_image "${png}"
+      COMMENT "Unpacking ${picture}.png")
+    list(APPEND raws "${raw}")
+    string(APPEND text ".globl ${array}\n.type ${array}, %object\n.balign 16\n${array}:\n"
+      ".incbin \"${raw}\"\n.size ${array}, . - ${array}\n")
+  endwhile()
+  string(APPEND text ".section .note.GNU-stack,\"\",%progbits\n")
+  file(CONFIGURE OUTPUT "${folder}/builtin_images.S" CONTENT "${text}" @ONLY)
+  # A library of its own: our compile options are for C++, and an assembler stumbles over some of them.
+  add_library(velaris_builtin_images OBJECT "${folder}/builtin_images.S")
+  set_source_files_properties("${folder}/builtin_images.S" PROPERTIES OBJECT_DEPENDS "${raws}")
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:velaris_builtin_images>)
+endfunction()

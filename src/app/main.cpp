@@ -1,0 +1,19 @@
+// Velaris Installer: installs and updates a copy of the simulator.
+#include <cstdio>
+#include <cstring>
+
+#include "app/console.h"
+
+static bool wants(int argc, char** argv, const char* option) {
+    for (int i = 1; i < argc; ++i)
+        if (std::strcmp(argv[i], option) == 0) return true;
+    return false;
+}
+
+int main(int argc, char** argv) {
+    // The choice of the front end comes before everything else: it decides how an alert is shown.
+    const bool informs = wants(argc, argv, "--help") || wants(argc, argv, "-h") || wants(argc, argv, "--version");
+    if (wants(argc, argv, "--console") || informs) return console_main(argc, argv);
+    std::fputs("This build has no window yet; start it with --console.\n", stderr);
+    return 2;
+}
