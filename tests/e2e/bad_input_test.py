@@ -1,0 +1,194 @@
+"""Input that is missing, broken or hostile: plain words, the right exit status, and a folder that is no worse for it."""
+import os
+import stat
+import sys
+import zipfile
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import folders
+import installer
+import release
+import servers
+
+NAME = "Velaris 9.00 Beta-19"
+BASE = f"/beta/{NAME}/"
+CATALOGUE = BASE + "directory.txt.zip"
+NEWER = "OK I am checking the Tarvex servers and I am finding file formats that are newer than I can understand!"
+NO_VERSION = "I can not find a version of Velaris on the net!"
+NO_SERVERS = "I could not find any servers to get Velaris from!"
+CANNOT_EXTRACT = "DIR-scan: The installer cannot extract a file."
+
+
+class BadInputTest(installer.Scene):
+    @classmethod
+    def setUpClass(cls):
+        tree = release.sample()
+        cls.publisher, (cls.new,) = installer.publish(cls, (tree, NAME, 90019))
+        cls.text = cls.new.catalogue().decode()
+        with open(cls.new.folder + "/directory.txt.zip", "rb") as data:
+            cls.packed = data.read()
+
+    def setUp(self):
+        super().setUp()
+        old = self.new.tree.copy().remove("All/Instructions/Manual.pdf")
+        self.place(old.installed())
+        self.before = folders.snapshot(self.dest)
+        self.server = installer.faulty(self, self.publisher, self.new)
+        self.host = self.server.address
+
+    def refused(self, status, *words, options=()):
+        """The run ends with `status`, says each of `words`, and leaves the folder as it was."""
+        outcome = self.install("--give_up=1", "--pref:_rename_folder=0", *options, status=status)
+        for one in words:
+            self.assertIn(one, outcome.out + outcome.err)
+        self.assert_same(self.before)
+        self.assertEqual(os.listdir(self.desk.tmp), [])
+        return outcome
+
+    def test_server_list(self):
+        good = release.server_list(NAME, [self.host])
+        cases = {
+            "of another version": (release.server_list(NAME, [self.host], version=830), NEWER),
+            "of another kind": (release.server_list(NAME, [self.host], title="PILOTS"), NEWER),
+            "empty": ("", NEWER),
+            "a web page": ("<html><body>Please log in</body></html>", NEWER),
+            "cut before its version": (good[:1], NEWER),
+            "without a server": (release.server_list(NAME, []), NO_SERVERS),
+        }
+        for case, (text, words) in cases.items():
+            with self.subTest(case=case):
+                self.server.replies["/serverlist.txt"] = text.encode()
+                self.refused(1, words)
+
+    def test_server_list_with_odd_but_readable_lines_is_used(self):
+        text = release.server_list(NAME, [self.host])
+        odd = ["unknown line", "SERVERX no.example", "", "BETA_INSTALLER_MAC host.example /x.zip"]
+        lines = text.split("\n")
+        text = "\r\n".join(lines[:3] + odd + ["  " + line for line in lines[3:]])
+        self.server.replies["/serverlist.txt"] = text.encode()
+        self.install("--pref:_rename_folder=0")
+        self.assert_installed(self.new.tree.installed())
+
+    def test_catalogue(self):
+        def packed(text):
+            return release.zipped("directory.txt", text.encode())
+        cases = {
+            "missing": (None, 4, "give up"),
+            "no archive": (b"<html>Please log in</html>", 4, CANNOT_EXTRACT),
+            "empty": (b"", 4, CANNOT_EXTRACT),
+            "cut": (self.packed[:len(self.packed) // 2], 4, CANNOT_EXTRACT),
+            "of a newer version": (packed(self.text.replace("900 version", "910 version", 1)), 1, NEWER),
+            "of another kind": (packed(self.text.replace("INSTALLER", "SERVERS", 1)), 1, NEWER),
+            "with nothing in it": (packed(""), 1, NEWER),
+            "in an archive of nothing else": (release.zipped("serverlist.txt", b"x"), 1, "does not exist"),
+        }
+        for case, (reply, status, words) in cases.items():
+            with self.subTest(case=case):
+                self.server.script.pop(CATALOGUE, None)
+                if reply is None:
+                    self.server.script[CATALOGUE] = [servers.refuse(404)]
+                else:
+                    self.server.replies[CATALOGUE] = reply
+                self.refused(status, words)
+
+    def test_catalogue_that_reaches_outside_the_folder_touches_nothing(self):
+        signature = "0123456789abcdef0123456789abcdef"
+        self.put("precious.txt", "mine", self.folder)
+        rows = {
+            "climbs out": ("All/", "../precious.txt", signature),
+            "climbs out in its folder": ("All/../../", "precious.txt", signature),
+            "deletes outside": ("All/Aircraft/../../", "precious.txt", "GONE"),
+            "is absolute": ("All/" + self.folder + "/", "precious.txt", "GONE"),
+        }
+        for case, (folder, name, wanted) in rows.items():
+            with self.subTest(case=case):
+                text = f"{self.text}\nDIR {folder}\nFILE 0 0 90019 0 0 {wanted} {name}\n"
+                self.server.replies[CATALOGUE] = release.zipped("directory.txt", text.encode())
+                outcome = self.refused(1, NO_VERSION, name)
+                self.assertEqual([path for path in self.server.asked if "precious" in path], [], outcome)
+                with open(os.path.join(self.folder, "precious.txt"), encoding="utf-8") as text:
+                    self.assertEqual(text.read(), "mine")
+
+    def test_file_archive(self):
+        manual = BASE + "All/Instructions/Manual.pdf.zip"
+        with open(self.new.zip_path("All/Instructions/Manual.pdf"), "rb") as data:
+            good = data.read()
+        cases = {
+            "no archive": b"<html>Please log in</html>",
+            "empty": b"",
+            "cut": good[:len(good) // 2],
+            "climbs out": release.zipped("../../escaped.txt", b"out"),
+            "absolute": release.zipped(self.folder + "/escaped.txt", b"out"),
+            "through a link": through_a_link(self.folder),
+        }
+        for case, reply in cases.items():
+            with self.subTest(case=case):
+                self.server.replies[manual] = reply
+                outcome = self.install("--pref:_rename_folder=0", status=1)
+                self.assertIn("The installer cannot extract a file.", outcome.err)
+                self.assertIn("The installation was not completed because an error occurred.", outcome.out)
+                self.assertFalse(os.path.lexists(os.path.join(self.folder, "escaped.txt")))
+                after = folders.snapshot(self.dest)
+                for path in set(after) - set(self.before):       # nothing but what leads nowhere
+                    self.assertEqual(after.pop(path)[0], "link")
+                self.assertEqual(folders.differences(self.before, after), [])
+                for here, _, names in os.walk(self.dest):
+                    for name in names:
+                        if os.path.islink(path := os.path.join(here, name)) and name == "door":
+                            os.unlink(path)
+
+    def test_archive_with_another_files_name_does_not_pass_for_the_one_that_was_wanted(self):
+        manual = BASE + "All/Instructions/Manual.pdf.zip"
+        self.server.replies[manual] = release.zipped("Surprise.pdf", b"%PDF")
+        outcome = self.run_installer("--agree", "--pref:_rename_folder=0")
+        self.server.replies.pop(manual)
+        again = self.install("--pref:_rename_folder=0")
+        self.assertIn((self.server.tries[manual]), (2,), f"{outcome}\n{again}")
+        self.assertIn("Instructions/Manual.pdf", folders.snapshot(self.dest))
+
+    def test_release_name_with_a_slash_renames_nothing(self):
+        fresh = os.path.join(self.folder, "fresh")
+        odd = "../escaped"
+        os.symlink(self.new.folder, os.path.join(self.publisher.web, "beta", "odd"))
+        self.addCleanup(os.unlink, os.path.join(self.publisher.web, "beta", "odd"))
+        text = release.server_list(odd, [(self.host, "/beta/x/")]).encode()
+        self.server.replies["/serverlist.txt"] = text
+        for path in self.new.tree.items:
+            source = self.new.zip_path(path)
+            if os.path.exists(source):
+                with open(source, "rb") as data:
+                    self.server.replies[f"/beta/x/{odd}/{path}.zip"] = data.read()
+        self.server.replies[f"/beta/x/{odd}/directory.txt.zip"] = self.packed
+        self.install(dest=fresh)
+        self.assert_installed(self.new.tree.installed(), fresh)
+
+    def test_option_values(self):
+        for option in ("--changed=maybe", "--changed", "--changed=ask", "--give_up=soon", "--give_up=-1", "--give_up",
+                       "--target_os=4", "--target_os=", "--list_host=127.0.0.1:0", "--list_host=127.0.0.1:70000",
+                       "--list_host=127.0.0.1:http", "--list_host="):
+            with self.subTest(option=option):
+                asked = len(self.server.asked)
+                outcome = self.run_installer("--agree", option)
+                self.assertEqual(outcome.status, 2, outcome)
+                self.assertEqual(outcome.err.count("\n"), 1, outcome)
+                self.assertIn(option.split("=")[0], outcome.err)
+                self.assertEqual(outcome.out, "")
+                self.assertEqual(len(self.server.asked), asked)
+        self.assert_same(self.before)
+
+
+def through_a_link(folder):
+    """A link that leads out of the destination, and then a file by way of it."""
+    path = os.path.join(folder, "door.zip")
+    with zipfile.ZipFile(path, "w") as archive:
+        door = zipfile.ZipInfo("door")
+        door.create_system = 3
+        door.external_attr = (stat.S_IFLNK | 0o755) << 16
+        archive.writestr(door, folder)
+        archive.writestr("door/escaped.txt", b"out")
+    with open(path, "rb") as data:
+        return data.read()
+
+
+if __name__ == "__main__":
+    installer.main()

@@ -1,0 +1,160 @@
+"""What the console says: to a person on a terminal, to a log, and to a script."""
+import os
+import re
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import folders
+import installer
+import release
+import servers
+
+OLD, NEW = "Velaris 9.00 Beta-18", "Velaris 9.00 Beta-19"
+LATIN = os.fsdecode(b"K\xf6ln \"quoted\".txt")           # no valid UTF-8
+
+
+def first():
+    tree = release.sample()
+    tree.add("All/Resources/withdrawn.txt", "once\n").add("All/Resources/stale.dat", bytes(9999))
+    tree.add("All/Resources/changed.dat", bytes(20500)).add("All/Resources/changed and gone.txt", "once\n")
+    return tree
+
+
+def second():
+    tree = first().remove("All/Resources/withdrawn.txt", "All/Resources/changed and gone.txt")
+    tree.add("All/Resources/stale.dat", release.noise(12345)).add("All/Resources/new one.dat", release.noise(7999))
+    tree.add("All/Resources/tiny.txt", "x").add(f"All/Resources/{LATIN}", "umlaut\n")
+    tree.add("Linux/helper", release.noise(4321), mode=0o755)
+    return tree
+
+
+class ConsoleTest(installer.Scene):
+    @classmethod
+    def setUpClass(cls):
+        cls.publisher, (cls.old, cls.new) = installer.publish(cls, (first(), OLD, 90018), (second(), NEW, 90019))
+        cls.server = installer.nginx_for(cls, cls.publisher, cls.new)
+        cls.wanted = ["All/Resources/changed.dat", "All/Resources/new one.dat", "All/Resources/stale.dat",
+                      "All/Resources/tiny.txt", f"All/Resources/{LATIN}", "Linux/helper"]
+
+    def setUp(self):
+        super().setUp()
+        self.host = self.server.address
+        self.place(self.old.tree.installed())
+        self.put("Resources/changed.dat", "mine")
+        self.put("Resources/changed and gone.txt", "mine")
+
+    def test_check_tells_each_decision_and_changes_nothing(self):
+        before = folders.snapshot(self.dest)
+        outcome = self.run_installer("--check")
+        self.assertEqual(outcome.status, 0, outcome)
+        down, disk = self.new.kilobytes(self.wanted)
+        told = [line for line in outcome.out.split("\n") if re.match("(FETCH|DELETE|ASK|to download:|to install:) ?", line)]
+        umlaut = "Resources/K\N{REPLACEMENT CHARACTER}ln \"quoted\".txt"
+        self.assertEqual(told[:2], [f"to download: {down} kB", f"to install: {disk} kB"])
+        self.assertEqual(sorted(told[2:]), sorted([
+            "ASK Resources/changed and gone.txt", "ASK Resources/changed.dat", "DELETE Resources/withdrawn.txt",
+            "FETCH Resources/new one.dat", "FETCH Resources/stale.dat", "FETCH Resources/tiny.txt", f"FETCH {umlaut}",
+            "FETCH helper"]))
+        self.assertEqual(outcome.err, "")
+        self.assert_same(before)
+        nowhere = os.path.join(self.folder, "not there")
+        outcome = self.run_installer("--check", "--quiet", dest=nowhere)
+        self.assertEqual(outcome.out.count("\nFETCH "), len(self.new.tree.installed()))
+        self.assertFalse(os.path.exists(nowhere))
+
+    def test_json_is_whole_for_every_way_a_run_can_end(self):
+        forms = {"status": {"text": str}, "offer": {"name": str, "download_kb": int, "install_kb": int},
+                 "progress": dict.fromkeys(("download_kb", "install_kb", "files_done", "files_total", "rate_kb_s",
+                                            "seconds_left"), int),
+                 "file": {"action": str, "path": str, "result": int},
+                 "alert": {"level": int, "lines": list, "place": str}, "end": {"status": int}}
+        nowhere = os.path.join(self.folder, "other")
+        self.put("a file", "in the way", self.folder)
+        runs = [(["--check"], 0, None), (["--changed=keep"], 0, None), (["--changed=cancel"], 3, nowhere),
+                ([f"--list_host=127.0.0.1:{servers.free_port()}", "--give_up=0.5"], 4, None),
+                ([], 1, os.path.join(self.folder, "a file", "x")), (["--give_up=x"], 2, None)]
+        self.place(self.old.tree.installed(), nowhere)
+        self.put("Resources/changed.dat", "mine", nowhere)
+        for options, status, where in runs:
+            with self.subTest(options=options):
+                outcome = self.install("--json", *options, status=status, dest=where)
+                events = outcome.events()
+                self.assertEqual(events[-1], {"event": "end", "status": status})
+                self.assertEqual([one for one in events[:-1] if one["event"] == "end"], [])
+                for one in events:
+                    form = forms[one["event"]]
+                    self.assertEqual({key: type(value) for key, value in one.items() if key != "event"}, form, one)
+                self.assertNotIn("\x1b", outcome.out)
+                self.assertTrue(all(len(one["lines"]) == 4 for one in events if one["event"] == "alert"))
+                self.assertEqual(status == 1, any(one["event"] == "alert" for one in events))
+
+    def test_json_tells_the_offer_and_every_file(self):
+        events = self.install("--json", "--changed=keep", "--pref:_rename_folder=0").events()
+        down, disk = self.new.kilobytes(self.wanted)
+        self.assertIn({"event": "offer", "name": NEW, "download_kb": down, "install_kb": disk}, events)
+        done = sorted((one["action"], one["path"]) for one in events if one["event"] == "file" and one["action"] != "keep")
+        umlaut = "Resources/K\u00f6ln \"quoted\".txt"           # each byte that is no UTF-8 as a character
+        self.assertEqual(done, sorted([
+            ("delete", "Resources/withdrawn.txt"), ("fetch", "Resources/new one.dat"),
+            ("fetch", "Resources/stale.dat"), ("fetch", "Resources/tiny.txt"), ("fetch", umlaut), ("fetch", "helper")]))
+        self.assertTrue(all(one["result"] == 0 for one in events if one["event"] == "file"))
+        last = [one for one in events if one["event"] == "progress"][-1]
+        self.assertEqual((last["files_done"], last["files_total"]), (6, 6))
+
+    def test_plain_lines_where_there_is_no_terminal(self):
+        outcome = self.install("--changed=overwrite")
+        self.assertNotRegex(outcome.out + outcome.err, "[\x1b\r\b]")
+        for words in ("You have selected an earlier version of Velaris",
+                      "You are about to install", f"of files to get {NEW}.", "OK I am installing this now...",
+                      "INSTALLATION COMPLETE!"):
+            self.assertEqual(outcome.out.count(words), 1, outcome)
+        shares = re.findall(r"(?m)^(\d+)% (\d+) of 8 files, ", outcome.out)
+        self.assertEqual(shares[-1], ("100", "8"), outcome.out)
+        self.assertEqual(outcome.err, "")
+
+    def test_latest_version_is_claimed_only_where_it_is_there(self):
+        latest = "Your copy of Velaris is already the latest version."
+        first = self.install("--changed=overwrite", "--pref:_rename_folder=0")
+        again = self.install("--changed=overwrite", "--pref:_rename_folder=0")
+        self.assertEqual((first.out.count(latest), again.out.count(latest)), (0, 1), f"{first}\n{again}")
+
+    def test_terminal_gets_one_line_redrawn_and_colour_unless_it_is_unwanted(self):
+        for colour, environment in ((True, {}), (False, {"NO_COLOR": "1"}), (True, {"NO_COLOR": ""})):
+            with self.subTest(environment=environment):
+                terminal = self.terminal("--agree", "--changed=keep", "--pref:_rename_folder=0", columns=70, **environment)
+                self.assertEqual(terminal.end(), 0)
+                text = installer.text_of(terminal.seen)
+                self.assertEqual("\x1b[32m" in text, colour, text)
+                bars = re.findall(r"\r(\[[#.]+\] +\d+% [^\r\n]*?)\x1b\[K", text)
+                self.assertTrue(bars, text)
+                for one in bars:
+                    self.assertLess(len(one), 70, "would wrap")
+                self.assertNotIn("\n[", text)
+
+    def test_quiet_shows_no_progress(self):
+        outcome = self.install("--quiet", "--changed=keep")
+        self.assertNotRegex(outcome.out, r"\d+% ")
+        self.assertIn("INSTALLATION COMPLETE!", outcome.out)
+        terminal = self.terminal("--agree", "--quiet", "--changed=keep")
+        self.assertEqual(terminal.end(), 0)
+        self.assertNotIn("\r[", installer.text_of(terminal.seen))
+
+    def test_log_tells_file_work_only_when_asked(self):
+        self.install("--changed=keep", "--pref:_rename_folder=0")
+        self.assertNotIn("EXPANDING", self.desk.log())
+        os.unlink(os.path.join(self.dest, "helper"))
+        self.install("--changed=keep", "--pref:_rename_folder=0", "--pref:_log_actions=1")
+        self.assertIn(f"EXPANDING file {self.dest}/helper, with result=0.", self.desk.log())
+        self.assertEqual(self.desk.preferences()["_log_actions"], "1")
+
+    def test_help_and_version_need_nothing(self):
+        for option in ("--help", "-h", "--version"):
+            outcome = self.run_installer(option, dest=False)
+            self.assertEqual((outcome.status, outcome.err), (0, ""), outcome)
+            self.assertIn("Velaris 9.00 Beta-19" if option == "--version" else "Usage: Velaris [options...]", outcome.out)
+        for option in ("--list_host", "--changed=", "--give_up", "--check", "--json", "--agree", "--target_os", "-path"):
+            self.assertIn(option, self.run_installer("--help", dest=False).out)
+
+
+if __name__ == "__main__":
+    installer.main()

@@ -1,0 +1,375 @@
+"""The servers of the tests: nginx and tinyproxy as they are used in the world, and one that misbehaves on request.
+
+All listen on 127.0.0.1 on a free port, keep everything in a private folder and end with stop().
+"""
+import ctypes
+import os
+import re
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import threading
+import time
+import urllib.parse
+
+
+def end_with_parent():
+    """In a child, before its program: no server and no installer outlives a test that is killed."""
+    ctypes.CDLL(None).prctl(1, signal.SIGTERM)      # PR_SET_PDEATHSIG
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class Daemon:
+    """A server program on a free port. Another process may take the port between the look and the start: then again."""
+
+    def __init__(self, folder):
+        os.makedirs(folder)
+        self.folder = folder
+        for _ in range(5):
+            self.port = free_port()
+            with open(self.path("out"), "wb") as out:
+                self.process = subprocess.Popen(self.command(), stdin=subprocess.DEVNULL, cwd=folder, stdout=out,
+                                                stderr=subprocess.STDOUT, start_new_session=True,
+                                                preexec_fn=end_with_parent)
+            if self.answers():
+                return
+            self.stop()
+        with open(self.path("out"), errors="replace") as text:
+            raise RuntimeError(f"{type(self).__name__} does not start: {text.read()}")
+
+    @property
+    def address(self):
+        return f"127.0.0.1:{self.port}"
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, text):
+        with open(self.path(name), "w", encoding="utf-8") as out:
+            out.write(text)
+        return self.path(name)
+
+    def answers(self):
+        deadline = time.monotonic() + 10
+        while time.monotonic() < deadline and self.process.poll() is None:
+            try:
+                with socket.create_connection(("127.0.0.1", self.port), timeout=1) as link:
+                    return self.greets(link)
+            except OSError:
+                time.sleep(0.02)
+        return False
+
+    def greets(self, link):
+        return self.process.poll() is None
+
+    def log(self):
+        with open(self.path("log"), encoding="utf-8", errors="surrogateescape") as text:
+            return text.read()
+
+    def stop(self):
+        if self.process.poll() is None:
+            self.process.terminate()
+            try:
+                self.process.wait(10)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()
+
+
+class Nginx(Daemon):
+    """Serves the folder `root`; `rate` limits a transfer to so many bytes a second."""
+
+    def __init__(self, root, folder, rate=0):
+        self.root, self.rate = os.path.abspath(root), rate
+        self.program, self.marks = find_program("nginx"), 0
+        super().__init__(folder)
+
+    def command(self):
+        self.word = os.urandom(8).hex()  # proves that it is this server that answers
+        return [self.program, "-e", self.path("errors"), "-p", self.folder, "-c", self.write("conf", f"""
+{"user root;" if os.geteuid() == 0 else ""}
+daemon off;
+pid {self.path("pid")};
+worker_processes 1;
+events {{ worker_connections 256; }}
+http {{
+  log_format short escape=none '$status $request_uri';
+  access_log "{self.path("log")}" short;
+  client_body_temp_path "{self.path("t1")}";
+  proxy_temp_path "{self.path("t2")}";
+  fastcgi_temp_path "{self.path("t3")}";
+  uwsgi_temp_path "{self.path("t4")}";
+  scgi_temp_path "{self.path("t5")}";
+  default_type application/octet-stream;
+  server {{
+    listen 127.0.0.1:{self.port};
+    root "{self.root}";
+    limit_rate {self.rate};
+    location = /word {{ return 200 {self.word}; }}
+  }}
+}}
+""")]
+
+    def greets(self, link):
+        link.sendall(b"GET /word HTTP/1.0\r\n\r\n")
+        answer = b""
+        while part := link.recv(4096):
+            answer += part
+        return self.word.encode() in answer
+
+    def requests(self):
+        """What was asked for, as (status, path)."""
+        self.marks += 1             # the one worker logs in order: once the mark is there, all before it is
+        mark = f"/word?{self.marks}"
+        with socket.create_connection(("127.0.0.1", self.port), timeout=10) as link:
+            link.sendall(f"GET {mark} HTTP/1.0\r\n\r\n".encode())
+            while link.recv(4096):
+                pass
+        deadline = time.monotonic() + 10
+        while f"200 {mark}\n" not in (log := self.log()) and time.monotonic() < deadline:
+            time.sleep(0.01)
+        pairs = (line.split(" ", 1) for line in log.splitlines())
+        return [(int(status), request_path(target)) for status, target in pairs if not target.startswith("/word")]
+
+
+class Tinyproxy(Daemon):
+    """A proxy that hands hosts ending in ".example" to `upstream`, as a firewall's only way out."""
+
+    def __init__(self, folder, upstream=None):
+        self.upstream = upstream
+        self.program = find_program("tinyproxy")
+        super().__init__(folder)
+
+    def command(self):
+        upstream = f'Upstream http {self.upstream} ".example"' if self.upstream else ""
+        return [self.program, "-d", "-c", self.write("conf", f"""
+Port {self.port}
+Listen 127.0.0.1
+Timeout 60
+Allow 127.0.0.1
+MaxClients 50
+LogFile "{self.path("log")}"
+LogLevel Connect
+PidFile "{self.path("pid")}"
+{upstream}
+""")]
+
+    def requests(self):
+        return re.findall(r"Request \(file descriptor \d+\): GET (\S.*?) HTTP/1\.[01]", self.log())
+
+
+def find_program(name):
+    found = shutil.which(name, path=os.environ.get("PATH", "") + ":/usr/sbin:/sbin")
+    if not found:
+        raise RuntimeError(f"{name} is not installed")
+    return found
+
+
+def request_path(target):
+    if target.startswith("http://"):
+        target = "/" + target[7:].partition("/")[2]
+    return urllib.parse.unquote(target)
+
+
+class FaultServer:
+    """Serves the folder `root`, but does to each request what its script says.
+
+    `script` maps a path to the faults of the first, second, ... try, the last of which stays; "*" stands for every path
+    that is not named. `replies` maps a path to other bytes than the folder's.
+    """
+
+    def __init__(self, root):
+        self.root = root
+        self.script, self.replies, self.tries = {}, {}, {}
+        self.asked = []             # every path, in order
+        self.busy = 0               # requests under way
+        self.lock = threading.Lock()
+        self.gate = None
+        self.links = set()
+        self.listener = socket.create_server(("127.0.0.1", 0), backlog=64)
+        self.port = self.listener.getsockname()[1]
+        threading.Thread(target=self.accept, daemon=True).start()
+
+    @property
+    def address(self):
+        return f"127.0.0.1:{self.port}"
+
+    def stop(self):
+        if self.gate:
+            self.gate.open()
+        self.listener.close()
+        with self.lock:
+            for link in self.links:
+                cut(link)
+
+    def hold_after(self, count):
+        """Lets `count` files through and holds the next ones until the gate that is returned opens."""
+        self.gate = Gate(count)
+        return self.gate
+
+    def accept(self):
+        while True:
+            try:
+                link, _ = self.listener.accept()
+            except OSError:
+                return
+            with self.lock:
+                self.links.add(link)
+                self.busy += 1
+            threading.Thread(target=self.talk, args=(link,), daemon=True).start()
+
+    def talk(self, link):
+        try:
+            request = b""
+            while b"\r\n\r\n" not in request:
+                part = link.recv(65536)
+                if not part:
+                    return
+                request += part
+            path = request_path(os.fsdecode(request.split(b"\r\n")[0]).split(" ", 1)[1].rsplit(" ", 1)[0])
+            self.fault_for(path)(link, *self.body_of(path))
+        except OSError:
+            pass                    # the other side left
+        finally:
+            with self.lock:
+                self.busy -= 1
+                self.links.discard(link)
+            link.close()
+
+    def fault_for(self, path):
+        with self.lock:
+            self.asked.append(path)
+            turn = self.tries[path] = self.tries.get(path, 0) + 1
+            faults = self.script.get(path) or self.script.get("*") or [serve]
+        if self.gate and path.startswith("/beta/") and not path.endswith("/directory.txt.zip"):
+            self.gate.enter()
+        return faults[min(turn, len(faults)) - 1]
+
+    def body_of(self, path):
+        if path in self.replies:
+            return 200, self.replies[path]
+        try:
+            with open(self.root + path, "rb") as data:
+                return 200, data.read()
+        except OSError:
+            return 404, b"no such file"
+
+
+class Gate:
+    def __init__(self, count):
+        self.left = count
+        self.lock = threading.Lock()
+        self.reached = threading.Event()   # a file is being held
+        self.is_open = threading.Event()
+
+    def enter(self):
+        with self.lock:
+            self.left -= 1
+            if self.left >= 0:
+                return
+        self.reached.set()
+        self.is_open.wait()
+
+    def open(self):
+        self.is_open.set()
+
+
+# The faults. Each gets the connection and what the folder would have answered.
+
+def head(status, length, reason="Whatever"):
+    length = "" if length is None else f"Content-Length: {length}\r\n"
+    return f"HTTP/1.1 {status} {reason}\r\nServer: fault\r\n{length}Connection: close\r\n\r\n".encode()
+
+
+def serve(link, status, body):
+    link.sendall(head(status, len(body)) + body)
+
+
+def refuse(status, reason="Whatever"):
+    """Answers with a status and a short page, complete in itself."""
+    return lambda link, _, body: link.sendall(head(status, 5, reason) + b"sorry")
+
+
+def reset(link, status, body):
+    link.sendall(head(status, len(body)) + body[:len(body) // 2])
+    cut(link)
+
+
+def cut(link):
+    try:
+        link.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        link.shutdown(socket.SHUT_RD)
+    except OSError:
+        pass
+    link.close()
+
+
+def end_early(link, status, body):
+    link.sendall(head(status, len(body)) + body[:len(body) // 2])
+
+
+def say_nothing(link, status, body):
+    while link.recv(4096):
+        pass                        # until the other side gives up
+
+
+def stall(link, status, body):
+    link.sendall(head(status, len(body)) + body[:len(body) // 2])
+    say_nothing(link, status, body)
+
+
+def promise_less(link, status, body):
+    link.sendall(head(status, len(body) // 2) + body)
+
+
+def no_length(link, status, body):
+    link.sendall(head(status, None) + body)
+
+
+def drip(link, status, body):
+    """Byte by byte, each in a packet of its own as far as the system lets it; the tail in one piece."""
+    link.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+    whole = head(status, len(body)) + body
+    for place in range(min(len(whole), 400)):
+        link.sendall(whole[place:place + 1])
+        time.sleep(0.0005)
+    link.sendall(whole[400:])
+
+
+def interim(link, status, body):
+    link.sendall(b"HTTP/1.1 100 Continue\r\n\r\n")
+    time.sleep(0.05)                # so that it arrives on its own
+    serve(link, status, body)
+
+
+def corrupt(link, status, body):
+    """One byte in the middle of the packed data is another."""
+    place = len(body) // 2
+    serve(link, status, body[:place] + bytes([body[place] ^ 0x55]) + body[place + 1:])
+
+
+def main(root, folder):
+    """Serves `root` with nginx: prints host:port, and ends when standard input does."""
+    try:
+        server = Nginx(root, folder)
+    except RuntimeError as problem:
+        sys.exit(str(problem))
+    try:
+        print(server.address, flush=True)
+        sys.stdin.read()
+    except KeyboardInterrupt:
+        pass
+    finally:
+        server.stop()
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
