@@ -10,7 +10,9 @@
 #include <cstdlib>
 #include <fstream>
 
-static std::string temp_folder;  // process: empty until made
+// Process. Empty until made; a forked child inherits the name and must leave the folder to its parent.
+static std::string temp_folder;
+static pid_t temp_owner;
 
 static std::string with_slash(std::string folder) {
     if (!folder.empty() && folder.back() != '/') folder += '/';
@@ -24,7 +26,7 @@ static std::string folder_from_environment(const char* name) {
 }
 
 std::string home_folder() {
-    const std::string home = folder_from_environment("HOME");
+    std::string home = folder_from_environment("HOME");
     if (!home.empty()) return home;
     const passwd* entry = getpwuid(getuid());
     return entry && entry->pw_dir ? with_slash(entry->pw_dir) : std::string();
@@ -32,7 +34,7 @@ std::string home_folder() {
 
 // The folder that `variable` names, else `fallback` below the home folder; empty when neither is known.
 static std::string xdg_base(const char* variable, const char* fallback) {
-    const std::string named = folder_from_environment(variable);
+    std::string named = folder_from_environment(variable);
     if (!named.empty()) return named;
     const std::string home = home_folder();
     return home.empty() ? home : home + fallback;
@@ -112,9 +114,12 @@ static std::string make_temp_below(const std::string& parent) {
 }
 
 static std::string private_temp_folder() {
-    if (temp_folder.empty()) temp_folder = make_temp_below(folder_from_environment("TMPDIR"));
+    if (!temp_folder.empty()) return temp_folder;
+    temp_folder = make_temp_below(folder_from_environment("TMPDIR"));
     if (temp_folder.empty()) temp_folder = make_temp_below("/tmp/");
-    return temp_folder;
+    temp_owner = getpid();
+    static const bool removed_at_exit = std::atexit(remove_temp_folder) == 0;
+    return removed_at_exit ? temp_folder : std::string();
 }
 
 void get_OS_abs_path(int which, std::string* out) {
@@ -145,7 +150,7 @@ void get_OS_abs_path(int which, std::string* out) {
 }
 
 void remove_temp_folder() {
-    if (temp_folder.empty()) return;
+    if (temp_folder.empty() || temp_owner != getpid()) return;
     for (const char* name :
          {"serverlist.txt", "directory.txt.zip", "directory.txt", "0.zip", "1.zip", "2.zip", "3.zip"})
         unlink((temp_folder + name).c_str());

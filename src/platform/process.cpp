@@ -25,6 +25,7 @@
 void spawn_detached(const std::vector<std::string>& argv) {
     if (argv.empty()) return;
     std::vector<char*> words;
+    words.reserve(argv.size() + 1);
     for (const std::string& word : argv)
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);

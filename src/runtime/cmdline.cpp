@@ -42,7 +42,7 @@ void UTL_cmdline::init_win(const std::string& text) {
         std::size_t size = 0;
         while (size < rest.size() && wanted(rest[size]))
             ++size;
-        const std::string taken(rest.substr(0, size));
+        std::string taken(rest.substr(0, size));
         rest.remove_prefix(size);
         return taken;
     };

@@ -105,9 +105,7 @@ struct alert_mark {
 static void alert_to_log_only(const exce_class& e, const std::string& place) {
     log_lines(e);
     xer << place << "\n" << std::flush;
-    if (e.level != t_exit) return;
-    remove_temp_folder();
-    leave_process(1);
+    if (e.level == t_exit) leave_process(1);
 }
 
 static void alert_on_main_thread(const exce_class& e, int next_window) {

@@ -122,6 +122,32 @@ TEST_F(Folders, removal_takes_what_a_run_leaves_and_nothing_else) {
     }
 }
 
+// The temporary folder as a child sees it that ends by a plain exit.
+static std::string temp_of_exiting_child() {
+    int report[2];
+    if (pipe(report) != 0) return "no pipe";
+    const pid_t child = fork();
+    if (child == 0) {
+        const std::string temp = folder(os_dir_temp);
+        std::exit(write(report[1], temp.data(), temp.size()) == static_cast<ssize_t>(temp.size()) ? 0 : 1);
+    }
+    waitpid(child, nullptr, 0);
+    std::string temp(500, '\0');
+    const ssize_t size = read(report[0], temp.data(), temp.size());
+    temp.resize(static_cast<std::size_t>(size));
+    return temp;
+}
+
+TEST_F(Folders, a_plain_exit_removes_the_temporary_folder_of_that_process_alone) {
+    setenv("TMPDIR", home.path().c_str(), 1);
+    const std::string theirs = temp_of_exiting_child();
+    EXPECT_TRUE(theirs.starts_with(home.path())) << theirs;
+    EXPECT_FALSE(scratch::exists(theirs));
+    const std::string ours = folder(os_dir_temp);
+    EXPECT_EQ(temp_of_exiting_child(), ours);
+    EXPECT_TRUE(scratch::exists(ours));
+}
+
 TEST_F(Folders, only_a_folder_counts_as_writable_or_has_free_space) {
     EXPECT_TRUE(folder_is_writable(home.path()));
     EXPECT_FALSE(folder_is_writable(home.write("file", "")));
