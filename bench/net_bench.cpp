@@ -19,7 +19,7 @@ static double seconds_since(std::chrono::steady_clock::time_point start) {
 // Fetches `files` files over `streams` slots; returns how often the pool was polled, or -1 when a transfer failed.
 static long fetch_all(const std::string& host, const std::string& folder, int files, int streams) {
     long polls = 0;
-    for (int left = files; left > 0; http.wait(left > 0 ? 1000 : 0, -1)) {
+    for (int left = files; left > 0;) {
         xtim.xtim_update();
         for (int slot = 0; slot < streams && left > 0; ++slot, ++polls) {
             const int result = http.net_check(slot, host, "/file.zip", folder + std::to_string(slot) + ".zip");
@@ -29,6 +29,7 @@ static long fetch_all(const std::string& host, const std::string& folder, int fi
             }
             left -= result;
         }
+        http.wait(left > 0 ? 1000 : 0, -1);
     }
     return polls;
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "files/error_str.h"
 #include "runtime/log.h"
@@ -84,6 +85,7 @@ int http_class::finish(int slot, int result) {
     finished_bytes += slots[slot]->received;
     delete slots[slot];
     slots[slot] = nullptr;
+    if (result == net_complete) slot_freed = true;
     note_outcome(slot, result);
     return result;
 }
@@ -153,6 +155,7 @@ bool http_class::wait(int timeout_ms, int wake_fd) {
     for (const pause& p : pauses)
         if (p.not_before > xtim.real_time)
             timeout_ms = std::min(timeout_ms, static_cast<int>((p.not_before - xtim.real_time) * 1000) + 1);
+    if (std::exchange(slot_freed, false)) return true;
     pollfd polled[http_slot_count + 1];
     nfds_t count = 0;
     if (wake_fd >= 0) polled[count++] = {wake_fd, POLLIN, 0};

@@ -20,8 +20,8 @@ class http_class {
     int net_check(int slot, const std::string& server, const std::string& path, const std::string& local);
 
     // Sleeps until a transfer of the pool can go on, `wake_fd` is readable (-1 for none), or the time is over. Returns
-    // true if something is ready. A transfer that can only time out does not wake it, and so holds it up for the whole
-    // time; one that is over does until net_check is called for it.
+    // true if something is ready, and at once where a transfer was completed since the last call, as its slot can take the
+    // next one. A transfer that can only time out does not wake it; one that is over does until net_check is called for it.
     bool wait(int timeout_ms, int wake_fd);
 
     // A failed slot is having its pause: net_check would only say that it is at work.
@@ -56,6 +56,7 @@ class http_class {
     asked requests[http_slot_count];
     pause pauses[http_slot_count];
     bool started = false;
+    bool slot_freed = false;  // by a completed transfer, since the last wait; a failure is to be slept on
     std::int64_t finished_bytes = 0;
     std::string failure;
 };
