@@ -16,9 +16,8 @@ static file_version_struct& current_row(int file) {
 }
 
 static bool lives_on_elsewhere(int file) {
-    const std::vector<int>& others = same_installed_path(file);
-    return std::any_of(others.begin(), others.end(),
-                       [](int other) { return !is_gone(current_row(other)) && is_wanted(other); });
+    const std::vector<int>& all = same_installed_path(file);
+    return std::any_of(all.begin(), all.end(), [](int one) { return !is_gone(current_row(one)) && is_wanted(one); });
 }
 
 verdict decide_file(int file) {

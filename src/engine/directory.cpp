@@ -16,7 +16,8 @@ std::vector<file_history_struct> sim_info;
 std::set<std::string> deleted_files;
 int this_install_has_exes = 0;
 
-static std::unordered_map<int, std::vector<int>> sharing;  // only files that share their installed path
+static std::unordered_map<int, int> first_of_sharing;      // only files that share their installed path
+static std::unordered_map<int, std::vector<int>> sharing;  // by the first of them
 static contested_t contested;
 
 static std::string_view installed_view(const file_version_struct& row) {
@@ -62,8 +63,8 @@ bool is_wanted(int file) {
 
 const std::vector<int>& same_installed_path(int file) {
     static const std::vector<int> none;
-    const auto found = sharing.find(file);
-    return found == sharing.end() ? none : found->second;
+    const auto first = first_of_sharing.find(file);
+    return first == first_of_sharing.end() ? none : sharing.at(first->second);
 }
 
 static bool has_row_with(int file, const std::string& signature) {
@@ -74,8 +75,8 @@ static bool has_row_with(int file, const std::string& signature) {
 
 bool signature_was_shipped(int file, const std::string& signature) {
     if (has_row_with(file, signature)) return true;
-    const std::vector<int>& others = same_installed_path(file);
-    return std::any_of(others.begin(), others.end(), [&](int other) { return has_row_with(other, signature); });
+    const std::vector<int>& all = same_installed_path(file);
+    return std::any_of(all.begin(), all.end(), [&](int one) { return has_row_with(one, signature); });
 }
 
 const contested_t& contested_paths() {
@@ -83,12 +84,15 @@ const contested_t& contested_paths() {
 }
 
 bool behind_shipped_link(std::string_view installed) {
-    for (const auto& [path, files] : contested) {
-        if (!path_is_inside(installed, path)) continue;
-        const std::string full = dest_dir_path + path;
+    if (contested.empty()) return false;
+    for (std::size_t slash = installed.rfind('/'); slash != std::string_view::npos; slash = installed.rfind('/')) {
+        installed = installed.substr(0, slash);
+        const auto found = contested.find(installed);
+        if (found == contested.end()) continue;
+        const std::string full = dest_dir_path + found->first;
         std::string signature;
         if (is_sim_link(full, nullptr) && calc_file_md5(full, signature) == 0 &&
-            signature_was_shipped(files.front(), signature))
+            signature_was_shipped(found->second.front(), signature))
             return true;
     }
     return false;
@@ -167,19 +171,15 @@ typedef std::unordered_map<std::string_view, int> path_index;  // installed path
 static path_index index_shared_paths() {
     path_index first_at;
     first_at.reserve(sim_info.size());
-    std::unordered_map<int, std::vector<int>> groups;
     for (std::size_t i = 0; i < sim_info.size(); ++i) {
         const int file = static_cast<int>(i);
         const auto [at, is_new] = first_at.try_emplace(installed_view(sim_info[i].back()), file);
         if (is_new) continue;
-        std::vector<int>& group = groups[at->second];
-        if (group.empty()) group.push_back(at->second);
-        group.push_back(file);
+        std::vector<int>& all = sharing[at->second];
+        if (all.empty()) all.push_back(at->second);
+        all.push_back(file);
+        first_of_sharing[at->second] = first_of_sharing[file] = at->second;
     }
-    for (const auto& [first, group] : groups)
-        for (int member : group)
-            std::copy_if(group.begin(), group.end(), std::back_inserter(sharing[member]),
-                         [&](int other) { return other != member; });
     return first_at;
 }
 
@@ -195,9 +195,8 @@ static void index_contested_paths(const path_index& first_at) {
         for (std::size_t end = folder.size(); end != std::string_view::npos; end = folder.rfind('/', end - 1)) {
             const auto found = first_at.find(folder.substr(0, end));
             if (found == first_at.end()) continue;
-            std::vector<int> files = same_installed_path(found->second);
-            files.insert(files.begin(), found->second);
-            contested[std::string(found->first)] = std::move(files);
+            const std::vector<int>& all = same_installed_path(found->second);
+            contested[std::string(found->first)] = all.empty() ? std::vector<int>{found->second} : all;
         }
     }
 }
@@ -228,6 +227,7 @@ static void examine_disk(const std::string& label) {
 static void forget_catalogue() {
     deleted_files.clear();
     sim_info.clear();
+    first_of_sharing.clear();
     sharing.clear();
     contested.clear();
     stg.down_size = stg.disk_size = 0;

@@ -60,14 +60,14 @@ bool path_stays_below(std::string_view installed);
 bool path_is_inside(std::string_view path, std::string_view folder);
 
 // Histories that share one installed path (a file moved between "All" and a platform's folder) know each other: indices
-// in sim_info of the others, empty as a rule. Built by read_directory.
+// in sim_info of all of them, this one included. Empty for a file that shares with none. Built by read_directory.
 const std::vector<int>& same_installed_path(int file);
 // Some row of the history, or of one that shares its installed path, has this signature: it was shipped.
 bool signature_was_shipped(int file, const std::string& signature);
 
 // Installed paths that one history has as a file while another has a file below them: a file became a folder, or a
 // folder a file. Each with the histories that have it as a file. Empty as a rule. Built by read_directory.
-typedef std::map<std::string, std::vector<int>> contested_t;
+typedef std::map<std::string, std::vector<int>, std::less<>> contested_t;
 const contested_t& contested_paths();
 
 // The way to `installed` leads through a link that is itself a file of some release. What lies there belongs to another

@@ -23,7 +23,7 @@ TEST_F(directory, rows_are_grouped_clamped_and_dropped_as_told) {
               "All/Two words/a name.txt|461a|02G\nAll/Two words/other |22b\nAll/Two words/a name.txt|03c\n"
               "All/Earth Orbit Textures/a name.txt|43e\n");
     EXPECT_EQ(sim_info[0][0].zip_size + sim_info[0][0].ext_size, 5.0f);
-    EXPECT_EQ(same_installed_path(0), std::vector<int>{2});
+    EXPECT_EQ(same_installed_path(0), (std::vector<int>{0, 2}));
     EXPECT_TRUE(same_installed_path(1).empty());
 }
 

@@ -137,12 +137,11 @@ TEST_F(flow_steps, the_share_is_smoothed_and_always_a_share) {
 
 TEST_F(flow_steps, room_is_judged_only_where_both_numbers_are_known) {
     const struct {
-        int dir_state, before;
-        float required;
         const char* folder;
-        int after;
-    } cases[] = {{3, 0, 1, "dest/", 1}, {3, 1, 1e18f, "dest/", 0}, {3, 0, 0, "dest/", 0}, {3, 1, 0, "dest/", 1},
-                 {0, 0, 1, "dest/", 0}, {3, 1, 1e18f, "none/", 1}, {3, 0, 1, "none/", 0}};
+        float required;
+        int dir_state, before, after;
+    } cases[] = {{"dest/", 1, 3, 0, 1}, {"dest/", 1e18f, 3, 1, 0}, {"dest/", 0, 3, 0, 0}, {"dest/", 0, 3, 1, 1},
+                 {"dest/", 1, 0, 0, 0}, {"none/", 1e18f, 3, 1, 1}, {"none/", 1, 3, 0, 0}};
     for (const auto& c : cases) {
         stg.dir_state = c.dir_state;
         stg.disk_size = c.required;

@@ -155,7 +155,7 @@ TEST_F(grab, a_zip_that_cannot_be_expanded_ends_the_install_even_as_the_last_fil
     stg.stream_count = 1;
     for (int streams : {1, 2}) {
         prepare();
-        next = {0, 0, {0, 1, streams > 1}, {0, 1, 1}, {}, 0, 0, 0, 0, 0};
+        next = {streams, 0, {0, 1, streams > 1}, {0, 0, 1}, {}, 0, 0, 0, 0, 0};  // the second one is idle
         this_install_has_exes = 1;
         EXPECT_EQ(run(), 1);
         EXPECT_EQ(stg.install_failed, 1);
