@@ -99,7 +99,7 @@ def write_resources(copy):
             copy.text(f"All/Instructions/{language}/{number + 1} {chapter}.txt", chapter, "=" * len(chapter),
                       "Read this before you fly.")
     for number in range(30):
-        copy.text(f"All/Airfoils/NACA {2400 + number}.afl", "I", "700 Version", f"camber {number}", "lift 1.2", "drag 0.02")
+        copy.text(f"All/Airfoils/NACA {2400 + number}.afl", "I", "700 Version", f"camber {number}", "lift 1.2")
     for name in ("day", "dusk", "night", "storm"):
         copy.put(f"All/Resources/bitmaps/sky/{name}.png", picture(128, 64, [20, 60, 120]))
     for number in range(12):

@@ -193,7 +193,7 @@ TEST(release, three_in_a_row_carry_the_history_of_every_file) {
 TEST(release, catalogue_is_written_to_the_letter) {
     const reference ref;
     alert_catcher alerts;
-    ref.put("All/Weapons/a.wpn", std::string(2999, 'a'));
+    ref.put("All/Weapons/a.wpn", std::string(50999, 'a'));
     ref.put("All/Weapons/b.wpn", "");
     ref.link("Linux/start", "../All/Weapons/a.wpn");  // measured as what it leads to
     ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 7 9 0123 c.wpn\nDIR Linux/\nFILE 4 3 80000 16777 9 4567 d\n");
@@ -210,11 +210,11 @@ DIR All/Resources/text/English/
 FILE 0 0 90001 0 0 7ec7e6b76a52c44518d34604eac1fe3d Velaris.txt
 
 DIR All/Weapons/
-FILE 0 0 90001 0 2 9ec176b69db1ae51000ee39f9cdaa94f a.wpn
+FILE 0 0 90001 0 50 4df7302ab7b47dfb8bd1c61b38cefe15 a.wpn
 FILE 0 0 90001 0 0 d41d8cd98f00b204e9800998ecf8427e b.wpn
 
 DIR Linux/
-FILE 0 3 90001 0 2 15e9f81c02ae666b2688e26a51153b0f start
+FILE 0 3 90001 0 50 15e9f81c02ae666b2688e26a51153b0f start
 
 DIR All/Weapons/
 FILE 0 0 80000 7 9 0123 c.wpn

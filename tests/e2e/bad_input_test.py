@@ -1,4 +1,4 @@
-"""Input that is missing, broken or hostile: plain words, the right exit status, and a folder that is no worse for it."""
+"""Input that is missing, broken or hostile: plain words, the right exit status, a folder that is no worse for it."""
 import os
 import stat
 import sys

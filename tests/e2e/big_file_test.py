@@ -1,4 +1,4 @@
-"""A file of three gigabytes, from the builder to the disk: sizes that do not fit 31 bits, and memory that does not grow."""
+"""A file of three gigabytes, from builder to disk: sizes that do not fit 31 bits, memory that does not grow."""
 import os
 import resource
 import shutil

@@ -106,7 +106,7 @@ class ChangedTest(installer.Scene):
     def test_answers_for_a_folder_hold_for_it_and_not_for_the_one_below(self):
         everything = dict.fromkeys(EDITED, "2")
         asked = self.answer({**everything, HERON + "cockpit.txt": "4"})
-        self.assertEqual(sorted(asked), sorted([HERON + "cockpit.txt", HERON + "sounds/wind.txt", "Weapons/rocket.wpn"]))
+        self.assertEqual(set(asked), {HERON + "cockpit.txt", HERON + "sounds/wind.txt", "Weapons/rocket.wpn"})
         self.assert_kept(HERON + "sounds/wind.txt", "Weapons/rocket.wpn")
 
     def test_keeping_a_folder_also_keeps_what_was_withdrawn_there(self):

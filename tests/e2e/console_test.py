@@ -48,7 +48,7 @@ class ConsoleTest(installer.Scene):
         outcome = self.run_installer("--check")
         self.assertEqual(outcome.status, 0, outcome)
         down, disk = self.new.kilobytes(self.wanted)
-        told = [line for line in outcome.out.split("\n") if re.match("(FETCH|DELETE|ASK|to download:|to install:) ?", line)]
+        told = re.findall("(?m)^(?:FETCH |DELETE |ASK |to download:|to install:).*", outcome.out)
         umlaut = "Resources/K\N{REPLACEMENT CHARACTER}ln \"quoted\".txt"
         self.assertEqual(told[:2], [f"to download: {down} kB", f"to install: {disk} kB"])
         self.assertEqual(sorted(told[2:]), sorted([
@@ -92,12 +92,13 @@ class ConsoleTest(installer.Scene):
         events = self.install("--json", "--changed=keep", "--pref:_rename_folder=0").events()
         down, disk = self.new.kilobytes(self.wanted)
         self.assertIn({"event": "offer", "name": NEW, "download_kb": down, "install_kb": disk}, events)
-        done = sorted((one["action"], one["path"]) for one in events if one["event"] == "file" and one["action"] != "keep")
+        files = [one for one in events if one["event"] == "file"]
+        done = sorted((one["action"], one["path"]) for one in files if one["action"] != "keep")
         umlaut = "Resources/K\u00f6ln \"quoted\".txt"           # each byte that is no UTF-8 as a character
         self.assertEqual(done, sorted([
             ("delete", "Resources/withdrawn.txt"), ("fetch", "Resources/new one.dat"),
             ("fetch", "Resources/stale.dat"), ("fetch", "Resources/tiny.txt"), ("fetch", umlaut), ("fetch", "helper")]))
-        self.assertTrue(all(one["result"] == 0 for one in events if one["event"] == "file"))
+        self.assertEqual({one["result"] for one in files}, {0})
         last = [one for one in events if one["event"] == "progress"][-1]
         self.assertEqual((last["files_done"], last["files_total"]), (6, 6))
 
@@ -121,7 +122,8 @@ class ConsoleTest(installer.Scene):
     def test_terminal_gets_one_line_redrawn_and_colour_unless_it_is_unwanted(self):
         for colour, environment in ((True, {}), (False, {"NO_COLOR": "1"}), (True, {"NO_COLOR": ""})):
             with self.subTest(environment=environment):
-                terminal = self.terminal("--agree", "--changed=keep", "--pref:_rename_folder=0", columns=70, **environment)
+                terminal = self.terminal("--agree", "--changed=keep", "--pref:_rename_folder=0", columns=70,
+                                         **environment)
                 self.assertEqual(terminal.end(), 0)
                 text = installer.text_of(terminal.seen)
                 self.assertEqual("\x1b[32m" in text, colour, text)
@@ -151,9 +153,12 @@ class ConsoleTest(installer.Scene):
         for option in ("--help", "-h", "--version"):
             outcome = self.run_installer(option, dest=False)
             self.assertEqual((outcome.status, outcome.err), (0, ""), outcome)
-            self.assertIn("Velaris 9.00 Beta-19" if option == "--version" else "Usage: Velaris [options...]", outcome.out)
-        for option in ("--list_host", "--changed=", "--give_up", "--check", "--json", "--agree", "--target_os", "-path"):
-            self.assertIn(option, self.run_installer("--help", dest=False).out)
+            words = "Velaris 9.00 Beta-19" if option == "--version" else "Usage: Velaris [options...]"
+            self.assertIn(words, outcome.out)
+        text = self.run_installer("--help", dest=False).out
+        for option in ("--list_host", "--changed=", "--give_up", "--check", "--json", "--agree", "--target_os",
+                       "-path"):
+            self.assertIn(option, text)
 
 
 if __name__ == "__main__":

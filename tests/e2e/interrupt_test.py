@@ -19,7 +19,7 @@ def first():
     tree = release.sample()
     for number in range(120):
         tree.add(f"All/Custom Scenery/Tiles/{number % 7}/tile {number}.dat", release.noise(2000, number))
-    tree.add("All/" + BIG, b"old " * 4_000_000)
+    tree.add("All/" + BIG, b"old " * 2_000_000)
     return tree
 
 
@@ -31,7 +31,7 @@ def second():
             tree.remove(path)
         else:
             tree.add(path, release.noise(2500, number))
-    tree.add("All/" + BIG, b"new, and longer " * 2_000_000)
+    tree.add("All/" + BIG, b"new, and longer " * 800_000)
     return tree
 
 
@@ -85,7 +85,7 @@ class InterruptTest(installer.Scene):
         self.finish(self.update())
         whole = time.monotonic() - start
         dice = random.Random(7)
-        for turn in range(12):
+        for turn in range(9):
             where = os.path.join(self.folder, f"copy {turn}")
             self.dest = where
             self.place(self.old.tree.installed())

@@ -15,7 +15,8 @@ class LoadTest(installer.Scene):
     def test_thousands_of_small_files_arrive_in_little_memory(self):
         tree = release.landmarks()
         for number in range(FILES):
-            tree.add(f"All/Custom Scenery/Tiles {number % 97}/deep/er/tile {number}.dat", b"%d\n" % number * (number % 300))
+            text = f"{number}\n" * (number % 300)
+            tree.add(f"All/Custom Scenery/Tiles {number % 97}/deep/er/tile {number}.dat", text)
         publisher, (new,) = installer.publish(type(self), (tree, NAME, 90019))
         server = installer.nginx_for(self, publisher, new)
         self.host = server.address

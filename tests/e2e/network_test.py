@@ -37,7 +37,8 @@ class NetworkTest(installer.Scene):
     def test_dead_mirror_is_left_for_a_good_one(self):
         dead = f"127.0.0.1:{servers.free_port()}"
         empty = installer.keep_up(self, servers.FaultServer(self.folder))     # knows no file at all
-        lists = installer.faulty(self, self.publisher, self.new, [dead, empty.address, self.good.address, self.good.address])
+        good = self.good.address
+        lists = installer.faulty(self, self.publisher, self.new, [dead, empty.address, good, good])
         self.host = lists.address
         self.install()
         self.assert_complete()

@@ -23,9 +23,13 @@ TEST(md5, published_vectors_and_no_seam_between_pieces) {
     EXPECT_EQ(digest("message digest", 20), "f96b697d7cb7938d525a2f31aaf161d0");
     EXPECT_EQ(digest("12345678901234567890123456789012345678901234567890123456789012345678901234567890", 80),
               "57edf4a22be3c955ac49da2e2107b67a");
-    for (std::size_t length = 1; length < 200; ++length)  // across both ways of padding
+    std::string all;  // digests of all lengths across both ways of padding; what they come to was worked out elsewhere
+    for (std::size_t length = 0; length < 200; ++length) {
+        all += digest(std::string(length, 'q'), 1000);
         for (const std::size_t piece : {1u, 3u, 63u, 64u, 65u})
-            ASSERT_EQ(digest(std::string(length, 'q'), piece), digest(std::string(length, 'q'), length)) << length;
+            ASSERT_EQ(digest(std::string(length, 'q'), piece), all.substr(length * 32)) << length;
+    }
+    EXPECT_EQ(digest(all, 1000), "1bd2644991fac1fd63049272c9ad7c90");
     MD5_CTX context = {{0xfffffe00, 0}, {}, {}, {}};
     MD5Update(&context, reinterpret_cast<const unsigned char*>(std::string(65, 'q').data()), 65);
     EXPECT_EQ(context.bits[1], 1u) << "the count of bits carries";

@@ -1,4 +1,4 @@
-"""Runs the installer as a user would, in a world of its own: home, preferences, state and temporary folder are private."""
+"""Runs the installer as a user would, in a world of its own: home, preferences, state and temporary folder."""
 import contextlib
 import dataclasses
 import fcntl
@@ -163,7 +163,8 @@ class Terminal:
             os.setsid()
             fcntl.ioctl(0, termios.TIOCSCTTY, 0)
 
-        self.process = scene.start(*options, stdin=slave, stdout=slave, stderr=slave, preexec=own_terminal, **environment)
+        self.process = scene.start(*options, stdin=slave, stdout=slave, stderr=slave, preexec=own_terminal,
+                                   **environment)
         os.close(slave)
 
     def read(self, timeout):

@@ -1,7 +1,7 @@
 """Releases for the tests: reference copies held in memory, turned into a distribution by the real builder.
 
-A file says itself which systems it is meant for when it is put into the tree. What an installed folder must hold follows
-from that alone, so the programs' own rules are never used to judge the programs.
+A file says itself which systems it is meant for when it is put into the tree. What an installed folder must hold
+follows from that alone, so the programs' own rules are never used to judge the programs.
 """
 import calendar
 import dataclasses
@@ -72,7 +72,8 @@ class Tree:
         """A whole reference copy."""
         lay_out(self.items, folder)
         # The builder's landmarks are folders too; the sample need not have files in all of them.
-        for name in ("Aircraft", "Airfoils", "Instructions", "Output", "Resources/plugins", "Weapons", "Custom Scenery"):
+        for name in ("Aircraft", "Airfoils", "Instructions", "Output", "Resources/plugins", "Weapons",
+                     "Custom Scenery"):
             os.makedirs(os.path.join(folder, "All", name), exist_ok=True)
         for name in TOP_FOLDERS:
             os.makedirs(os.path.join(folder, name), exist_ok=True)

@@ -357,16 +357,16 @@ def corrupt(link, status, body):
 
 
 def main(root, folder):
-    """Serves `root` with nginx: prints host:port, and ends when standard input does."""
+    """Serves `root` with nginx: prints host:port; ends on SIGTERM and with its parent."""
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(0))
+    end_with_parent()
     try:
         server = Nginx(root, folder)
     except RuntimeError as problem:
         sys.exit(str(problem))
     try:
         print(server.address, flush=True)
-        sys.stdin.read()
-    except KeyboardInterrupt:
-        pass
+        signal.pause()
     finally:
         server.stop()
 
