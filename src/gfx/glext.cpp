@@ -1,0 +1,331 @@
+#include "gfx/glext.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "gfx/glext_names.h"
+#include "gfx/oglp.h"
+#include "platform/display.h"
+#include "runtime/cmdline.h"
+#include "runtime/log.h"
+#include "runtime/oops.h"
+#include "runtime/product.h"
+
+OGL_extensions glExt;
+
+namespace {
+
+using flag = int OGL_extensions::*;
+
+struct flag_row {
+    flag feature;
+    const char* extension;
+    const char* or_else;  // another name of the same; null if there is none
+    int core_version;     // that took it in; 0: none did
+};
+constexpr flag_row flag_rows[] = {
+    {&OGL_extensions::arb_mtex_avail, "GL_ARB_multitexture", nullptr, 130},
+    {&OGL_extensions::tex_clamp_avail, "GL_EXT_texture_edge_clamp", "GL_SGIS_texture_edge_clamp", 120},
+    {&OGL_extensions::add_env_avail, "GL_ARB_texture_env_add", "GL_EXT_texture_env_add", 130},
+    {&OGL_extensions::combine_avail, "GL_ARB_texture_env_combine", "GL_EXT_texture_env_combine", 130},
+    {&OGL_extensions::dis_fog_avail, "GL_NV_fog_distance", nullptr, 0},
+    {&OGL_extensions::tex_comp_avail, "GL_ARB_texture_compression", nullptr, 130},
+    {&OGL_extensions::vbo_avail, "GL_ARB_vertex_buffer_object", nullptr, 150},
+    {&OGL_extensions::pbo_avail, "GL_ARB_pixel_buffer_object", nullptr, 210},
+    {&OGL_extensions::vprog_avail, "GL_ARB_vertex_program", nullptr, 0},
+    {&OGL_extensions::fprog_avail, "GL_ARB_fragment_program", nullptr, 0},
+    {&OGL_extensions::automini_avail, "GL_SGIS_generate_mipmap", nullptr, 140},
+    {&OGL_extensions::aniso_avail, "GL_EXT_texture_filter_anisotropic", nullptr, 460},
+    {&OGL_extensions::fsaa_avail, "GL_ARB_multisample", nullptr, 130},
+    {&OGL_extensions::sprites_avail, "GL_ARB_point_sprite", nullptr, 200},
+    {&OGL_extensions::depth_tex_avail, "GL_ARB_depth_texture", nullptr, 140},
+    {&OGL_extensions::occlude_avail, "GL_ARB_occlusion_query", nullptr, 150},
+    {&OGL_extensions::shad_objs_avail, "GL_ARB_shader_objects", nullptr, 200},
+    {&OGL_extensions::vshader_avail, "GL_ARB_vertex_shader", nullptr, 200},
+    {&OGL_extensions::fshader_avail, "GL_ARB_fragment_shader", nullptr, 200},
+    {&OGL_extensions::gshader_avail, "GL_EXT_geometry_shader4", nullptr, 320},
+    {&OGL_extensions::glsl_avail, "GL_ARB_shading_language_100", nullptr, 200},
+    {&OGL_extensions::framebuf_avail, "GL_EXT_framebuffer_object", nullptr, 300},
+};
+
+struct switch_row {
+    const char* option;
+    flag turned_off[2];  // the second may be null
+};
+constexpr switch_row switch_rows[] = {
+    {"--no_vbos", {&OGL_extensions::vbo_avail, &OGL_extensions::pbo_avail}},
+    {"--no_pbos", {&OGL_extensions::pbo_avail}},
+    {"--no_sprites", {&OGL_extensions::sprites_avail}},
+    {"--no_pixel_counters", {&OGL_extensions::occlude_avail}},
+    {"--no_aniso_filtering", {&OGL_extensions::aniso_avail}},
+    {"--no_hw_mipmap", {&OGL_extensions::automini_avail}},
+    {"--no_vshaders", {&OGL_extensions::vprog_avail}},
+    {"--no_fshaders", {&OGL_extensions::fprog_avail}},
+    {"--no_glsl", {&OGL_extensions::glsl_avail}},
+    {"--no_fbos", {&OGL_extensions::framebuf_avail}},
+    {"--no_threaded_ogl", {&OGL_extensions::threaded_avail}},
+    {"--no_sblend", {&OGL_extensions::sblend_avail}},
+};
+
+// What the driver tells of its programs and shaders; for the log.
+constexpr int limit_count = 4;
+using limits = std::array<GLint, limit_count>;
+limits vprog_limits, fprog_limits, vshader_limits;
+const char* shading_language;
+
+bool has(const char* extension) {
+    return std::strstr(ren.extensions, extension) != nullptr;
+}
+
+bool renderer_has(const char* part) {
+    return std::strstr(ren.renderer, part) != nullptr;
+}
+
+const char* driver_text(GLenum which) {
+    const GLubyte* text = glGetString(which);
+    return text ? reinterpret_cast<const char*>(text) : "";
+}
+
+void read_driver(OGL_extensions& ext) {
+    ren.vendor = driver_text(GL_VENDOR);
+    ren.renderer = driver_text(GL_RENDERER);
+    ren.version = driver_text(GL_VERSION);
+    ren.extensions = driver_text(GL_EXTENSIONS);
+    int major = 0, minor = 0;
+    const int found = std::sscanf(ren.version, "%d.%d", &major, &minor);
+    ext.version = found == 2 ? major * 100 + minor * 10 : 0;
+}
+
+void set_flags(OGL_extensions& ext) {
+    for (const flag_row& row : flag_rows)
+        ext.*row.feature = has(row.extension) || (row.or_else && has(row.or_else)) ||
+                           (row.core_version && ext.version >= row.core_version);
+    ext.sblend_avail =
+        (has("GL_EXT_blend_func_separate") && has("GL_EXT_blend_equation_separate")) || ext.version >= 200;
+    ext.first_gen_shaders = 0;
+    ext.threaded_avail = 0;  // the system has no such thing
+}
+
+// Faults of drivers that have been met. Those that came with a version of another system are not among them.
+void work_around_drivers(OGL_extensions& ext) {
+    if (renderer_has("Intel GMA 950 OpenGL Engine") && !cmdline.has_option("--use_glsl")) {
+        ext.glsl_avail = 0;
+        xer << "Disabling GLSL for GMA 950.\n";
+    }
+    if (std::strcmp(ren.renderer, "ATI Radeon HD 2600 PRO OpenGL Engine") == 0 &&
+        !cmdline.has_option("--use_sprites")) {
+        ext.sprites_avail = 0;
+        xer << "Disabling point sprites for Radeon HD on OS X.\n";
+    }
+    if (std::strstr(ren.vendor, "NVIDIA") && !has("GL_NV_fragment_program2")) ext.first_gen_shaders = 1;
+}
+
+using proc_map = std::map<std::string_view, void*>;
+proc_map& procs() {
+    static proc_map found;
+    return found;
+}
+
+// Where only the core has a feature, its names have lost the suffix.
+void* find_proc(const char* name) {
+    if (void* proc = display_proc_address(name)) return proc;
+    const std::string_view whole = name;
+    if (!whole.ends_with("ARB") && !whole.ends_with("EXT")) return nullptr;
+    return display_proc_address(std::string(whole.substr(0, whole.size() - 3)).c_str());
+}
+
+bool wanted(const OGL_extensions& ext, const glext_group& group) {
+    return ext.*group.flags[0] || (group.flags[1] && ext.*group.flags[1]);
+}
+
+void look_up_group(OGL_extensions& ext, const glext_group& group) {
+    bool whole = true;
+    for (const char* name : group.names) {
+        void* proc = find_proc(name);
+        procs()[name] = proc;
+        if (proc) continue;
+        xer << "WARNING: extension missing proc " << name << "\n";
+        whole = false;
+    }
+    if (whole) return;
+    ext.*group.flags[0] = 0;
+    if (group.flags[1]) ext.*group.flags[1] = 0;
+}
+
+void look_up_entry_points(OGL_extensions& ext) {
+    procs().clear();
+    for (const glext_group& group : glext_groups)
+        if (wanted(ext, group)) look_up_group(ext, group);
+    if (ext.pbo_avail && !ext.vbo_avail) {
+        ext.pbo_avail = 0;
+        xer << "Disabling PBOs because VBOs are not available.  This probably means that VBOs are disabled for "
+               "compatibility reasons.\n";
+    }
+}
+
+limits native_limits(const OGL_extensions& ext, GLenum target) {
+    static constexpr GLenum asked[] = {GL_MAX_PROGRAM_NATIVE_INSTRUCTIONS_ARB, GL_MAX_PROGRAM_NATIVE_PARAMETERS_ARB,
+                                       GL_MAX_PROGRAM_NATIVE_TEMPORARIES_ARB, GL_MAX_PROGRAM_NATIVE_ATTRIBS_ARB};
+    const auto get = reinterpret_cast<PFNGLGETPROGRAMIVARBPROC>(ext.entry_point("glGetProgramivARB"));
+    limits values{};
+    for (std::size_t i = 0; get && i < limit_count; ++i)
+        get(target, asked[i], &values[i]);
+    return values;
+}
+
+void limit_programs(OGL_extensions& ext, flag feature, GLenum target, const char* kept_by, limits& values) {
+    values = {};
+    if (!(ext.*feature)) return;
+    values = native_limits(ext, target);
+    if (values == limits{} && !cmdline.has_option(kept_by)) ext.*feature = 0;
+    if (values[0] < 100) ext.first_gen_shaders = 1;
+}
+
+GLint integer(GLenum which) {
+    GLint value = 0;
+    glGetIntegerv(which, &value);
+    return value;
+}
+
+void read_limits(OGL_extensions& ext) {
+    limit_programs(ext, &OGL_extensions::fprog_avail, GL_FRAGMENT_PROGRAM_ARB, "--use_fprogs", fprog_limits);
+    limit_programs(ext, &OGL_extensions::vprog_avail, GL_VERTEX_PROGRAM_ARB, "--use_vprogs", vprog_limits);
+    vshader_limits = {};
+    if (ext.vshader_avail)
+        vshader_limits = {integer(GL_MAX_VERTEX_UNIFORM_COMPONENTS), integer(GL_MAX_VERTEX_ATTRIBS),
+                          integer(GL_MAX_VARYING_FLOATS),
+                          ext.fshader_avail ? integer(GL_MAX_FRAGMENT_UNIFORM_COMPONENTS) : 0};
+    shading_language = "n/a";
+    if (ext.glsl_avail) {
+        const GLubyte* text = glGetString(GL_SHADING_LANGUAGE_VERSION);
+        shading_language = text ? reinterpret_cast<const char*>(text) : "<null string>";
+    }
+    ren.tex_units = ext.arb_mtex_avail ? std::max(1, integer(GL_MAX_TEXTURE_UNITS)) : 1;
+    if (const GLint side = integer(GL_MAX_TEXTURE_SIZE); side > 0) ext.max_texture_size = side;
+    if (ext.aniso_avail) glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &ext.max_aniso);
+    GLfloat point_sizes[2] = {1, 1};
+    glGetFloatv(GL_POINT_SIZE_RANGE, point_sizes);
+    ext.max_point_size = point_sizes[1];
+}
+
+void obey_switches(OGL_extensions& ext) {
+    for (const switch_row& row : switch_rows) {
+        if (!cmdline.has_option(row.option)) continue;
+        for (const flag feature : row.turned_off)
+            if (feature) ext.*feature = 0;
+    }
+}
+
+void log_flag(const char* label, int value, const limits* values = nullptr) {
+    xer << label << (value ? "true" : "false");
+    if (values) {
+        xer << " (";
+        for (std::size_t i = 0; i < limit_count; ++i)
+            xer << (i ? "/" : "") << (*values)[i];
+        xer << ")";
+    }
+    xer << "\n";
+}
+
+void write_log(const OGL_extensions& ext) {
+    xer << "OpenGL Vendor    : " << ren.vendor << "\n";
+    xer << "OpenGL Render    : " << ren.renderer << "\n";
+    xer << "OpenGL Version   : " << ren.version << " (" << ext.version << ")\n";
+    xer << "OpenGL Extensions: " << ren.extensions << "\n";
+    log_flag("tex_clamp_avail  : ", ext.tex_clamp_avail);
+    log_flag("add_env_avail    : ", ext.add_env_avail);
+    log_flag("combine_avail    : ", ext.combine_avail);
+    log_flag("dis_fog_avail    : ", ext.dis_fog_avail);
+    log_flag("tex_comp_avail   : ", ext.tex_comp_avail);
+    log_flag("vbo_avail        : ", ext.vbo_avail);
+    log_flag("pbo_avail        : ", ext.pbo_avail);
+    log_flag("vprog_avail      : ", ext.vprog_avail, &vprog_limits);
+    log_flag("fprog_avail      : ", ext.fprog_avail, &fprog_limits);
+    log_flag("automini_avail   : ", ext.automini_avail);
+    log_flag("aniso_avail      : ", ext.aniso_avail);
+    log_flag("fsaa_avail       : ", ext.fsaa_avail);
+    log_flag("sprites_avail    : ", ext.sprites_avail);
+    log_flag("depth_tex_avail  : ", ext.depth_tex_avail);
+    log_flag("occlude_avail    : ", ext.occlude_avail);
+    log_flag("shad_objs_avail  : ", ext.shad_objs_avail);
+    log_flag("vshader_avail    : ", ext.vshader_avail, &vshader_limits);
+    log_flag("fshader_avail    : ", ext.fshader_avail);
+    log_flag("gshader_avail    : ", ext.gshader_avail);
+    xer << "glsl_avail       : " << (ext.glsl_avail ? "true" : "false") << " (" << shading_language << ")\n";
+    log_flag("framebuf_avail   : ", ext.framebuf_avail);
+    log_flag("sblend_avail     : ", ext.sblend_avail);
+    log_flag("threaded_avail   : ", ext.threaded_avail);
+    log_flag("first-gen shaders: ", ext.first_gen_shaders);
+    xer << "max tex units    : " << ren.tex_units << "\n";
+    xer << "max iso filtering: " << ext.max_aniso << "\n";
+    xer << "max texture size : " << ext.max_texture_size << "\n";
+    xer << "max point size   : " << ext.max_point_size << "\n";
+    xer.flush();
+}
+
+void check_minimum(const OGL_extensions& ext) {
+    if (ext.arb_mtex_avail || ext.version >= 110) return;
+    const std::string message =
+        "Your graphics hardware cannot support Velaris. Velaris requires a graphics card with 16 MB of VRAM and "
+        "multitexturing.";
+    if (cmdline.has_option("--force_run"))
+        __MACIBM_alert(0, message, "Your system does not meet Velaris's hardware requirements.",
+                       "You have used the force-run command inline option to run Velaris anyway, but it may crash.",
+                       std::string("For system requirements and support please see ") + maker_site + ".", t_alert,
+                       OOPS_PLACE);
+    else
+        __MACIBM_alert(0, message, "First, try updating your graphics drivers.",
+                       "If this does not help, check your graphics card specifications.",
+                       std::string("For further help please write to the support of ") + maker_site + ".", t_exit,
+                       OOPS_PLACE);
+}
+
+void warn_of_software_renderer() {
+    static constexpr const char* names[] = {"GENERIC", "Generic", "Mesa GLX Indirect"};
+    for (const char* name : names)
+        if (std::strcmp(ren.renderer, name) == 0)
+            __MACIBM_alert(0,
+                           "I can not find a 3-D accelerator card that can handle OpenGL that has correctly installed "
+                           "drivers.",
+                           "I will still let you run the simulator, but the frame rate will NOT allow for a good "
+                           "simulation.",
+                           "For you to fly realistically, you must use Velaris version Classic, or get a 3-D "
+                           "accelerator card that can handle OpenGL.",
+                           std::string("A list of compatible video cards is at ") + maker_site + ".", t_alert,
+                           OOPS_PLACE);
+}
+
+}  // namespace
+
+int OGL_extensions::init_entry_points() {
+    return display_proc_address("glGetString") ? 0 : 1;
+}
+
+void OGL_extensions::init_extensions() {
+    read_driver(*this);
+    set_flags(*this);
+    work_around_drivers(*this);
+    look_up_entry_points(*this);
+    read_limits(*this);
+    obey_switches(*this);
+    write_log(*this);
+    check_minimum(*this);
+    warn_of_software_renderer();
+}
+
+void* OGL_extensions::entry_point(const char* name) const {
+    for (const glext_group& group : glext_groups)
+        for (const char* known : group.names)
+            if (std::strcmp(known, name) == 0) {
+                const auto found = wanted(*this, group) ? procs().find(known) : procs().end();
+                return found == procs().end() ? nullptr : found->second;
+            }
+    return nullptr;
+}

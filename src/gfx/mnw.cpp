@@ -1,0 +1,3 @@
+#include "gfx/mnw.h"
+
+mnw_t mnw;

@@ -1,0 +1,176 @@
+#include "gfx/oglp.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+
+#include "gfx/colr.h"
+#include "gfx/tman.h"
+
+ren_t ren;
+
+static constexpr int most_tex_units = 8;
+static constexpr int first_untinted = 46;
+
+// What the context is set to. Every switch of these states goes through OGL_setstate, or this is no longer true.
+static struct {
+    bool known = false;
+    int o_fog, o_tex, o_lit, o_alB, o_alT, o_deR, o_deW;
+    int num_units;
+} state;
+
+void OGL_forget_state() {
+    state.known = false;
+}
+
+static void read_state() {
+    state.known = true;
+    state.o_fog = !glIsEnabled(GL_FOG);
+    state.o_tex = glIsEnabled(GL_TEXTURE_2D);
+    state.o_lit = glIsEnabled(GL_LIGHTING) ? lit_on : lit_off;
+    state.o_alB = glIsEnabled(GL_BLEND);
+    state.o_alT = glIsEnabled(GL_ALPHA_TEST);
+    state.o_deR = glIsEnabled(GL_DEPTH_TEST) ? depth_read_on : depth_read_off;
+    state.o_deW = depth_write_off;  // as every context starts
+    state.num_units = std::min(ren.tex_units, most_tex_units);
+}
+
+static void switch_state(GLenum what, bool on) {
+    if (on)
+        glEnable(what);
+    else
+        glDisable(what);
+}
+
+static void update(int& cached, int wanted, GLenum what, int on) {
+    if (cached == wanted) return;
+    cached = wanted;
+    switch_state(what, wanted == on);
+}
+
+// Unit 0 is the active one before and after.
+static void set_units(int wanted) {
+    wanted = std::clamp(wanted, 0, state.num_units);
+    int active = 0;
+    for (int unit = std::min(wanted, state.o_tex); unit < std::max(wanted, state.o_tex); ++unit) {
+        if (unit != active) glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+        active = unit;
+        switch_state(GL_TEXTURE_2D, wanted > state.o_tex);
+    }
+    if (active != 0) glActiveTexture(GL_TEXTURE0);
+    state.o_tex = wanted;
+}
+
+void OGL_setstate(int fog, int tex_units, int lit, int alpha, int depth_read, int depth_write) {
+    if (!state.known) read_state();
+    update(state.o_fog, fog, GL_FOG, fog_on);
+    if (state.o_tex != tex_units) set_units(tex_units);
+    if (state.o_lit != lit) {
+        state.o_lit = lit;
+        switch_state(GL_LIGHTING, lit == lit_on);
+        switch_state(GL_LIGHT0, lit == lit_on);
+    }
+    update(state.o_alB, alpha == alpha_blend || alpha == alpha_both, GL_BLEND, 1);
+    update(state.o_alT, alpha == alpha_test || alpha == alpha_both, GL_ALPHA_TEST, 1);
+    update(state.o_deR, depth_read, GL_DEPTH_TEST, depth_read_on);
+    if (state.o_deW != depth_write) {
+        state.o_deW = depth_write;
+        glDepthMask(depth_write == depth_write_on ? GL_TRUE : GL_FALSE);
+    }
+}
+
+static void flat_state() {
+    OGL_setstate(fog_off, 0, lit_off, alpha_blend, depth_read_off, depth_write_off);
+}
+
+void OGL_set_color(int color, float alpha) {
+    const float* entry = colr.rgb(color);
+    float rgb[3] = {entry[0], entry[1], entry[2]};
+    if (color < first_untinted)
+        for (int i = 0; i < 3; ++i)
+            rgb[i] *= colr.tint[i];
+    alpha *= ren.alpha_scale;
+    if (ren.green_only) {
+        rgb[1] = std::clamp(rgb[0] + rgb[1] + rgb[2], 0.01f, 1.0f);
+        rgb[0] = rgb[2] = 0;
+    }
+    if (alpha > 0.99f)
+        glColor3fv(rgb);
+    else
+        glColor4f(rgb[0], rgb[1], rgb[2], alpha);
+}
+
+void OGL_nrml_colors() {
+    glColor3f(1, 1, 1);
+}
+
+static void corners(float x1, float y1, float x2, float y2) {
+    glVertex2f(x1, y1);
+    glVertex2f(x1, y2);
+    glVertex2f(x2, y2);
+    glVertex2f(x2, y1);
+}
+
+void OGL_fillrect(int color, float alpha, float x, float y, float dx, float dy) {
+    flat_state();
+    OGL_set_color(color, alpha);
+    x += mnw.wind_x;
+    y += mnw.wind_y;
+    glBegin(GL_QUADS);
+    corners(x, y, x + dx, y + dy);
+    glEnd();
+}
+
+void OGL_framerect(int color, float alpha, float x, float y, float dx, float dy) {
+    flat_state();
+    OGL_set_color(color, alpha);
+    x += mnw.wind_x + 0.5f;
+    y += mnw.wind_y + 0.5f;
+    glBegin(GL_LINE_LOOP);
+    corners(x, y, x + dx, y + dy);
+    glEnd();
+}
+
+void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
+    OGL_fillrect(12, alpha, x1, y1, x2 - x1, y2 - y1);
+}
+
+void OGL_line(int color, float alpha, float x1, float y1, float x2, float y2) {
+    flat_state();
+    OGL_set_color(color, alpha);
+    glBegin(GL_LINES);
+    glVertex2f(x1 + mnw.wind_x + 0.5f, y1 + mnw.wind_y + 0.5f);
+    glVertex2f(x2 + mnw.wind_x + 0.5f, y2 + mnw.wind_y + 0.5f);
+    glEnd();
+}
+
+void OGL_2dquad(int tex_ref, int color, float alpha, float x1, float y1, float s1, float t1, float x2, float y2,
+                float s2, float t2, float x3, float y3, float s3, float t3, float x4, float y4, float s4, float t4,
+                int units, int alpha_mode) {
+    static constexpr int glowing_ref = 414, glowing_env = 17;
+    // Binding first: it may load a picture or raise an alert, which draws, and so changes state and colour.
+    if (tex_ref > 0) tman.bind_ref(tex_ref, 0, tex_ref == glowing_ref ? glowing_env : 0);
+    OGL_setstate(fog_off, units, lit_off, alpha_mode, depth_read_off, depth_write_off);
+    OGL_set_color(color, alpha);
+    const float x = mnw.wind_x, y = mnw.wind_y;
+    glBegin(GL_QUADS);
+    glTexCoord2f(s1, t1);
+    glVertex2f(x1 + x, y1 + y);
+    glTexCoord2f(s2, t2);
+    glVertex2f(x2 + x, y2 + y);
+    glTexCoord2f(s3, t3);
+    glVertex2f(x3 + x, y3 + y);
+    glTexCoord2f(s4, t4);
+    glVertex2f(x4 + x, y4 + y);
+    glEnd();
+}
+
+void OGL_scissors(float x, float y, float dx, float dy) {
+    const auto whole = [](float units) { return static_cast<int>(units * mnw.scale); };
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(whole(x + mnw.wind_x), whole(y + mnw.wind_y), std::max(0, whole(dx)), std::max(0, whole(dy)));
+}
+
+void OGL_scissors_end() {
+    glDisable(GL_SCISSOR_TEST);
+}

@@ -1,0 +1,99 @@
+// What concerns a whole frame: viewport, background, swap, screenshot.
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "files/io_utils.h"
+#include "gfx/oglp.h"
+#include "gfx/tex.h"
+#include "gfx/tman.h"
+#include "platform/display.h"
+#include "runtime/xtim.h"
+
+void (*OGL_swap)() = display_swap;
+
+static constexpr int design_dx = 1024, design_dy = 768;
+
+static struct {
+    float projection[16], modelview[16];  // by columns, as OpenGL takes them
+} xcam = {{}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
+
+static void set_orthographic(float left, float bottom, float right, float top) {
+    float* m = xcam.projection;
+    std::fill(m, m + 16, 0.0f);
+    m[0] = 2 / (right - left);
+    m[5] = 2 / (top - bottom);
+    m[10] = -1;
+    m[12] = -(right + left) / (right - left);
+    m[13] = -(top + bottom) / (top - bottom);
+    m[15] = 1;
+}
+
+void OGL_screensize(int, int x1, int y1, int x2, int y2) {
+    glViewport(x1, y1, x2 - x1, y2 - y1);
+}
+
+void OGL_viewport(int mode) {
+    if (mode != 2) return;
+    set_orthographic(0, 0, static_cast<float>(mnw.screen_dx), static_cast<float>(mnw.screen_dy));
+    OGL_screensize(mode, 0, 0, mnw.screen_dx, mnw.screen_dy);
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(xcam.projection);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadMatrixf(xcam.modelview);
+}
+
+void OGL_pix_specs(int) {
+    mnw.scale = 1.0f;
+    mnw.wind_x = static_cast<float>(std::max(0, (mnw.screen_dx - design_dx) / 2));
+    mnw.wind_y = static_cast<float>(std::max(0, mnw.screen_dy - design_dy));
+    OGL_viewport(2);
+}
+
+void OGL_plot_back_col() {
+    OGL_fillrect(34, 1.0f, -mnw.wind_x, -mnw.wind_y, static_cast<float>(mnw.screen_dx),
+                 static_cast<float>(mnw.screen_dy));
+}
+
+// The tile that covers the design stands where the design stands; its neighbours fill a surface that is larger.
+void OGL_plot_back_tex() {
+    const tman_class::ref_dat_struct* picture = tman.record(tex_back_1);
+    if (!picture || picture->tex_width < 1 || picture->tex_height < 1) return;
+    const float back_dx = picture->width, back_dy = picture->height;
+    const float s = back_dx / picture->tex_width, t = back_dy / picture->tex_height;
+    const float right = static_cast<float>(mnw.screen_dx) - mnw.wind_x;
+    const float top = static_cast<float>(mnw.screen_dy) - mnw.wind_y;
+    const float first_x = -std::ceil(mnw.wind_x / back_dx) * back_dx;
+    const float first_y = -std::ceil(mnw.wind_y / back_dy) * back_dy;
+    for (float y = first_y; y < top; y += back_dy)
+        for (float x = first_x; x < right; x += back_dx)
+            OGL_2dquad(tex_back_1, 49, 1.0f, x, y, 0, 0, x, y + back_dy, 0, t, x + back_dx, y + back_dy, s, t,
+                       x + back_dx, y, s, 0, 1, alpha_blend);
+}
+
+void OGL_sbuff() {
+    const float red_and_blue = ren.green_only ? 0.0f : 1.0f;
+    glColor4f(red_and_blue, 1.0f, red_and_blue, ren.alpha_scale);
+    xtim.profile_chart("sb1", 0);
+    OGL_swap();
+    xtim.profile_chart("sb2", 0);
+}
+
+static std::string free_screenshot_name() {
+    static int shot = 0;
+    std::string name;
+    do
+        name = "screenshot_" + std::to_string(++shot) + ".png";
+    while (file_exists(name));
+    return name;
+}
+
+void OGL_screenshot(int save) {
+    const int dx = std::min(mnw.screen_dx, scratch_side), dy = std::min(mnw.screen_dy, scratch_side);
+    glReadPixels((mnw.screen_dx - dx) / 2, (mnw.screen_dy - dy) / 2, dx, dy, GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
+    scratch_dx = dx;
+    scratch_dy = dy;
+    if (save) write_png_to_disk(free_screenshot_name(), dx, dy, 3);
+}

@@ -1,0 +1,250 @@
+#include "gfx/text.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "gfx/mnw.h"
+#include "gfx/oglp.h"
+#include "gfx/tman.h"
+#include "runtime/oops.h"
+
+namespace {
+
+constexpr int grid_columns = 21, table_columns = 40;
+constexpr float atlas_side = 512;
+
+// The cells as they stand in the atlas, the lowest row first. The last 14 bytes are Latin-1: u with a circumflex, the
+// vowels with acute accents, the enye, the inverted question mark.
+constexpr std::string_view glyph_rows[] = {
+    " 0123456789AaBbCcDdEe",
+    "FfGgHhIiJjKkLlMmNnOoP",
+    "pQqRrSsTtUuVvWwXxYyZz",
+    "!@#$%^&*()-_+=[]|\\':;",
+    "<.>,?/`\xFB\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF",
+};
+
+struct glyph_cells {
+    unsigned char of[256] = {};  // 0, the space, for a byte without a cell
+};
+
+constexpr glyph_cells make_cells() {
+    glyph_cells cells;
+    int cell = 0;
+    for (const std::string_view row : glyph_rows)
+        for (const char c : row)
+            cells.of[static_cast<unsigned char>(c)] = static_cast<unsigned char>(cell++);
+    return cells;
+}
+
+constexpr glyph_cells cells = make_cells();
+static_assert(cells.of[0xBF] == 5 * grid_columns - 1, "every row fills the grid");
+
+struct width_row {
+    unsigned char width;
+    std::string_view characters;
+};
+constexpr width_row width_rows[] = {
+    {2, ".,"},
+    {3, " ijlI':;/\\|`\xFB"},
+    {4, "-!()[]Jfrst"},
+    {5, "c"},
+    {6, "0123456789aekvxyzEFLPSTZ*?^_#$\xC1\xE1\xC9\xE9\xCD\xED\xD3\xF3\xDA\xFA\xD1\xF1\xBF"},
+    {7, "bdghnopquBCKRVXY+<=>"},
+    {8, "ADGHNU&"},
+    {9, "wOQ@"},
+    {10, "mM"},
+    {11, "W%"},
+};
+
+struct byte_widths {
+    unsigned char of[256] = {};  // 0 for what is in no row
+};
+
+constexpr byte_widths make_widths() {
+    byte_widths table;
+    for (const width_row& row : width_rows)
+        for (const char c : row.characters)
+            table.of[static_cast<unsigned char>(c)] = row.width;
+    return table;
+}
+
+constexpr byte_widths widths = make_widths();
+
+struct charset_row {
+    int charset, tex_ref;
+    float dx, dy, advance;
+};
+constexpr charset_row charsets[] = {
+    {charset_text, tex_atlas, 14, 15, 0},
+    {charset_digits, tex_atlas, 14, 15, 10},
+    {charset_table, tex_atlas + 4, 13, 13, 15},
+};
+
+const charset_row& find_charset(int charset) {
+    for (const charset_row& row : charsets)
+        if (row.charset == charset) return row;
+    __MACIBM_alert(0, "String proc with bad charset!", "", "", "", t_exit, "HLutils/OOPS_cpp/oglp", 495);
+    return charsets[0];
+}
+
+float advance_of(char c, float fixed) {
+    return fixed > 0 ? fixed : static_cast<float>(char_width(static_cast<unsigned char>(c)));
+}
+
+bool takes_no_room(char c) {
+    return c == 13 || c == 10 || c == 9;
+}
+
+float width_drawn(std::string_view text, float fixed) {
+    if (fixed <= 0) return text_width(text);
+    return fixed *
+           static_cast<float>(std::count_if(text.begin(), text.end(), [](char c) { return !takes_no_room(c); }));
+}
+
+bool may_break_behind(char c) {
+    return c == ' ' || c == '-' || c == '/';
+}
+
+// Room that the word at the head of `text` may need: deliberately a guess of 6 units a byte and not its real width.
+float estimate_of_word(std::string_view text) {
+    const auto end = std::find_if(text.begin(), text.end(), may_break_behind);
+    return 6.0f * static_cast<float>(end - text.begin());
+}
+
+// Calls `line(y, text)` for each line and returns the y of the last one.
+template <typename line_function>
+float for_each_line(float y, std::string_view text, float wrap_width, float fixed, line_function line) {
+    if (wrap_width <= 0 || wrap_width >= 9999) {
+        line(y, text);
+        return y;
+    }
+    std::size_t start = 0;
+    float pen = 0, last_y = y;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        pen += advance_of(text[i], fixed);
+        bool ends = text[i] == 10 || i + 1 == text.size();
+        if (!ends && may_break_behind(text[i])) ends = pen + estimate_of_word(text.substr(i + 1)) > wrap_width;
+        if (!ends) continue;
+        line(y, text.substr(start, i + 1 - start));
+        last_y = y;
+        y -= line_height;
+        start = i + 1;
+        pen = 0;
+    }
+    return last_y;
+}
+
+struct text_box {
+    float x1, y1, x2, y2;
+};
+
+// What the text covers, with a little air around it.
+text_box box_around(float x, float y, std::string_view text, float wrap_width, int charset, int align) {
+    static constexpr float air = 3, below = 2, above = 8;
+    const float fixed = find_charset(charset).advance;
+    float width = 0;
+    const float last_y = for_each_line(y, text, wrap_width, fixed, [&](float, std::string_view line) {
+        width = std::max(width, width_drawn(line, fixed));
+    });
+    const float left = align == align_centre ? x - width / 2 : align == align_right ? x - width : x;
+    return {left - air, last_y - below - air, left + width + air, y + above + air};
+}
+
+}  // namespace
+
+int char_width(unsigned char c) {
+    return widths.of[c];
+}
+
+float text_width(std::string_view text) {
+    int width = 0;
+    for (const char c : text)
+        width += char_width(static_cast<unsigned char>(c));
+    return static_cast<float>(width);
+}
+
+float OGL_strtex(int charset, int color, float* s, float* t, float* dx, float* dy) {
+    const charset_row& row = find_charset(charset);
+    tman.bind_ref(row.tex_ref, 0, 0);
+    OGL_setstate(fog_off, 1, lit_off, alpha_blend, depth_read_off, depth_write_off);
+    OGL_set_color(color, 1.0f);
+    *s = *t = 0;
+    *dx = row.dx;
+    *dy = row.dy;
+    return row.advance;
+}
+
+void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, int charset) {
+    const auto byte = static_cast<unsigned char>(code);
+    const int columns = charset == charset_table ? table_columns : grid_columns;
+    const int cell = charset == charset_table ? byte : cells.of[byte];
+    const float s1 = s + static_cast<float>(cell % columns) * dx, t1 = t + static_cast<float>(cell / columns) * dy;
+    const float s2 = (s1 + dx) / atlas_side, t2 = (t1 + dy) / atlas_side;
+    const float scale = std::max(1.0f, mnw.scale);
+    const float left = std::trunc(x), bottom = std::trunc(y) - 4;
+    const float right = left + dx * scale, top = bottom + dy * scale;
+    glTexCoord2f(s1 / atlas_side, t1 / atlas_side);
+    glVertex2f(left, bottom);
+    glTexCoord2f(s1 / atlas_side, t2);
+    glVertex2f(left, top);
+    glTexCoord2f(s2, t2);
+    glVertex2f(right, top);
+    glTexCoord2f(s2, t1 / atlas_side);
+    glVertex2f(right, bottom);
+}
+
+void str_one_line(int color, float x, float y, std::string_view text, int charset, int align) {
+    float s, t, dx, dy;
+    const float fixed = OGL_strtex(charset, color, &s, &t, &dx, &dy);
+    if (align == align_centre) x -= width_drawn(text, fixed) / 2;
+    if (align == align_right) x -= width_drawn(text, fixed);
+    glBegin(GL_QUADS);
+    for (const char c : text) {
+        if (takes_no_room(c)) continue;
+        OGL_char(x, y, s, t, dx, dy, static_cast<unsigned char>(c), charset);
+        x += advance_of(c, fixed);
+    }
+    glEnd();
+}
+
+float OGL_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align) {
+    if (text.empty()) return y;
+    const float left = std::round(x + mnw.wind_x), base = std::round(y + mnw.wind_y - 2);
+    const float fixed = find_charset(charset).advance;
+    const float last = for_each_line(base, text, wrap_width, fixed, [&](float line_y, std::string_view line) {
+        str_one_line(color, left, line_y, line, charset, align);
+    });
+    return last - mnw.wind_y + 2;
+}
+
+void OGL_gray_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align) {
+    const text_box box = box_around(x, y, text, wrap_width, charset, align);
+    OGL_grayrect(box.x1, box.y1, box.x2, box.y2, 0.5f);
+    OGL_string(color, x, y, text, wrap_width, charset, align);
+}
+
+void OGL_boxed_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align) {
+    const text_box box = box_around(x, y, text, wrap_width, charset, align);
+    OGL_framerect(color, 1.0f, box.x1, box.y1, box.x2 - box.x1, box.y2 - box.y1);
+    OGL_string(color, x, y, text, wrap_width, charset, align);
+}
+
+std::string latin1_of_path(const std::string& path) {
+    std::string shown;
+    for (std::size_t i = 0; i < path.size();) {
+        const auto lead = static_cast<unsigned char>(path[i++]);
+        const std::size_t first = i;
+        while (i < path.size() && (static_cast<unsigned char>(path[i]) & 0xC0) == 0x80 && lead >= 0xC0)
+            ++i;
+        if (lead < 0x80)
+            shown += static_cast<char>(lead);
+        else if ((lead == 0xC2 || lead == 0xC3) && i == first + 1)
+            shown += static_cast<char>((lead & 3) << 6 | (path[first] & 0x3F));
+        else
+            shown += '?';
+    }
+    return shown;
+}

@@ -1,0 +1,52 @@
+// display.h: the one window, its drawing context and its events, over the desktop's own interfaces. Everything that knows
+// the window library stands behind this header, in display_*.cpp.
+// Units: pixels; the mouse has its origin at the top left of the drawing surface, as the system gives it.
+// Errors: a call returns false and display_error() has the system's words.
+// Threads: main thread only.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct display_mode {
+    int dx, dy, depth;  // of the main display
+};
+
+bool display_start();  // the video system; false where there is none
+bool display_get_mode(display_mode& mode);
+std::string display_error();
+
+// A window of dx by dy that cannot be resized; `full_screen`: borderless, as large as asked, at the display's corner.
+bool display_open_window(const std::string& title, int dx, int dy, bool full_screen);
+void display_close_window();
+bool display_window_is_open();
+
+// What a context came out with.
+struct context_facts {
+    bool rgba, double_buffer;
+    int red, green, blue, alpha, depth, samples;
+    int accelerated;  // 1 yes, 0 positively not, -1 the system does not tell
+};
+// A double-buffered RGBA context of the compatibility profile with a depth buffer and `samples` samples, 0 for none, made
+// current. Swaps do not wait for the screen: the pump keeps the pace.
+bool display_make_context(int samples, context_facts& facts);
+void display_swap();
+void* display_proc_address(const char* name);  // an entry point by name, null if there is none
+
+enum class display_event_kind { key_down, key_up, key_repeat, mouse_down, mouse_up, wheel, redraw, activated, quit };
+struct display_event {
+    display_event_kind kind;
+    int x = 0, y = 0;             // of a press or release, the event's own position
+    int wheel = 0;                // notches, away from the user positive
+    unsigned char character = 0;  // Latin-1, by the user's layout; 0 for none
+    int vkey = 0;                 // virtual key, keys.h; 0 for none
+    bool shift = false, alt = false, control = false;
+};
+
+// Waits up to `wait_ms` for the first event, then takes all that are there, in their order.
+void display_take_events(int wait_ms, std::vector<display_event>& events);
+void display_get_mouse(int& x, int& y);
+void display_show_cursor(bool show);
+
+// A message box of the system; false where none can be shown.
+bool display_message_box(const std::string& main_text, const std::string& secondary_text);

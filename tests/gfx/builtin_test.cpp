@@ -1,0 +1,60 @@
+#include "gfx/builtin.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "gfx/colr.h"
+#include "gfx/gl_window.h"
+#include "gfx/oglp.h"
+#include "gfx/tex.h"
+#include "gfx/tman.h"
+
+TEST(builtin, pictures_are_those_of_the_art_and_leave_the_atlas_with_its_colours) {
+    static constexpr const char* names[] = {"installer_sheet", "background_1", "background_2", "interface_atlas"};
+    for (int i = 0; i < 4; ++i) {
+        const builtin_image& image = builtin_images[i];
+        TEX_image_desc desc;
+        std::vector<unsigned char> pixels;
+        const std::string path = std::string(VELARIS_ROOT_DIR) + "/art/rendered/" + names[i] + ".png";
+        ASSERT_EQ(TEX_load_any(path, desc, tex_format_rgba, pixels), 1) << path;
+        ASSERT_EQ(desc.width, image.width);
+        ASSERT_EQ(desc.height, image.height);
+        EXPECT_EQ(std::memcmp(pixels.data(), image.pixels, pixels.size()), 0) << names[i];
+    }
+    recall_ins_texes();
+    EXPECT_EQ(scratch_dx, 512);
+    EXPECT_EQ(std::memcmp(scratch_array, builtin_images[3].pixels, 512 * 512 * 4), 0);
+    take_palette_from_atlas();
+    const auto colour = [](int index) {
+        const float* c = colr.rgb(index);
+        return rgb{static_cast<int>(c[0] * 255 + 0.5f), static_cast<int>(c[1] * 255 + 0.5f),
+                   static_cast<int>(c[2] * 255 + 0.5f)};
+    };
+    EXPECT_EQ(colour(34), (rgb{51, 67, 86}));
+    EXPECT_EQ(colour(35), (rgb{78, 78, 73}));
+    EXPECT_EQ(colour(40), (rgb{238, 238, 238}));
+    EXPECT_EQ(colour(44), (rgb{255, 255, 220}));
+    EXPECT_EQ(colour(45), (rgb{39, 44, 52}));
+    EXPECT_EQ(colour(47), (rgb{127, 220, 175}));
+    EXPECT_LE(difference(colour(39), {167, 167, 164}), 1);
+}
+
+TEST(builtin, a_new_context_gets_all_pictures_under_their_numbers) {
+    gl_window window;
+    const auto drawn = [&](int ref) {
+        window.clear();
+        OGL_2dquad(ref, 49, 1, 0, 0, 0, 0, 0, 256, 0, 0.25f, 256, 256, 0.25f, 0.25f, 256, 0, 0.25f, 0, 1, alpha_blend);
+        return window.grab().bytes;
+    };
+    std::vector<std::vector<unsigned char>> before;
+    recall_ins_texes();
+    for (const builtin_image& image : builtin_images)
+        before.push_back(drawn(image.reference));
+    window.make_context();
+    recall_ins_texes();
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_TRUE(drawn(builtin_images[i].reference) == before[i]) << builtin_images[i].reference;
+    EXPECT_NE(before[1], before[2]);
+    EXPECT_EQ(tman.loaded_texes(), 4);
+}

@@ -1,0 +1,121 @@
+#include "gfx/gl_window.h"
+
+#include <GL/gl.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+#include "gfx/mnw.h"
+#include "gfx/oglp.h"
+#include "gfx/tman.h"
+#include "platform/display.h"
+
+// Read by the leak checker of a build that has one: what the window's libraries keep for themselves is not ours.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libdbus\n";
+}
+
+static pid_t server = 0;
+
+static void stop_display() {
+    kill(server, SIGTERM);
+    waitpid(server, nullptr, 0);
+}
+
+static void become_server(int report_fd) {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    const std::string fd = std::to_string(report_fd);
+    const int silence = open("/dev/null", O_RDWR);
+    dup2(silence, STDOUT_FILENO);
+    dup2(silence, STDERR_FILENO);
+    execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "2304x1200x24", "-nolisten", "tcp", "-noreset",
+           nullptr);
+    _exit(127);
+}
+
+void need_test_display() {
+    if (server) return;
+    int report[2];
+    if (pipe(report) != 0) throw std::runtime_error("no pipe");
+    server = fork();
+    if (server == 0) become_server(report[1]);
+    close(report[1]);
+    std::atexit(stop_display);
+    std::string number;  // told once the server is ready, a line end behind it
+    for (char c; read(report[0], &c, 1) == 1 && c != '\n';)
+        number += c;
+    close(report[0]);
+    if (number.empty()) throw std::runtime_error("Xvfb does not start");
+    setenv("DISPLAY", (":" + number).c_str(), 1);
+    setenv("SDL_VIDEODRIVER", "x11", 1);
+    unsetenv("WAYLAND_DISPLAY");
+}
+
+std::ostream& operator<<(std::ostream& out, const rgb& c) {
+    return out << "(" << c.r << " " << c.g << " " << c.b << ")";
+}
+
+int difference(const rgb& a, const rgb& b) {
+    return std::max({std::abs(a.r - b.r), std::abs(a.g - b.g), std::abs(a.b - b.b)});
+}
+
+rgb picture::at(int x, int y) const {
+    const unsigned char* pixel = &bytes.at(static_cast<std::size_t>(y * dx + x) * 3);
+    return {pixel[0], pixel[1], pixel[2]};
+}
+
+std::vector<int> picture::extent(const rgb& back) const {
+    std::vector<int> found = {dx, dy, 0, 0};
+    for (int y = 0; y < dy; ++y)
+        for (int x = 0; x < dx; ++x)
+            if (at(x, y) != back)
+                found = {std::min(found[0], x), std::min(found[1], y), std::max(found[2], x + 1),
+                         std::max(found[3], y + 1)};
+    return found;
+}
+
+gl_window::gl_window(int dx, int dy) {
+    need_test_display();
+    mnw.screen_dx = dx;
+    mnw.screen_dy = dy;
+    if (!display_start() || !display_open_window("test", dx, dy, true)) throw std::runtime_error(display_error());
+    make_context();
+}
+
+gl_window::~gl_window() {
+    display_close_window();
+}
+
+void gl_window::make_context() {
+    context_facts facts;
+    if (!display_make_context(0, facts)) throw std::runtime_error(display_error());
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glAlphaFunc(GL_GREATER, 0);
+    glFrontFace(GL_CW);
+    glEnable(GL_CULL_FACE);
+    glDepthMask(GL_FALSE);
+    OGL_forget_state();
+    tman.forget_textures();
+    OGL_pix_specs(0);
+    clear();
+}
+
+void gl_window::clear() {
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+picture gl_window::grab() const {
+    picture taken(mnw.screen_dx, mnw.screen_dy);
+    glReadPixels(0, 0, taken.dx, taken.dy, GL_RGB, GL_UNSIGNED_BYTE, taken.bytes.data());
+    return taken;
+}

@@ -1,0 +1,124 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "gfx/colr.h"
+#include "gfx/fixtures/fixtures.h"
+#include "gfx/tex.h"
+
+static bytes decoded(const TEX_image_desc& desc, const bytes& blocks) {
+    const TEX_image_desc plain = {tex_format_rgba, desc.width, desc.height, 0, 0};
+    bytes out(TEX_bytes_needed_for_image(plain));
+    EXPECT_EQ(TEX_decode_s3tc(desc, plain, blocks.data(), out.data()), 1);
+    return out;
+}
+
+TEST(tex_s3tc, reads_dds_as_other_programs_do) {
+    for (const char* name : {"dxt1.dds", "dxt5.dds"}) {
+        SCOPED_TRACE(name);
+        TEX_image_desc desc;
+        xmap_class file;
+        const unsigned char* data = nullptr;
+        ASSERT_EQ(TEX_load_dds(fixture(name), file, desc, &data), 1);
+        EXPECT_EQ(desc.width, 16);
+        EXPECT_EQ(desc.height, 8);
+        EXPECT_EQ(desc.mipmaps, 5);
+        bytes blocks(data, data + TEX_bytes_needed_for_image(desc));
+        TEX_flip_y(desc, blocks.data());
+        const bytes rgba = decoded(desc, blocks), wanted = expected_rgba(name, 16);
+        ASSERT_EQ(rgba.size(), wanted.size());
+        for (std::size_t i = 0; i < rgba.size(); ++i)
+            ASSERT_NEAR(rgba[i], wanted[i], 2) << i;
+    }
+}
+
+// The decoder is the judge: turning blocks must do what turning pixels does.
+TEST(tex_s3tc, turning_blocks_turns_the_picture) {
+    for (const int format : {tex_format_dxt1, tex_format_dxt3, tex_format_dxt5})
+        for (const int height : {4, 8, 12, 13, 16}) {
+            SCOPED_TRACE(height);
+            const TEX_image_desc desc = {format, 12, height, 0, 0};
+            const bytes blocks = random_bytes(TEX_bytes_needed_for_image(desc), 5);
+            bytes flipped = blocks;
+            TEX_flip_y(desc, flipped.data());
+            if (height % 4 == 0) {
+                EXPECT_EQ(decoded(desc, flipped), turned(decoded(desc, blocks), 12 * 4));
+            }
+            TEX_flip_y(desc, flipped.data());
+            EXPECT_EQ(flipped, blocks);
+        }
+}
+
+// Each row of each level has one colour and one alpha, in steps that blocks can hold.
+TEST(tex_s3tc, encodes_and_turns_every_level) {
+    for (const int format : {tex_format_dxt1, tex_format_dxt3, tex_format_dxt5, tex_format_dxt1_rgb}) {
+        SCOPED_TRACE(format);
+        const TEX_image_desc plain = {tex_format_rgba, 8, 16, 0, 1}, packed = {format, 8, 16, 0, 1};
+        const bool has_alpha = format == tex_format_dxt3 || format == tex_format_dxt5;
+        bytes image;
+        for (unsigned w = 8, h = 16; h > 0; w = w > 1 ? w / 2 : 1, h /= 2)
+            for (unsigned i = 0; i < w * h; ++i) {
+                const auto slope = static_cast<unsigned char>(30 + i / w * 8);
+                image.insert(image.end(),
+                             {slope, slope, 30, static_cast<unsigned char>(has_alpha ? 100 + slope : 255)});
+            }
+        ASSERT_EQ(image.size(), TEX_bytes_needed_for_image(plain));
+        bytes blocks(TEX_bytes_needed_for_image(packed)), back(image.size());
+        ASSERT_EQ(TEX_encode_s3tc(plain, packed, image.data(), blocks.data()), 1);
+        TEX_flip_y(packed, blocks.data());
+        ASSERT_EQ(TEX_decode_s3tc(packed, plain, blocks.data(), back.data()), 1);
+        TEX_flip_y(plain, back.data());
+        for (std::size_t i = 0; i < image.size(); ++i)
+            ASSERT_NEAR(back[i], image[i], format == tex_format_dxt3 && i % 4 == 3 ? 9 : 5) << i;
+    }
+}
+
+TEST(tex_s3tc, converts_between_layouts_and_refuses_what_does_not_fit) {
+    const TEX_image_desc from = {tex_format_bgr, 1, 2, 1, 0}, packed = {tex_format_dxt1_rgb, 1, 2, 0, 0};
+    const bytes padded = {200, 100, 40, 99, 200, 100, 40, 99};
+    bytes block(8), rgb(2 * 5, 77), rgba(4);
+    ASSERT_EQ(TEX_encode_s3tc(from, packed, padded.data(), block.data()), 1);
+    ASSERT_EQ(TEX_decode_s3tc(packed, {tex_format_rgb, 1, 2, 2, 0}, block.data(), rgb.data()), 1);
+    EXPECT_NEAR(rgb[0], 40, 8);
+    EXPECT_NEAR(rgb[7], 200, 8);
+    EXPECT_EQ(rgb[3], 77);  // the pad is the caller's
+
+    // Three colours and a clear one, which is solid black where the format has no alpha.
+    const bytes punched = {0, 0, 255, 255, 255, 255, 255, 255};
+    for (const int format : {tex_format_dxt1, tex_format_dxt1_rgb}) {
+        ASSERT_EQ(TEX_decode_s3tc({format, 1, 1}, {tex_format_rgba, 1, 1}, punched.data(), rgba.data()), 1);
+        EXPECT_EQ(rgba[3], format == tex_format_dxt1 ? 0 : 255);
+    }
+    EXPECT_EQ(TEX_encode_s3tc(from, {tex_format_dxt1, 2, 2}, padded.data(), block.data()), 0);
+    EXPECT_EQ(TEX_encode_s3tc(from, {tex_format_dxt1, 1, 2, 0, 1}, padded.data(), block.data()), 0);
+    EXPECT_EQ(TEX_encode_s3tc(packed, from, padded.data(), block.data()), 0);
+    EXPECT_EQ(TEX_decode_s3tc(from, packed, padded.data(), block.data()), 0);
+}
+
+static unsigned end_colour(const bytes& block, std::size_t i) {
+    return block[2 * i] | static_cast<unsigned>(block[2 * i + 1]) << 8;
+}
+
+// Tables that darken, brighten and flatten bring colours together or past each other.
+// Tables that darken and flatten bring colours together or past each other.
+TEST(tex_s3tc, gamma_keeps_the_order_of_the_ends) {
+    const bytes blocks = random_bytes(8 * 3000, 11);
+    for (const int floor : {-1, 0, 130, 200, 256}) {  // -1: the table as it is
+        SCOPED_TRACE(floor);
+        for (int i = 0; floor >= 0 && i < 256; ++i)
+            colr.gamma[i] = static_cast<unsigned char>(i < floor ? 0 : i * i / 255);
+        for (std::size_t at = 0; at < blocks.size(); at += 8) {
+            const bytes block(&blocks[at], &blocks[at] + 8);
+            bytes out = block;
+            nv_gamma_correct(out.data());
+            ASSERT_TRUE(floor >= 0 || out == block);
+            ASSERT_EQ(end_colour(out, 0) > end_colour(out, 1), end_colour(block, 0) > end_colour(block, 1)) << at;
+            ASSERT_TRUE(std::equal(out.begin() + 4, out.end(), block.begin() + 4));
+        }
+    }
+    std::fill_n(colr.gamma, 256, static_cast<unsigned char>(255));
+    bytes bright = {0xff, 0xff, 0xff, 0x07, 0, 0, 0, 0};  // the first end is as high as it can go: the other gives way
+    nv_gamma_correct(bright.data());
+    EXPECT_EQ(end_colour(bright, 0), 0xffffu);
+    EXPECT_EQ(end_colour(bright, 1), 0xfffeu);
+}

@@ -1,0 +1,209 @@
+#include "gfx/text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <new>
+#include <sstream>
+
+#include "gfx/builtin.h"
+#include "gfx/gl_calls.h"
+#include "gfx/gl_window.h"
+#include "gfx/mnw.h"
+#include "support/alerts.h"
+
+// Not inlined: the compiler would take the malloc within for a mismatch of its own new and delete.
+#define REPLACED [[gnu::noinline]]
+static int allocations = 0;
+REPLACED void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    ++allocations;
+    return std::malloc(size);
+}
+REPLACED void* operator new(std::size_t size) {
+    if (void* memory = operator new(size, std::nothrow)) return memory;
+    throw std::bad_alloc();
+}
+REPLACED void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+REPLACED void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+// The glyphs as the artist's table lists them.
+struct glyph {
+    int x, y, code, advance;
+};
+static std::vector<glyph> glyphs_of_the_art() {
+    std::vector<glyph> found;
+    std::ifstream table(std::string(VELARIS_ROOT_DIR) + "/art/regions.csv");
+    for (std::string line; std::getline(table, line);) {
+        std::replace(line.begin(), line.end(), ',', '\n');
+        std::istringstream cells(line);
+        std::vector<std::string> cell;
+        for (std::string text; std::getline(cells, text);)
+            cell.push_back(text);
+        if (cell.size() > 9 && cell[2] == "glyph")
+            found.push_back({std::stoi(cell[3]), std::stoi(cell[4]), std::stoi(cell[8]), std::stoi(cell[9])});
+    }
+    return found;
+}
+
+// What was drawn since the last look, as lines "x,y:text" with the pen's place of the first glyph.
+static std::vector<std::string> drawn_lines() {
+    static const std::vector<glyph> glyphs = glyphs_of_the_art();
+    std::vector<std::string> lines;
+    float y = -1000;
+    for (std::size_t i = 0; i + 3 < gl_calls.vertices.size(); i += 4) {
+        const drawn_vertex& corner = gl_calls.vertices[i];
+        const auto at = std::find_if(glyphs.begin(), glyphs.end(), [&](const glyph& g) {
+            return static_cast<float>(g.x) == corner.s * 512 && static_cast<float>(g.y) == corner.t * 512;
+        });
+        if (lines.empty() || corner.y != y)
+            lines.push_back(std::to_string(static_cast<int>(corner.x)) + "," +
+                            std::to_string(static_cast<int>(corner.y) + 4) + ":");
+        y = corner.y;
+        lines.back() += at == glyphs.end() ? '?' : static_cast<char>(at->code);
+    }
+    watch_anew();
+    return lines;
+}
+
+using lines = std::vector<std::string>;
+static lines draw(const std::string& text, float wrap_width, int align = align_left) {
+    recall_ins_texes();
+    watch_anew();
+    OGL_string(46, 100, 52, text, wrap_width, charset_text, align);
+    return drawn_lines();
+}
+
+TEST(text, glyphs_stand_and_measure_as_the_art_has_them) {
+    gl_window window;
+    recall_ins_texes();
+    const std::vector<glyph> glyphs = glyphs_of_the_art();
+    ASSERT_EQ(glyphs.size(), 105u);
+    std::vector<int> widths(256, 0);
+    for (const glyph& g : glyphs) {
+        widths[static_cast<std::size_t>(g.code)] = g.advance;
+        window.clear();
+        OGL_string(49, 300, 202, std::string(1, static_cast<char>(g.code)), 0, charset_text, align_left);
+        const picture drawn = window.grab();
+        const unsigned char* atlas = builtin_images[3].pixels;
+        int worst = 0;
+        for (int y = 0; y < 15; ++y)
+            for (int x = 0; x < 14; ++x) {
+                const unsigned char* p = atlas + ((g.y + y) * 512 + g.x + x) * 4;
+                const rgb over_black{p[0] * p[3] / 255, p[1] * p[3] / 255, p[2] * p[3] / 255};
+                worst = std::max(worst, difference(drawn.at(300 + x, 196 + y), over_black));
+            }
+        EXPECT_LE(worst, 2) << "glyph " << g.code;
+    }
+    for (int code = 0; code < 256; ++code)
+        EXPECT_EQ(char_width(static_cast<unsigned char>(code)), widths[static_cast<std::size_t>(code)]) << code;
+}
+
+TEST(text, measuring_and_drawing_allocate_nothing) {
+    recall_ins_texes();
+    const std::string text = "Some words - of an interface/that is drawn sixty times a second\n";
+    draw(text, 100);  // everything has been used once
+    gl_calls.watching = false;
+    const int before = allocations;
+    EXPECT_GT(text_width(text), 300);
+    OGL_string(46, 100, 52, text, 100, charset_text, align_centre);
+    OGL_number(46, 100, 52, -1234.5f, 6, 1, charset_digits);
+    EXPECT_EQ(allocations, before);
+}
+
+TEST(text, lines_are_placed_by_their_alignment) {
+    EXPECT_EQ(draw("Wim", 0), lines{"100,50:Wim"});
+    EXPECT_EQ(draw("Wim", 0, align_right), lines{"76,50:Wim"});
+    EXPECT_EQ(draw("Wim", 0, align_centre), lines{"88,50:Wim"});
+    EXPECT_EQ(draw("W\ti\r\nm", 0), lines{"100,50:Wim"}) << "control bytes neither show nor move";
+    mnw.wind_x = 10.5f;
+    mnw.wind_y = 20;
+    EXPECT_EQ(draw("W", 0), lines{"111,70:W"}) << "on whole pixels, half away from zero";
+    mnw.wind_x = mnw.wind_y = 0;
+
+    OGL_string(46, 100, 52, "12.5", 0, charset_digits, align_right);
+    EXPECT_EQ(drawn_lines(), lines{"60,50:12.5"}) << "ten units a byte";
+    EXPECT_EQ(draw("a\"{b", 0), lines{"100,50:a  b"}) << "no cell: the space's";
+    alert_catcher alerts;
+    EXPECT_THROW(OGL_string(46, 0, 0, "x", 0, 101, 0), left);
+    EXPECT_EQ(alerts.last(), "String proc with bad charset!\n\n\n\n(HLutils/OOPS_cpp/oglp line 495)");
+}
+
+TEST(text, wrapping_breaks_behind_blanks_and_signs_by_the_estimate) {
+    EXPECT_EQ(draw("one two", 9999), lines{"100,50:one two"});
+    EXPECT_EQ(draw("a-b", 11), (lines{"100,50:a-", "100,40:b"}));
+    // "one " measures 23 units and three more bytes are taken for 18, however wide they are.
+    EXPECT_EQ(draw("one iii", 40), (lines{"100,50:one ", "100,40:iii"}));
+    EXPECT_EQ(draw("one WWW", 41), lines{"100,50:one WWW"});
+    EXPECT_EQ(draw("a mmmmmmmmm b", 30), (lines{"100,50:a ", "100,40:mmmmmmmmm ", "100,30:b"}))
+        << "a word that fits nowhere stands alone";
+    EXPECT_EQ(draw("one\ntwo", 500), (lines{"100,50:one", "100,40:two"}));
+
+    const auto last_y = [](const std::string& text) { return OGL_string(46, 100, 52, text, 500, charset_text, 0); };
+    EXPECT_EQ(last_y(""), 52.0f);
+    EXPECT_EQ(last_y("one"), 52.0f);
+    EXPECT_EQ(last_y("one\n"), 52.0f) << "no empty line behind the last";
+    EXPECT_EQ(last_y("one\n\ntwo\n"), 32.0f);
+    mnw.wind_y = 7;
+    EXPECT_EQ(last_y("one\ntwo"), 42.0f) << "in the window's own units";
+    mnw.wind_y = 0;
+    watch_anew();
+    EXPECT_EQ(draw("", 0), lines{});
+}
+
+TEST(text, digits_stand_over_their_arrows) {
+    recall_ins_texes();
+    watch_anew();
+    const auto digits = [](float value, int count, int decimals) {
+        OGL_number(45, 103, 52, value, count, decimals, charset_digits);
+        std::map<int, char> by_place;
+        const std::vector<drawn_vertex> vertices = gl_calls.vertices;
+        std::string text;
+        std::vector<std::pair<float, std::size_t>> order;
+        for (std::size_t i = 0; i < vertices.size(); i += 4)
+            order.push_back({vertices[i].x, i});
+        std::sort(order.begin(), order.end());
+        gl_calls.vertices.clear();
+        for (const auto& [x, i] : order) {
+            gl_calls.vertices = {vertices.begin() + static_cast<std::ptrdiff_t>(i),
+                                 vertices.begin() + static_cast<std::ptrdiff_t>(i) + 4};
+            text += std::to_string(static_cast<int>(x)) + drawn_lines()[0].back() + " ";
+        }
+        return text;
+    };
+    EXPECT_EQ(digits(1234, 5, 0), "1030 1131 120, 1232 1333 1434 ");
+    EXPECT_EQ(digits(-12.345f, 4, 2), "94- 1031 1132 120. 1233 1335 ");
+    EXPECT_EQ(digits(-0.001f, 3, 2), "1030 110. 1130 1230 ") << "too small for its minus";
+    EXPECT_EQ(digits(0.996f, 3, 2), "1031 110. 1130 1230 ") << "rounded over the point";
+}
+
+TEST(text, numbers_read_as_text_elsewhere) {
+    recall_ins_texes();
+    watch_anew();
+    const auto number = [](float value, int count, int decimals) {
+        OGL_number(46, 100, 52, value, count, decimals, charset_text);
+        const lines drawn = drawn_lines();
+        return drawn.empty() ? "" : drawn[0].substr(drawn[0].find(':') + 1);
+    };
+    EXPECT_EQ(number(0, 3, 0), "0");
+    EXPECT_EQ(number(-7.25f, 5, 2), "-7.25");
+    EXPECT_EQ(number(0.05f, 4, 2), "0.05");
+    EXPECT_EQ(number(1234567, 7, 0), "1,234,567");
+    EXPECT_EQ(number(123456, 5, 0), "1.23x5");
+    EXPECT_EQ(number(-123456, 5, 0), "-1.23x5");
+    EXPECT_EQ(number(3e12f, 5, 0), "3.00x0") << "an exponent past 9 has no digit";
+}
+
+TEST(text, paths_are_shown_in_latin_1_and_broken_ones_do_not_overrun) {
+    EXPECT_EQ(latin1_of_path("/home/jos\xC3\xA9/x"), "/home/jos\xE9/x");
+    EXPECT_EQ(latin1_of_path("\xE2\x82\xAC \xF0\x9F\x98\x80 \xC4\x80"), "? ? ?");
+    EXPECT_EQ(latin1_of_path("a\x80\xC3"), "a??");
+    EXPECT_EQ(latin1_of_path("\xC3"
+                             "b\xE2\x82"),
+              "?b?");
+}
