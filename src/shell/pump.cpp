@@ -1,0 +1,238 @@
+#include "shell/pump.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "engine/stg.h"
+#include "gfx/colr.h"
+#include "gfx/oglp.h"
+#include "gfx/text.h"
+#include "gfx/tman.h"
+#include "platform/display.h"
+#include "runtime/oops.h"
+#include "runtime/thread.h"
+#include "runtime/xtim.h"
+#include "shell/shell.h"
+#include "ui/frames.h"
+
+int return_hit = 0, escape_hit = 0, delete_hit = 0;
+
+namespace {
+
+constexpr int alert_window = 995, first_special_window = 993, last_special_window = 999;
+constexpr int tick_ms = 17, alert_wait_ms = 167;  // one and ten ticks of a sixtieth of a second
+constexpr float click_seconds = 0.25f;
+constexpr float help_after_seconds = 1, hide_after_seconds = 10;
+
+bool quit_wanted = false;
+bool in_update = false;  // a modal loop inside the application's update pumps frames of its own
+
+// Logical windows that are smaller than the canvas; all of them are modal.
+const struct {
+    int number;
+    const char* title;  // null: as it stands in stls
+    float dx, dy;
+} windows[] = {
+    {1, "EULA", 500, 300},    {2, "Prefs", 600, 380},   {993, "Livery", 561, 474},
+    {994, nullptr, 600, 300}, {995, nullptr, 420, 250}, {996, nullptr, 300, 166},
+    {997, nullptr, 700, 146}, {998, nullptr, 561, 474}, {999, nullptr, 330, 474},
+};
+
+bool is_special(int number) {
+    return number >= first_special_window && number <= last_special_window;
+}
+
+int wait_ms() {
+    if (mnw.wind_id == alert_window) return alert_wait_ms;
+    return stg.use_max_cpu ? 0 : tick_ms;
+}
+
+// From the surface's pixels, y down, to the open window's units, y up.
+void set_mouse(int x, int y) {
+    mnw.mouse_x = static_cast<float>(x) / mnw.scale - mnw.wind_x;
+    mnw.mouse_y = static_cast<float>(mnw.screen_dy - y) / mnw.scale - mnw.wind_y;
+}
+
+void handle_key(const display_event& event) {
+    const bool down = event.kind != display_event_kind::key_up;
+    mnw.key_held = down;
+    if (!down) return;
+    mnw.key_event = 1;
+    if (event.vkey == 13 || event.vkey == 187) return_hit = 1;
+    if (event.vkey == 27) escape_hit = 1;
+    if (event.vkey == 8 || event.character == '.') delete_hit = 1;
+    if (event.character) mnw.key_char = event.character;
+    if (return_hit && mnw.wind_id != 0) MACIBM_handleclick(1);
+}
+
+void handle_event(const display_event& event) {
+    switch (event.kind) {
+        case display_event_kind::key_down:
+        case display_event_kind::key_up:
+        case display_event_kind::key_repeat:
+            handle_key(event);
+            break;
+        case display_event_kind::mouse_down:
+            set_mouse(event.x, event.y);
+            mnw.mouse_down = 1;
+            MACIBM_handleclick(0);
+            break;
+        case display_event_kind::mouse_up:
+            mnw.mouse_up = 1;
+            break;
+        case display_event_kind::wheel:
+            mnw.wheel_delta += event.wheel;
+            break;
+        case display_event_kind::quit:
+            quit_wanted = true;
+            break;
+        case display_event_kind::redraw:
+        case display_event_kind::activated:
+            break;  // every frame redraws everything
+    }
+}
+
+void take_events() {
+    static std::vector<display_event> events;
+    display_take_events(wait_ms(), events);
+    for (const display_event& event : events)
+        handle_event(event);
+    // A press keeps the place it had; otherwise the mouse is where it is now.
+    if (mnw.mouse_down) return;
+    int x = 0, y = 0;
+    display_get_mouse(x, y);
+    set_mouse(x, y);
+}
+
+void update_mouse_timing() {
+    static float last_x = 0, last_y = 0;
+    const float now = xtim.real_time;
+    if (std::fabs(mnw.mouse_x - last_x) > 0.5f || std::fabs(mnw.mouse_y - last_y) > 0.5f) {
+        mnw.time_moved = now;
+        last_x = mnw.mouse_x;
+        last_y = mnw.mouse_y;
+    }
+    mnw.mouse_click = mnw.mouse_up && now - mnw.time_pressed < click_seconds;
+    mnw.mouse_quick = mnw.mouse_down && mnw.time_pressed > 0 && now - mnw.time_pressed < click_seconds;
+    if (mnw.mouse_down) {
+        mnw.mouse_held = 1;
+        mnw.time_pressed = now;
+    }
+    if (mnw.mouse_up) mnw.mouse_held = 0;
+    mnw.mouse_repeat = mnw.mouse_held && now - mnw.time_pressed > click_seconds;
+}
+
+void update_clock() {
+    xtim.xtim_update(mnw.wind_id);
+    colr.pulse(static_cast<double>(xtim.real_time));
+    update_mouse_timing();
+    mnw.cursor_code = 0;
+}
+
+void take_quit() {
+    if (quit_wanted && mnw.modal_wind && mnw.wind_id != alert_window) MACIBM_startwind(0, 0);
+}
+
+void update_application() {
+    if (mnw.modal_wind || in_update || !shell_hooks.update) return;
+    in_update = true;
+    shell_hooks.update();
+    in_update = false;
+    xtim.xtim_running = 0;
+}
+
+void draw_help(const std::string& text) {
+    constexpr float width = 400, margin = 10;
+    const float height = std::clamp(static_cast<float>(text.size() / 50) * line_height + 20.0f, 60.0f, 300.0f);
+    const float left = 10 - mnw.wind_x, top = static_cast<float>(mnw.screen_dy) / mnw.scale - mnw.wind_y - 20;
+    const float x = std::max(mnw.mouse_x - width - 15, left + margin);
+    const float y = std::min(mnw.mouse_y + 15, top - height - margin);
+    BTN_frame2(box_bright, x - margin, y - margin, width + 2 * margin, height + 2 * margin, "");
+    OGL_string(47, x + 3, y + height - line_height, text, 394, charset_text, align_left);
+}
+
+void draw_cursor(int code) {
+    static const struct {
+        int column, row;
+    } cells[] = {{0, 1}, {1, 1}, {0, 0}, {1, 0}, {2, 1}, {3, 1}, {2, 0}, {3, 0}, {4, 1}, {4, 0}, {-1, 1}, {-1, 0}};
+    if (code < 3 || code > 14) return;
+    const auto& cell = cells[code - 3];
+    // The two turning arrows have a form of their own while the button is held.
+    const bool held = mnw.mouse_held && (code == 11 || code == 12);
+    const float ax = 200.0f + 32.0f * static_cast<float>(cell.column + held) + 15;
+    const float ay = 293.0f + 32.0f * static_cast<float>(cell.row) + 15;
+    BTN_util_element(std::round(mnw.mouse_x), std::round(mnw.mouse_y), ax, ay, 15, 15, 49);
+}
+
+}  // namespace
+
+int quit_requested() {
+    return quit_wanted;
+}
+
+void mouse_help_per_wind(int number) {
+    const float still = xtim.real_time - mnw.time_moved;
+    if (!stls.help.empty() && still > help_after_seconds) draw_help(stls.help);
+    stls.help.clear();
+    const bool hidden = (number == 0 && still > hide_after_seconds) || mnw.cursor_code > 1;
+    display_show_cursor(!hidden || is_special(number));
+    if (mnw.cursor_code > 2) draw_cursor(mnw.cursor_code);
+}
+
+void MACIBM_startwind(int number, int) {
+    plot_init_lights = 1;
+    mouse_help_per_wind(number);
+    OGL_viewport(2);
+    mnw.wind_dx = 1024;
+    mnw.wind_dy = 768;
+    mnw.modal_wind = 0;
+    for (const auto& window : windows) {
+        if (window.number != number) continue;
+        if (window.title) stls.title = window.title;
+        mnw.wind_dx = window.dx;
+        mnw.wind_dy = window.dy;
+        mnw.modal_wind = 1;
+    }
+    mnw.menu_open = -1;
+    mnw.wind_id = mnw.wind_req = number;
+    const auto centred = [](int surface, float size) {
+        return std::max(std::round((static_cast<float>(surface) - mnw.scale * size) / 2) / mnw.scale, 0.0f);
+    };
+    mnw.wind_x = centred(mnw.screen_dx, mnw.wind_dx);
+    mnw.wind_y = centred(mnw.screen_dy, mnw.wind_dy);
+    // So that no press that opens or closes a window is seen twice.
+    mnw.mouse_held = mnw.mouse_down = mnw.key_held = 0;
+}
+
+void MACIBM_handleclick(int force) {
+    if (mnw.wind_id <= 0 || (mnw.wind_id >= alert_window && mnw.wind_id <= last_special_window)) return;
+    const bool near_side = mnw.mouse_x < 25 || mnw.mouse_x > mnw.wind_dx - 25;
+    const bool in_window = mnw.mouse_x >= 0 && mnw.mouse_x <= mnw.wind_dx && mnw.mouse_y <= mnw.wind_dy;
+    const bool in_corner = in_window && near_side && mnw.mouse_y > mnw.wind_dy - 20;
+    if (!in_corner && !force) return;
+    BTN_zap_boxes(1);
+    OGL_sbuff();
+    return_hit = 0;
+    MACIBM_startwind(0, 0);
+}
+
+void MACIBM_event_proc() {
+    return_hit = escape_hit = delete_hit = 0;
+    mnw.mouse_down = mnw.mouse_up = mnw.key_event = 0;
+    xtim.profile_chart("init", 0);
+    if (mnw.wind_id == -1) MACIBM_startwind(0, 0);
+    xtim.profile_chart("startwin", 0);
+    take_events();
+    take_quit();
+    xtim.profile_chart("event", 0);
+    if (mnw.wind_id == 0) THREAD_check_exception(1);
+    update_clock();
+    xtim.profile_chart("netlist", 0);
+    update_application();
+    mouse_help_per_wind(mnw.wind_id);
+    xtim.profile_chart("menu", 0);
+    OGL_sbuff();
+    xtim.profile_chart("sbuff", 1);
+    ++xtim.frame_count;
+}

@@ -1,0 +1,241 @@
+// Start-up and the frame, on a real display with real mouse and key events.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "gfx/gl_window.h"
+#include "gfx/mnw.h"
+#include "gfx/oglp.h"
+#include "gfx/tex.h"
+#include "platform/display.h"
+#include "runtime/oops.h"
+#include "runtime/xtim.h"
+#include "shell/pump.h"
+#include "shell/shell.h"
+#include "support/scratch.h"
+#include "ui/frames.h"
+
+namespace {
+
+std::function<void()> on_update;
+picture last_frame(1024, 768);
+
+// The frame as it is shown: what stands in the back buffer after a swap is anybody's guess.
+void swap_and_keep() {
+    OGL_screenshot(0);
+    std::copy_n(scratch_array, last_frame.bytes.size(), last_frame.bytes.begin());
+    display_swap();
+}
+
+class Shell : public ::testing::Test {
+  protected:
+    Shell() {
+        need_test_display();
+        setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
+        on_update = nullptr;
+        shell_hooks.update = [] {
+            if (on_update) on_update();
+        };
+        char name[] = "velaris-installer";
+        char* argv[] = {name, nullptr};
+        MACIBM_init(1, argv);
+        OGL_swap = swap_and_keep;
+        MACIBM_event_proc();
+    }
+    ~Shell() override { MACIBM_finishup(1); }
+
+    // xdotool answers when the display has taken the event.
+    static void desktop(const std::string& what) {
+        ASSERT_EQ(std::system(("xdotool " + what + " >/dev/null 2>&1").c_str()), 0) << what;
+    }
+    void move_mouse(int x, int y) {
+        int left = 0, top = 0;
+        find_window(left, top);
+        desktop("mousemove " + std::to_string(left + x) + " " + std::to_string(top + y));
+    }
+    static void find_window(int& left, int& top) {
+        FILE* out = popen("xdotool search --onlyvisible --name 'Velaris Installer' getwindowgeometry --shell", "r");
+        char line[100];
+        while (fgets(line, sizeof line, out)) {
+            std::sscanf(line, "X=%d", &left);
+            std::sscanf(line, "Y=%d", &top);
+        }
+        pclose(out);
+    }
+    // Frames until `there` holds; false after five seconds.
+    static bool frames_until(const std::function<bool()>& there) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (std::chrono::steady_clock::now() < end) {
+            MACIBM_event_proc();
+            if (there()) return true;
+        }
+        return false;
+    }
+
+    scratch home;
+};
+
+TEST_F(Shell, StartUpShowsItsPanelAndABarThatGrows) {
+    const float half = 0.5f;
+    MACIBM_show_init("Half way.", &half);
+    EXPECT_EQ(last_frame.at(700, 700), (rgb{51, 67, 86})) << "the window's colour comes from the atlas";
+    EXPECT_LT(last_frame.at(170, 100).b, 60) << "the panel is dark";
+    const rgb fill = last_frame.at(300, 15), trough = last_frame.at(900, 15);
+    EXPECT_GT(difference(fill, trough), 60);
+    EXPECT_LT(difference(last_frame.at(490, 15), fill), 20);
+    EXPECT_LT(difference(last_frame.at(540, 15), trough), 20);
+    const float none = -1;
+    MACIBM_show_init("", &none);
+    EXPECT_LT(difference(last_frame.at(16, 15), fill), 40) << "a little is always done";
+    plot_init_lights = 0;
+    last_frame.bytes.assign(last_frame.bytes.size(), 7);
+    MACIBM_show_init("", nullptr);
+    EXPECT_EQ(last_frame.at(1, 1), (rgb{7, 7, 7})) << "drawn before there was a window";
+}
+
+TEST_F(Shell, ASmallDisplayIsFilledAndTheCanvasCentred) {
+    EXPECT_EQ(mnw.screen_dx, 1024);
+    EXPECT_EQ(MACIBM_make_context(1), 0) << "there is no second display";
+    MACIBM_nuke_context(0);
+    g_mon_x_res_now = 1044;  // the movable form wants more than twenty units to spare
+    g_mon_y_res_now = 799;
+    MACIBM_remake_context();
+    MACIBM_startwind(0, 0);
+    EXPECT_EQ(mnw.screen_dx, 1044);
+    EXPECT_EQ(mnw.screen_dy, 799);
+    EXPECT_FLOAT_EQ(mnw.wind_x, 10);
+    EXPECT_FLOAT_EQ(mnw.wind_y, 16);
+    MACIBM_startwind(2, 0);
+    EXPECT_FLOAT_EQ(mnw.wind_x, 222);
+    EXPECT_EQ(mnw.modal_wind, 1);
+    EXPECT_EQ(stls.title, "Prefs");
+}
+
+TEST_F(Shell, APressIsSeenWhereItFellInOneFrameOnlyWithBothItsEdges) {
+    move_mouse(300, 200);
+    ASSERT_TRUE(frames_until([] { return std::abs(mnw.mouse_x - 300) < 1; }));
+    EXPECT_NEAR(mnw.mouse_y, 768 - 200, 1);
+
+    int downs = 0, ups = 0, clicks = 0;
+    on_update = [&] {
+        downs += mnw.mouse_down;
+        ups += mnw.mouse_up;
+        clicks += mnw.mouse_click;
+    };
+    desktop("click 1");
+    ASSERT_TRUE(frames_until([&] { return ups > 0; }));
+    for (int i = 0; i < 5; ++i)
+        MACIBM_event_proc();
+    EXPECT_EQ(downs, 1);
+    EXPECT_EQ(ups, 1);
+    EXPECT_EQ(clicks, 1);
+    EXPECT_EQ(mnw.mouse_held, 0);
+
+    desktop("mousedown 1");
+    ASSERT_TRUE(frames_until([] { return mnw.mouse_held && mnw.mouse_repeat; }));
+    EXPECT_GE(xtim.real_time - mnw.time_pressed, 0.25f);
+    desktop("mouseup 1");
+    ASSERT_TRUE(frames_until([] { return !mnw.mouse_held; }));
+    EXPECT_EQ(mnw.mouse_repeat, 0);
+    EXPECT_EQ(clicks, 1) << "a long press is no click";
+}
+
+TEST_F(Shell, TheWheelAddsUpAndKeysCarryTheirCharacter) {
+    move_mouse(300, 200);
+    desktop("click 4 click 4 click 5");
+    EXPECT_TRUE(frames_until([] { return mnw.wheel_delta == 1; })) << mnw.wheel_delta;
+    desktop("type Q");
+    EXPECT_TRUE(frames_until([] { return mnw.key_char == 'Q'; })) << mnw.key_char;
+    int escapes = 0, deletes = 0;
+    on_update = [&] {
+        escapes += escape_hit;
+        deletes += delete_hit;
+    };
+    desktop("key Escape key BackSpace");
+    EXPECT_TRUE(frames_until([&] { return escapes == 1 && deletes == 1; })) << escapes << deletes;
+}
+
+TEST_F(Shell, AClickThatClosesAWindowDoesNotReachTheScreenBelow) {
+    int seen = 0;
+    on_update = [&] { seen += mnw.mouse_down; };
+    MACIBM_startwind(2, 0);  // 600 by 380, centred: its top is 194 from the surface's
+    move_mouse(212 + 300, 194 + 10);
+    desktop("click 1");
+    for (int i = 0; i < 20; ++i)
+        MACIBM_event_proc();
+    EXPECT_EQ(mnw.wind_id, 2) << "the middle of the title closes nothing";
+    move_mouse(212 + 600 - 12, 194 + 10);
+    desktop("click 1");
+    ASSERT_TRUE(frames_until([] { return mnw.wind_id == 0; }));
+    for (int i = 0; i < 5; ++i)
+        MACIBM_event_proc();
+    EXPECT_EQ(seen, 0);
+}
+
+TEST_F(Shell, ReturnClosesADialogButNoQuestion) {
+    for (const int window : {1, 2}) {
+        MACIBM_startwind(window, 0);
+        desktop("key Return");
+        EXPECT_TRUE(frames_until([] { return mnw.wind_id == 0; })) << window;
+    }
+    MACIBM_startwind(997, 0);
+    desktop("key Return");
+    for (int i = 0; i < 20; ++i)
+        MACIBM_event_proc();
+    EXPECT_EQ(mnw.wind_id, 997);
+}
+
+TEST_F(Shell, ADialogOpenedByTheScreenDoesNotRunTheScreenInsideItself) {
+    int depth = 0, deepest = 0, frames = 0;
+    bool opened = false;
+    on_update = [&] {
+        deepest = std::max(deepest, ++depth);
+        if (!opened) {
+            opened = true;
+            MACIBM_startwind(2, 0);
+            while (mnw.wind_id == 2) {
+                MACIBM_event_proc();
+                if (++frames == 5) MACIBM_startwind(0, 0);
+            }
+            MACIBM_event_proc();  // a frame more before the screen goes on
+        }
+        --depth;
+    };
+    MACIBM_event_proc();
+    EXPECT_EQ(deepest, 1);
+    EXPECT_EQ(frames, 5);
+    opened = true;
+    MACIBM_event_proc();
+    EXPECT_EQ(deepest, 1);
+}
+
+TEST_F(Shell, ATermSignalClosesADialogAndAsksForTheEnd) {
+    EXPECT_FALSE(quit_requested());
+    MACIBM_startwind(2, 0);
+    std::raise(SIGTERM);
+    EXPECT_TRUE(frames_until([] { return quit_requested() && mnw.wind_id == 0; }));
+}
+
+TEST_F(Shell, HelpComesUpAfterASecondOfStillness) {
+    move_mouse(700, 300);
+    frames_until([] { return std::abs(mnw.mouse_x - 700) < 1; });
+    on_update = [] {
+        OGL_plot_back_col();
+        stls.help = "What this is for, in a sentence.";
+    };
+    const float start = xtim.real_time;
+    const rgb plain = (MACIBM_event_proc(), last_frame.at(400, 500));
+    ASSERT_TRUE(frames_until([&] { return last_frame.at(400, 500) != plain; }));
+    EXPECT_GT(xtim.real_time - start, 0.8f);
+    on_update = [] { OGL_plot_back_col(); };
+    EXPECT_TRUE(frames_until([&] { return last_frame.at(400, 500) == plain; })) << "the text lasts one frame";
+}
+
+}  // namespace
