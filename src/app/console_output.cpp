@@ -181,7 +181,7 @@ void console_plan() {
 
 void console_scan_progress(double share, const std::string& what, const std::string& item) {
     if (output.json) return;
-    progress.show(share, what + " " + item, seconds_now());
+    progress.show(share, what, item, seconds_now());
 }
 
 static void json_progress(const next_t& table, const install_pace& pace, bool last) {
@@ -210,9 +210,8 @@ static std::string progress_text(const install_pace& pace, bool last) {
     std::string text = std::to_string(output.files_done.size()) + " of " + std::to_string(output.files_total) +
                        " files, " + size_text(std::min(pace.done_kb, total)) + " of " + size_text(total) + ", " +
                        std::to_string(rounded(pace.rate_kb_s)) + " kB/s";
-    if (last) return text;
-    if (std::isfinite(pace.seconds_left)) text += ", " + time_left_text(pace.seconds_left) + " left";
-    return crnt_file_name.empty() ? text : text + ", " + crnt_file_name;
+    if (!last && std::isfinite(pace.seconds_left)) text += ", " + time_left_text(pace.seconds_left) + " left";
+    return text;
 }
 
 void console_install_progress(bool last) {
@@ -230,7 +229,7 @@ void console_install_progress(bool last) {
     else if (last)
         progress.show_last(install_share(table), progress_text(pace, last));
     else
-        progress.show(install_share(table), progress_text(pace, last), seconds_now());
+        progress.show(install_share(table), progress_text(pace, last), crnt_file_name, seconds_now());
 }
 
 void console_file(int action, const std::string& path, int result) {

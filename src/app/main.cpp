@@ -1,8 +1,8 @@
-// Velaris Installer: installs and updates a copy of the simulator.
-#include <cstdio>
+// Velaris Installer: installs and updates a copy of the simulator, in a window or on a terminal.
 #include <cstring>
 
 #include "app/console.h"
+#include "app/window.h"
 
 static bool wants(int argc, char** argv, const char* option) {
     for (int i = 1; i < argc; ++i)
@@ -13,7 +13,5 @@ static bool wants(int argc, char** argv, const char* option) {
 int main(int argc, char** argv) {
     // The choice of the front end comes before everything else: it decides how an alert is shown.
     const bool informs = wants(argc, argv, "--help") || wants(argc, argv, "-h") || wants(argc, argv, "--version");
-    if (wants(argc, argv, "--console") || informs) return console_main(argc, argv);
-    std::fputs("This build has no window yet; start it with --console.\n", stderr);
-    return 2;
+    return wants(argc, argv, "--console") || informs ? console_main(argc, argv) : window_main(argc, argv);
 }

@@ -38,32 +38,39 @@ std::string cut_middle(const std::string& text, int columns) {
     return text.substr(0, position(keep / 2)) + "..." + text.substr(position(characters - (keep - keep / 2)));
 }
 
-void progress_line::draw(double share, const std::string& text) {
+static std::string fit(const std::string& text, const std::string& item, int columns) {
+    constexpr int shortest_item = 8;
+    const int left = columns - static_cast<int>(text.size()) - 1;
+    if (item.empty() || left < shortest_item) return cut_middle(text, columns);
+    return text + " " + cut_middle(item, left);
+}
+
+void progress_line::draw(double share, const std::string& text, const std::string& item) {
     const int percent = static_cast<int>(std::clamp(share, 0.0, 1.0) * 100);
     if (on_terminal) {
         const std::string head = bar(share, 24) + " " + std::to_string(percent) + "% ";
-        const std::string tail = cut_middle(text, terminal_columns() - static_cast<int>(head.size()) - 1);
+        const std::string tail = fit(text, item, terminal_columns() - static_cast<int>(head.size()) - 1);
         std::fprintf(stream, "\r%s%s\033[K", head.c_str(), tail.c_str());
         drawn = true;
     } else {
-        std::fprintf(stream, "%d%% %s\n", percent, text.c_str());
+        std::fprintf(stream, "%d%% %s%s%s\n", percent, text.c_str(), item.empty() ? "" : " ", item.c_str());
     }
     std::fflush(stream);
 }
 
-void progress_line::show(double share, const std::string& text, double now) {
+void progress_line::show(double share, const std::string& text, const std::string& item, double now) {
     if (!stream) return;
     const double passed = last_time < 0 ? 5 : now - last_time;
     const bool due = on_terminal ? passed >= 0.1 : passed >= 5 || (passed >= 1 && share - last_share >= 0.05);
     if (!due) return;
-    draw(share, text);
+    draw(share, text, item);
     last_time = now;
     last_share = share;
 }
 
 void progress_line::show_last(double share, const std::string& text) {
     if (!stream) return;
-    draw(share, text);
+    draw(share, text, "");
     if (drawn) std::fputc('\n', stream);
     drawn = false;
     restart();

@@ -9,7 +9,8 @@ class progress_line {
   public:
     void open(std::FILE* out, bool in_place);
     // `share` 0 to 1. `now` in seconds. A terminal's line is redrawn at most ten times a second.
-    void show(double share, const std::string& text, double now);
+    // Where the line is too narrow, `item` loses its middle first.
+    void show(double share, const std::string& text, const std::string& item, double now);
     void show_last(double share, const std::string& text);  // whatever the time; a line of its own
     void clear();  // takes the line off the terminal, so that something else can be printed
     void restart() { last_time = -1, last_share = -1; }  // another kind of work begins
@@ -18,7 +19,7 @@ class progress_line {
     static int terminal_columns();                    // 80 where it is not known
 
   private:
-    void draw(double share, const std::string& text);
+    void draw(double share, const std::string& text, const std::string& item);
     std::FILE* stream = nullptr;
     bool on_terminal = false;
     bool drawn = false;

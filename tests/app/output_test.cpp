@@ -39,23 +39,37 @@ TEST(Progress, PlainLinesComeNeitherInAFloodNorNotAtAll) {
     // A hundred seconds, each percent ten times: a line for every five percent.
     EXPECT_NEAR(static_cast<double>(lines_of([&] {
                     for (int i = 0; i <= 1000; ++i)
-                        line.show(i / 1000.0, "x", i / 10.0);
+                        line.show(i / 1000.0, "x", "", i / 10.0);
                 })),
                 20, 2);
     // All of it within a second: one line. A minute without progress: one every five seconds.
     EXPECT_EQ(lines_of([&] {
                   for (int i = 0; i <= 1000; ++i)
-                      line.show(i / 1000.0, "x", i / 1001.0);
+                      line.show(i / 1000.0, "x", "", i / 1001.0);
               }),
               1);
     EXPECT_EQ(lines_of([&] {
                   for (int i = 0; i < 60; ++i)
-                      line.show(0.5, "x", 100.0 + i);
+                      line.show(0.5, "x", "", 100.0 + i);
               }),
               12);
     EXPECT_EQ(lines_of([&] { line.show_last(1, "done"); }), 1);
     std::fclose(out);
     EXPECT_TRUE(std::string(text, size).ends_with("100% done\n"));
+    std::free(text);
+}
+
+TEST(Progress, ANarrowTerminalCutsTheNameAndNotTheNumbers) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* out = open_memstream(&text, &size);
+    progress_line line;
+    line.open(out, true);
+    const std::string numbers = "7 of 12 files, 1.0 Meg of 2.0 Meg";
+    line.show(0.5, numbers, "a name that is far too long for what is left of it.zip", 1);
+    std::fclose(out);
+    EXPECT_NE(std::string(text, size).find(numbers + " a n"), std::string::npos) << text;
+    EXPECT_NE(std::string(text, size).find(".zip"), std::string::npos) << text;
     std::free(text);
 }
 
