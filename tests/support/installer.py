@@ -1,4 +1,5 @@
 """Runs the installer as a user would, in a world of its own: home, preferences, state and temporary folder."""
+import atexit
 import contextlib
 import dataclasses
 import fcntl
@@ -98,7 +99,7 @@ class Scene(unittest.TestCase):
 
         process = subprocess.Popen(command + list(options), env=self.desk.environment(**environment), cwd=self.folder,
                                    stdin=stdin, stdout=stdout, stderr=stderr, preexec_fn=before_program)
-        self.addCleanup(put_down, process)
+        at_end(self, put_down, process)
         return process
 
     def finish(self, process, timeout=60):
@@ -207,18 +208,22 @@ class Terminal:
             self.master = -1
 
 
+def at_end(test, act, *arguments):
+    """At the end of the test, or of the class when that is given; or of the process, if it is broken off before."""
+    (test.addClassCleanup if isinstance(test, type) else test.addCleanup)(act, *arguments)
+    atexit.register(act, *arguments)
+
+
 def private_folder(test):
     """A folder that goes with the test, or with the class when that is given."""
     folder = os.path.realpath(tempfile.mkdtemp(prefix="velaris-e2e-"))
-    cleanup = test.addClassCleanup if isinstance(test, type) else test.addCleanup
-    cleanup(shutil.rmtree, folder, ignore_errors=True)
+    at_end(test, shutil.rmtree, folder, True)
     return folder
 
 
 def keep_up(test, server):
     """Stops `server` at the end of the test or class."""
-    cleanup = test.addClassCleanup if isinstance(test, type) else test.addCleanup
-    cleanup(server.stop)
+    at_end(test, server.stop)
     return server
 
 
@@ -273,4 +278,5 @@ def wait_until(fact, timeout=30):
 def main():
     if not os.access(INSTALLER, os.X_OK):
         raise SystemExit(f"VELARIS_BIN is to name the folder of the programs; there is no {INSTALLER}")
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     unittest.main(verbosity=2)
