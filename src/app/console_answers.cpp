@@ -8,6 +8,7 @@
 
 #include "app/console_output.h"
 #include "app/dest.h"
+#include "app/progress_line.h"
 #include "engine/flow.h"
 #include "engine/front.h"
 #include "engine/stg.h"
@@ -61,7 +62,7 @@ static int ask_agreement() {
 static int ask_changed(const std::string& file, int removing) {
     const char* verb = removing ? "DELETE" : "OVERWRITE";
     std::fprintf(question_stream(), "%s\n%s\n%s\n",
-                 removing ? "I am about to DELETE:" : "I am about to install:", file.c_str(),
+                 removing ? "I am about to DELETE:" : "I am about to install:", printable(file).c_str(),
                  removing ? "because we no longer use this file, but it appears you have modified it. What to do?"
                           : "but it appears you have modified this file. What to do?");
     std::fprintf(question_stream(),

@@ -105,7 +105,7 @@ void console_sentence(const sentence& said) {
     }
     progress.clear();
     const char* escape = output.colour ? escape_of(said.colour) : nullptr;
-    std::printf("%s%s%s\n", escape ? escape : "", said.text.c_str(), escape ? "\033[0m" : "");
+    std::printf("%s%s%s\n", escape ? escape : "", printable(said.text).c_str(), escape ? "\033[0m" : "");
     std::fflush(stdout);
 }
 
@@ -174,7 +174,7 @@ void console_plan() {
         if (output.json)
             print_json(json_object("file").add("action", word).add("path", path).add("result", std::int64_t{0}));
         else
-            std::printf("%s %s\n", word, path.c_str());
+            std::printf("%s %s\n", word, printable(path).c_str());
     }
     std::fflush(stdout);
 }
@@ -242,7 +242,7 @@ void console_file(int action, const std::string& path, int result) {
 void console_alert(const exce_class& alert, const std::string& place, int) {
     progress.clear();
     for (const std::string* line : {&alert.line1, &alert.line2, &alert.line3, &alert.line4})
-        if (!line->empty()) std::fprintf(stderr, "%s\n", line->c_str());
+        if (!line->empty()) std::fprintf(stderr, "%s\n", printable(*line).c_str());
     std::fprintf(stderr, "%s\n", place.c_str());
     std::fflush(stderr);
     if (!output.json || output.ended) return;
@@ -255,7 +255,7 @@ void console_alert(const exce_class& alert, const std::string& place, int) {
 
 void console_problem(const std::string& text) {
     progress.clear();
-    std::fprintf(stderr, "%s\n", text.c_str());
+    std::fprintf(stderr, "%s\n", printable(text).c_str());
     std::fflush(stderr);
 }
 

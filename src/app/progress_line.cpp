@@ -21,6 +21,12 @@ std::string progress_line::bar(double share, int width) {
     return "[" + std::string(filled, '#') + std::string(static_cast<std::size_t>(width) - filled, '.') + "]";
 }
 
+std::string printable(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return (c & ~31) == 0 || c == 127; }, '?');
+    return text;
+}
+
 static bool continues_a_character(char c) {
     return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
@@ -41,8 +47,8 @@ std::string cut_middle(const std::string& text, int columns) {
 static std::string fit(const std::string& text, const std::string& item, int columns) {
     constexpr int shortest_item = 8;
     const int left = columns - static_cast<int>(text.size()) - 1;
-    if (item.empty() || left < shortest_item) return cut_middle(text, columns);
-    return text + " " + cut_middle(item, left);
+    if (item.empty() || left < shortest_item) return cut_middle(printable(text), columns);
+    return printable(text) + " " + cut_middle(printable(item), left);
 }
 
 void progress_line::draw(double share, const std::string& text, const std::string& item) {
@@ -53,7 +59,8 @@ void progress_line::draw(double share, const std::string& text, const std::strin
         std::fprintf(stream, "\r%s%s\033[K", head.c_str(), tail.c_str());
         drawn = true;
     } else {
-        std::fprintf(stream, "%d%% %s%s%s\n", percent, text.c_str(), item.empty() ? "" : " ", item.c_str());
+        std::fprintf(stream, "%d%% %s%s%s\n", percent, printable(text).c_str(), item.empty() ? "" : " ",
+                     printable(item).c_str());
     }
     std::fflush(stream);
 }

@@ -13,8 +13,8 @@ class colr_class {
     void pulse(double seconds);      // 78 to 83 and `blink`, once a frame
 
     float tint[3] = {1, 1, 1};
-    float blink = 1;                 // 0.4 to 1
-    unsigned char gamma[256];        // the identity
+    float blink = 1;           // 0.4 to 1
+    unsigned char gamma[256];  // the identity
 
   private:
     float table[colour_count][3];

@@ -79,6 +79,7 @@ TEST(Progress, ALongNameLosesItsMiddleAndNoHalfCharacter) {
     const std::string cut = cut_middle("\xc3\xa4\xc3\xa4\xc3\xa4\xc3\xa4\xc3\xa4\xc3\xa4\xc3\xa4", 5);
     EXPECT_EQ(cut, "\xc3\xa4...\xc3\xa4");
     EXPECT_EQ(cut_middle("abcdef", 0).size(), 3u);
+    EXPECT_EQ(printable("gr\xc3\xbc\x1b[31m\x7f\n"), "gr\xc3\xbc?[31m??");
     EXPECT_EQ(progress_line::bar(2.0, 4), "[####]");
     EXPECT_EQ(progress_line::bar(-1.0, 4), "[....]");
 }

@@ -2,7 +2,9 @@
 
 static alert_catcher* current = nullptr;
 
-static void keep(const exce_class& alert, const std::string&, int) { current->seen.push_back(alert); }
+static void keep(const exce_class& alert, const std::string&, int) {
+    current->seen.push_back(alert);
+}
 
 alert_catcher::alert_catcher() : before(alert_front) {
     current = this;

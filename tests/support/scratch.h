@@ -14,8 +14,8 @@ class scratch {
     std::string operator/(const std::string& name) const { return folder + name; }
     // Makes the folders on the way. Returns the full path.
     std::string write(const std::string& name, const std::string& bytes) const;
-    static std::string read(const std::string& full);   // empty when it cannot be read
-    static bool exists(const std::string& full);         // a link counts, wherever it points
+    static std::string read(const std::string& full);  // empty when it cannot be read
+    static bool exists(const std::string& full);       // a link counts, wherever it points
 
   private:
     std::string folder;
