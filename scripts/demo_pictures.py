@@ -6,6 +6,7 @@ import os
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 try:
@@ -25,7 +26,7 @@ class Display:
             return self
         reader, writer = os.pipe()
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x900x24", "-nolisten",
-                                        "tcp"], pass_fds=[writer], stderr=subprocess.DEVNULL)
+                                        "tcp", "-noreset"], pass_fds=[writer], stderr=subprocess.DEVNULL)
         os.close(writer)
         with os.fdopen(reader) as number:
             os.environ["DISPLAY"] = ":" + number.readline().strip()
@@ -71,24 +72,27 @@ def start(installer, *words):
     return subprocess.Popen([installer, *words], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
 
-def take_start_up(installer, destination, folder):
-    """Start-up takes a moment only, so the program is held and let go in turns until its screen is there."""
-    process = start(installer, "-path", destination, "--list_host=127.0.0.1:1")
-    try:
-        place = window_of(process)
-        for _ in range(2000):
-            process.send_signal(signal.SIGSTOP)
-            picture = grab(place)
-            if picture.getbbox() and is_start_up(picture):
-                save(picture, folder, "start-up")
-                return
-            process.send_signal(signal.SIGCONT)
-            time.sleep(0.001)
-        print("the start-up screen was too quick for a picture", file=sys.stderr)
-    finally:
-        process.send_signal(signal.SIGCONT)
-        process.terminate()
-        process.wait()
+def take_start_up(installer, folder):
+    """The start-up screen stands until the first frame. A folder dialog that nobody answers holds that off."""
+    with tempfile.TemporaryDirectory() as programs:
+        dialog = os.path.join(programs, "zenity")
+        with open(dialog, "w", encoding="utf-8") as script:
+            script.write("#!/bin/sh\nexec sleep 60\n")
+        os.chmod(dialog, 0o755)
+        process = subprocess.Popen([installer, "--list_host=127.0.0.1:1", "--pref:_always_ask_dir=1"],
+                                   env={**os.environ, "PATH": programs + ":" + os.environ["PATH"]},
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+        try:
+            place = window_of(process)
+            end = time.monotonic() + 20
+            while not is_start_up(picture := grab(place)):
+                if time.monotonic() > end:
+                    raise SystemExit("demo_pictures.py: the start-up screen did not appear")
+                time.sleep(0.05)
+            save(picture, folder, "start-up")
+        finally:
+            os.killpg(process.pid, signal.SIGKILL)
+            process.wait()
 
 
 def is_start_up(picture):
@@ -97,12 +101,20 @@ def is_start_up(picture):
     return abs(red - 51) < 6 and abs(green - 67) < 6 and abs(blue - 86) < 6 and max(picture.getpixel((40, 690))) < 60
 
 
-def take_main(installer, destination, list_host, folder, name, seconds):
+def take_main(installer, destination, list_host, folder, name):
+    """Once the screen has stood still for a second."""
     process = start(installer, "-path", destination, "--list_host=" + list_host)
     try:
         place = window_of(process)
-        time.sleep(seconds)
-        save(grab(place), folder, name)
+        end = time.monotonic() + 30
+        before = None
+        while time.monotonic() < end:
+            time.sleep(1)
+            picture = grab(place)
+            if picture == before:
+                break
+            before = picture
+        save(picture, folder, name)
     finally:
         process.terminate()
         process.wait()
@@ -112,9 +124,9 @@ def main():
     installer, list_host, destination, folder = sys.argv[1:]
     os.makedirs(folder, exist_ok=True)
     with Display():
-        take_start_up(installer, destination, folder)
-        take_main(installer, destination, "127.0.0.1:1", folder, "looking-for-servers", 1.5)
-        take_main(installer, destination, list_host, folder, "offer", 3)
+        take_start_up(installer, folder)
+        take_main(installer, destination, "127.0.0.1:1", folder, "looking-for-servers")
+        take_main(installer, destination, list_host, folder, "offer")
 
 
 if __name__ == "__main__":

@@ -85,13 +85,12 @@ after_pass streams_wait_for() {
 }
 
 after_pass work_on_files(run_t& run) {
-    const std::string failure_before = http.last_failure();
     flow_file_work_once();
     // The window smooths the share over its frames; a line of text shows it as it is.
     if (flow.tot_disk_req > 0) flow.totl_inst_rat = std::min(next.disk_kb / flow.tot_disk_req, 1.0f);
     if (stg.install_state == install_over) return after_pass::go_on;
     console_install_progress(false);
-    if (stg.down_failed && http.last_failure() != failure_before) say_failure(run);
+    if (stg.down_failed) say_failure(run);
     return streams_wait_for();
 }
 

@@ -1,6 +1,7 @@
 #include "app/window_screen.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "app/words.h"
 #include "engine/flow.h"
@@ -86,8 +87,9 @@ int interface_rect(float x, float y, float tex_x, float tex_y, float w, float h,
 
 int interface_icon(float x, float y, int index) {
     constexpr float cell = 64, lowest = 66;
-    return interface_rect(x, y, static_cast<float>(index % 8) * cell, static_cast<float>(index / 8) * cell + lowest,
-                          cell, cell, 0, tint_white);
+    const int column = index % 8, row = index / 8;
+    return interface_rect(x, y, static_cast<float>(column) * cell, static_cast<float>(row) * cell + lowest, cell, cell,
+                          0, tint_white);
 }
 
 void draw_background() {
@@ -111,6 +113,12 @@ void APP_update() {
 
 void dir_progress_bar(float lo, float value, float hi, int phase, const std::string& label, const std::string& item) {
     constexpr float dx = 512, dy = 138;
+    // A frame of a software renderer costs more than many a file; nobody sees more than so many in a second.
+    constexpr std::int64_t shortest_us = 33'000;
+    static std::int64_t last_shown = -shortest_us;
+    const std::int64_t now = xtim_class::microsecs();
+    if (now - last_shown < shortest_us) return;
+    last_shown = now;
     draw_background();
     const float x = (mnw.wind_dx - dx) / 2, y = (mnw.wind_dy - dy) / 2;
     BTN_frame2(box_picture, x + 20, y + 20, 472, 98, "");

@@ -42,7 +42,7 @@ void take_palette_from_atlas() {
     static constexpr int column = 319, top_row = 155, step = 8;
     int row = top_row;
     for (const int index : swatches) {
-        const unsigned char* pixel = scratch_array + (row * atlas_side + column) * 4;
+        const unsigned char* pixel = scratch_array + std::ptrdiff_t{row * atlas_side + column} * 4;
         const auto channel = [pixel](int i) { return static_cast<float>(pixel[i]) / 255; };
         colr.assign(index, channel(0), channel(1), channel(2));
         row -= step;

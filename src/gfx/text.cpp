@@ -181,7 +181,8 @@ void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, 
     const auto byte = static_cast<unsigned char>(code);
     const int columns = charset == charset_table ? table_columns : grid_columns;
     const int cell = charset == charset_table ? byte : cells.of[byte];
-    const float s1 = s + static_cast<float>(cell % columns) * dx, t1 = t + static_cast<float>(cell / columns) * dy;
+    const int column = cell % columns, row = cell / columns;
+    const float s1 = s + static_cast<float>(column) * dx, t1 = t + static_cast<float>(row) * dy;
     const float s2 = (s1 + dx) / atlas_side, t2 = (t1 + dy) / atlas_side;
     const float scale = std::max(1.0f, mnw.scale);
     const float left = std::trunc(x), bottom = std::trunc(y) - 4;

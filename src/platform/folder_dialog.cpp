@@ -12,8 +12,6 @@
 #include <cstdlib>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 bool is_installed(const char* program) {
@@ -40,6 +38,7 @@ int start_helper(const std::vector<std::string>& command, pid_t& child) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return -1;
     std::vector<char*> words;
+    words.reserve(command.size() + 1);
     for (const std::string& word : command)
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);

@@ -144,7 +144,8 @@ void update_application() {
 
 void draw_help(const std::string& text) {
     constexpr float width = 400, margin = 10;
-    const float height = std::clamp(static_cast<float>(text.size() / 50) * line_height + 20.0f, 60.0f, 300.0f);
+    const std::size_t lines = text.size() / 50;
+    const float height = std::clamp(static_cast<float>(lines) * line_height + 20.0f, 60.0f, 300.0f);
     const float left = 10 - mnw.wind_x, top = static_cast<float>(mnw.screen_dy) / mnw.scale - mnw.wind_y - 20;
     const float x = std::max(mnw.mouse_x - width - 15, left + margin);
     const float y = std::min(mnw.mouse_y + 15, top - height - margin);

@@ -26,7 +26,8 @@ class WindowTest(unittest.TestCase):
 
     def open_display(self):
         reader, writer = os.pipe()
-        server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x900x24", "-nolisten", "tcp"],
+        server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x900x24", "-nolisten", "tcp",
+                                   "-noreset"],
                                   pass_fds=[writer], stderr=subprocess.DEVNULL)
         self.addCleanup(server.wait)
         self.addCleanup(server.terminate)
