@@ -26,7 +26,12 @@ static int wrong_usage(const std::string& problem) {
 
 static int ask_for_folder(const std::string& message, const std::string&, const std::string& start,
                           std::string& chosen) {
-    return run_folder_dialog(message, start, chosen, nullptr) == folder_dialog_result::chosen;
+    const folder_dialog_result result = run_folder_dialog(message, start, chosen, nullptr);
+    if (result == folder_dialog_result::no_helper)
+        __MACIBM_alert(0, "There is no folder dialog on this system!",
+                       "Install zenity or kdialog, or name the folder when you start the program:",
+                       "velaris-installer -path FOLDER", "", t_alert, OOPS_PLACE);
+    return result == folder_dialog_result::chosen;
 }
 
 int window_main(int argc, char* const* argv) {

@@ -98,7 +98,7 @@ void down_class::build_request(const char* path, bool post, const header_map& re
     }
     text += " HTTP/1.1\r\n";
     for (const auto& [key, value] : request)
-        text += key + ": " + value + "\r\n";
+        text.append(key).append(": ").append(value).append("\r\n");
     if (body) text += "Content-Length: " + std::to_string(body_len) + "\r\n";
     text += "\r\n";
     out_buf.assign(text.begin(), text.end());

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 #include "gfx/colr.h"
@@ -28,8 +29,8 @@ TEST(builtin, pictures_are_those_of_the_art_and_leave_the_atlas_with_its_colours
     take_palette_from_atlas();
     const auto colour = [](int index) {
         const float* c = colr.rgb(index);
-        return rgb{static_cast<int>(c[0] * 255 + 0.5f), static_cast<int>(c[1] * 255 + 0.5f),
-                   static_cast<int>(c[2] * 255 + 0.5f)};
+        const auto byte = [](float share) { return static_cast<int>(std::lround(share * 255)); };
+        return rgb{byte(c[0]), byte(c[1]), byte(c[2])};
     };
     EXPECT_EQ(colour(34), (rgb{51, 67, 86}));
     EXPECT_EQ(colour(35), (rgb{78, 78, 73}));

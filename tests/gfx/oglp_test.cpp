@@ -116,9 +116,8 @@ TEST(oglp, colours_follow_one_rule) {
     colr.assign(46, 0, 0, 0);
     EXPECT_EQ(colour_of(46, 1)[1], 0.01f);
 
-    int swaps = 0;
-    static int* counted = &swaps;
-    OGL_swap = [] { ++*counted; };
+    static int swaps = 0;
+    OGL_swap = [] { ++swaps; };
     ren.alpha_scale = 0.25f;
     OGL_sbuff();
     EXPECT_EQ(gl_calls.colour, (std::vector<float>{0, 1, 0, 0.25f}));

@@ -27,7 +27,7 @@ static std::string printed(const std::vector<std::string>& words) {
     } catch (const left& end) {
         status = end.status;
     }
-    const std::string text = testing::internal::GetCapturedStdout();
+    std::string text = testing::internal::GetCapturedStdout();
     EXPECT_EQ(status, 0);
     return text;
 }

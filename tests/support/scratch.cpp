@@ -20,7 +20,7 @@ scratch::~scratch() {
 }
 
 std::string scratch::write(const std::string& name, const std::string& bytes) const {
-    const std::string full = folder + name;
+    std::string full = folder + name;
     fs::create_directories(fs::path(full).parent_path());
     std::ofstream out(full, std::ios::binary | std::ios::trunc);
     out << bytes;
