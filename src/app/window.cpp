@@ -7,12 +7,13 @@
 #include "app/dest.h"
 #include "app/pref.h"
 #include "app/start.h"
+#include "app/window_folder.h"
+#include "app/window_questions.h"
 #include "app/window_screen.h"
 #include "engine/flow.h"
 #include "engine/front.h"
 #include "engine/stg.h"
 #include "files/scan.h"
-#include "platform/folder_dialog.h"
 #include "runtime/cmdline.h"
 #include "runtime/oops.h"
 #include "shell/pump.h"
@@ -24,14 +25,9 @@ static int wrong_usage(const std::string& problem) {
     return 2;
 }
 
-static int ask_for_folder(const std::string& message, const std::string&, const std::string& start,
-                          std::string& chosen) {
-    const folder_dialog_result result = run_folder_dialog(message, start, chosen, nullptr);
-    if (result == folder_dialog_result::no_helper)
-        __MACIBM_alert(0, "There is no folder dialog on this system!",
-                       "Install zenity or kdialog, or name the folder when you start the program:",
-                       "velaris-installer -path FOLDER", "", t_alert, OOPS_PLACE);
-    return result == folder_dialog_result::chosen;
+static void tell_busy() {
+    __MACIBM_alert(0, "Another copy of this program is at work on this folder:", dest_dir_path, "Nothing was changed.",
+                   "Try again when it has ended.", t_alert, OOPS_PLACE);
 }
 
 int window_main(int argc, char* const* argv) {
@@ -39,8 +35,11 @@ int window_main(int argc, char* const* argv) {
     alert_front.save_settings = [] { pref.IO_set(pref_installer, scan_write); };
     shell_hooks.update = APP_update;
     MACIBM_init(argc, argv);
-    choose_folder = ask_for_folder;
+    choose_folder = choose_folder_in_window;
+    front.handle_EULA = handle_EULA;
+    front.select_alert = select_alert;
     front.dir_progress_bar = dir_progress_bar;
+    front.destination_busy = tell_busy;
 
     std::string list_host, problem;
     int target_os = platform_os;

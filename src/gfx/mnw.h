@@ -13,6 +13,7 @@ struct mnw_t {
     float scale = 1.0f;  // pixels for one unit
     int lang = 0;        // 0 English; see MACIBM_setupforlang
     int keylist_up = 0, prefs_found = 0;
+    int keys_off = 0;     // keys run no commands, except for Return
     int tex_quality = 5;  // 0 to 5: 1/32 to full resolution
 
     // The logical window.

@@ -25,6 +25,7 @@ enum : int {
 };
 // Calls OpenGL only for what differs from the last call. Nothing else may switch these states.
 void OGL_setstate(int fog, int tex_units, int lit, int alpha, int depth_read, int depth_write);
+void OGL_recover();       // to a state in which a screen can be drawn, from the middle of any drawing: an alert came up
 void OGL_forget_state();  // the context is a new one: the cache is read again at the next call
 
 struct ren_t {

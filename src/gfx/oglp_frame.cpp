@@ -6,6 +6,7 @@
 #include <string>
 
 #include "files/io_utils.h"
+#include "gfx/glext.h"
 #include "gfx/oglp.h"
 #include "gfx/tex.h"
 #include "gfx/tman.h"
@@ -50,6 +51,26 @@ void OGL_pix_specs(int) {
     mnw.wind_x = static_cast<float>(std::max(0, (mnw.screen_dx - design_dx) / 2));
     mnw.wind_y = static_cast<float>(std::max(0, mnw.screen_dy - design_dy));
     OGL_viewport(2);
+}
+
+static void unbind(const char* entry_point, GLenum target) {
+    typedef void (*binder)(GLenum, GLuint);
+    const auto bind = reinterpret_cast<binder>(glExt.entry_point(entry_point));
+    if (bind) bind(target, 0);
+}
+
+void OGL_recover() {
+    glEnd();
+    glEndList();
+    constexpr int errors_dropped = 30;  // and no loop until there is none: a lost context reports them without end
+    for (int i = 0; i < errors_dropped; ++i)
+        glGetError();
+    OGL_nrml_colors();
+    if (glExt.vbo_avail) unbind("glBindBufferARB", GL_ARRAY_BUFFER);
+    if (glExt.framebuf_avail) unbind("glBindFramebufferEXT", GL_FRAMEBUFFER);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    OGL_scissors_end();
+    OGL_forget_state();
 }
 
 void OGL_plot_back_col() {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
@@ -233,6 +234,53 @@ void OGL_boxed_string(int color, float x, float y, const std::string& text, floa
     OGL_string(color, x, y, text, wrap_width, charset, align);
 }
 
+// Breaks words that OGL_string would let run over the edge.
+static std::string break_wide_words(const std::string& text, float width) {
+    std::string broken;
+    float pen = 0;  // since the last place where a line may end
+    for (const char c : text) {
+        const float advance = advance_of(c, 0);
+        if (pen + advance > width) {
+            broken += '\n';
+            pen = 0;
+        }
+        broken += c;
+        pen = may_break_behind(c) || c == '\n' ? 0 : pen + advance;
+    }
+    return broken;
+}
+
+static int line_count(const std::string& text, float width) {
+    int lines = 0;
+    for_each_line(0, text, width, 0, [&](float, std::string_view) { ++lines; });
+    return lines;
+}
+
+std::string fit_text(const std::string& text, float wrap_width, int max_lines) {
+    const auto fits = [&](const std::string& shown) {
+        if (max_lines == 1) return text_width(shown) <= wrap_width;
+        return line_count(shown, wrap_width) <= max_lines;
+    };
+    const auto broken = [&](const std::string& shown) {
+        return max_lines == 1 ? shown : break_wide_words(shown, wrap_width);
+    };
+    std::string shown = broken(text);
+    if (fits(shown)) return shown;
+    // The longest that fits, by halving: texts may be thousands of bytes long, and this runs in every frame.
+    std::size_t fitting = 0, too_long = text.size();
+    while (too_long - fitting > 1) {
+        const std::size_t kept = (fitting + too_long) / 2;
+        std::string tried = broken(text.substr(0, kept / 2) + "..." + text.substr(text.size() - (kept - kept / 2)));
+        if (fits(tried)) {
+            fitting = kept;
+            shown = std::move(tried);
+        } else {
+            too_long = kept;
+        }
+    }
+    return fitting ? shown : "...";
+}
+
 std::string latin1_of_path(const std::string& path) {
     std::string shown;
     for (std::size_t i = 0; i < path.size();) {
@@ -240,12 +288,13 @@ std::string latin1_of_path(const std::string& path) {
         const std::size_t first = i;
         while (i < path.size() && (static_cast<unsigned char>(path[i]) & 0xC0) == 0x80 && lead >= 0xC0)
             ++i;
+        unsigned char code = 0;
         if (lead < 0x80)
-            shown += static_cast<char>(lead);
+            code = lead;
         else if ((lead == 0xC2 || lead == 0xC3) && i == first + 1)
-            shown += static_cast<char>((lead & 3) << 6 | (path[first] & 0x3F));
-        else
-            shown += '?';
+            code = static_cast<unsigned char>((lead & 3) << 6 | (path[first] & 0x3F));
+        // What has no glyph would vanish, and a line end in a name would break the line.
+        shown += char_width(code) > 0 ? static_cast<char>(code) : '?';
     }
     return shown;
 }

@@ -25,5 +25,9 @@ void OGL_number(int color, float x, float y, float value, int digits, int decima
 void OGL_gray_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align);
 void OGL_boxed_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align);
 
+// The text made to fit `max_lines` lines of OGL_string at that wrap width: words that are wider than a line are broken, and
+// what is still too long loses its middle. Names and paths come from outside and may be of any length.
+std::string fit_text(const std::string& text, float wrap_width, int max_lines);
+
 // Paths are UTF-8 on disk; shown text is Latin-1, with "?" for what does not fit.
 std::string latin1_of_path(const std::string& path);

@@ -66,20 +66,20 @@ int start_helper(const std::vector<std::string>& command, pid_t& child) {
     return -1;
 }
 
-std::string read_all(int fd, void (*keep_alive)()) {
+// False when the program wants the dialog gone.
+bool read_all(int fd, bool (*keep_open)(), std::string& text) {
     constexpr int frame_ms = 50;
-    std::string text;
     for (;;) {
         pollfd waiting = {fd, POLLIN, 0};
         const int ready = poll(&waiting, 1, frame_ms);
-        if (ready == 0 && keep_alive) keep_alive();
+        if (ready == 0 && keep_open && !keep_open()) return false;
         if (ready <= 0) {
-            if (ready < 0 && errno != EINTR) return text;
+            if (ready < 0 && errno != EINTR) return true;
             continue;
         }
         char block[512];
         const ssize_t n = read(fd, block, sizeof block);
-        if (n <= 0) return text;
+        if (n <= 0) return true;
         text.append(block, static_cast<std::size_t>(n));
     }
 }
@@ -98,13 +98,14 @@ bool folder_dialog_available() {
 }
 
 folder_dialog_result run_folder_dialog(const std::string& title, const std::string& start, std::string& chosen,
-                                       void (*keep_alive)()) {
+                                       bool (*keep_open)()) {
     const std::vector<std::string> command = dialog_command(title, start);
     if (command.empty()) return folder_dialog_result::no_helper;
     pid_t child = 0;
     const int fd = start_helper(command, child);
     if (fd < 0) return folder_dialog_result::cancelled;
-    std::string answer = read_all(fd, keep_alive);
+    std::string answer;
+    if (!read_all(fd, keep_open, answer)) kill(child, SIGTERM);
     close(fd);
     if (!ended_well(child)) return folder_dialog_result::cancelled;
     if (!answer.empty() && answer.back() == '\n') answer.pop_back();

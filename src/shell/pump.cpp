@@ -14,18 +14,19 @@
 #include "runtime/thread.h"
 #include "runtime/xtim.h"
 #include "shell/shell.h"
+#include "ui/focus.h"
 #include "ui/frames.h"
-
-int return_hit = 0, escape_hit = 0, delete_hit = 0;
+#include "ui/keys.h"
+#include "ui/menu.h"
 
 namespace {
 
-constexpr int alert_window = 995, first_special_window = 993, last_special_window = 999;
 constexpr int tick_ms = 17, alert_wait_ms = 167;  // one and ten ticks of a sixtieth of a second
 constexpr float click_seconds = 0.25f;
 constexpr float help_after_seconds = 1, hide_after_seconds = 10;
 
 bool quit_wanted = false;
+int windows_opened = 0;
 bool in_update = false;  // a modal loop inside the application's update pumps frames of its own
 
 // Logical windows that are smaller than the canvas; all of them are modal.
@@ -34,17 +35,25 @@ const struct {
     const char* title;  // null: as it stands in stls
     float dx, dy;
 } windows[] = {
-    {1, "EULA", 500, 300},    {2, "Prefs", 600, 380},   {993, "Livery", 561, 474},
-    {994, nullptr, 600, 300}, {995, nullptr, 420, 250}, {996, nullptr, 300, 166},
-    {997, nullptr, 700, 146}, {998, nullptr, 561, 474}, {999, nullptr, 330, 474},
+    {wind_agreement, "EULA", 500, 300},
+    {wind_prefs, "Prefs", 600, 380},
+    {wind_folder, nullptr, 600, 460},
+    {wind_folder_wait, nullptr, 420, 120},
+    {993, "Livery", 561, 474},
+    {994, nullptr, 600, 300},
+    {wind_alert, nullptr, 420, 250},
+    {996, nullptr, 300, 166},
+    {wind_changed_file, nullptr, 700, 146},
+    {998, nullptr, 561, 474},
+    {999, nullptr, 330, 474},
 };
 
 bool is_special(int number) {
-    return number >= first_special_window && number <= last_special_window;
+    return number >= wind_first_special && number <= wind_last_special;
 }
 
 int wait_ms() {
-    if (mnw.wind_id == alert_window) return alert_wait_ms;
+    if (mnw.wind_id == wind_alert) return alert_wait_ms;
     return stg.use_max_cpu ? 0 : tick_ms;
 }
 
@@ -54,24 +63,22 @@ void set_mouse(int x, int y) {
     mnw.mouse_y = static_cast<float>(mnw.screen_dy - y) / mnw.scale - mnw.wind_y;
 }
 
-void handle_key(const display_event& event) {
-    const bool down = event.kind != display_event_kind::key_up;
-    mnw.key_held = down;
-    if (!down) return;
-    mnw.key_event = 1;
-    if (event.vkey == 13 || event.vkey == 187) return_hit = 1;
-    if (event.vkey == 27) escape_hit = 1;
-    if (event.vkey == 8 || event.character == '.') delete_hit = 1;
-    if (event.character) mnw.key_char = event.character;
-    if (return_hit && mnw.wind_id != 0) MACIBM_handleclick(1);
+void handle_key(const display_event& event, int event_kind) {
+    mnw.key_held = event_kind != key_kind_up;
+    mnw.key_event |= mnw.key_held;
+    keys.handle_key_raw(event_kind, event.vkey, event.character, event.shift, event.alt, event.control);
 }
 
 void handle_event(const display_event& event) {
     switch (event.kind) {
         case display_event_kind::key_down:
+            handle_key(event, key_kind_down);
+            break;
         case display_event_kind::key_up:
+            handle_key(event, key_kind_up);
+            break;
         case display_event_kind::key_repeat:
-            handle_key(event);
+            handle_key(event, key_kind_repeat);
             break;
         case display_event_kind::mouse_down:
             set_mouse(event.x, event.y);
@@ -127,11 +134,11 @@ void update_clock() {
     xtim.xtim_update(mnw.wind_id);
     colr.pulse(static_cast<double>(xtim.real_time));
     update_mouse_timing();
-    mnw.cursor_code = 0;
+    if (mnw.mouse_down) BTN_unfocus_any();  // a field under the mouse takes the keyboard back when it is drawn
 }
 
 void take_quit() {
-    if (quit_wanted && mnw.modal_wind && mnw.wind_id != alert_window) MACIBM_startwind(0, 0);
+    if (quit_wanted && mnw.modal_wind && mnw.wind_id != wind_alert) MACIBM_startwind(wind_main, 0);
 }
 
 void update_application() {
@@ -168,6 +175,10 @@ void draw_cursor(int code) {
 
 }  // namespace
 
+int MACIBM_windows_opened() {
+    return windows_opened;
+}
+
 int quit_requested() {
     return quit_wanted;
 }
@@ -182,6 +193,7 @@ void mouse_help_per_wind(int number) {
 }
 
 void MACIBM_startwind(int number, int) {
+    ++windows_opened;
     plot_init_lights = 1;
     mouse_help_per_wind(number);
     OGL_viewport(2);
@@ -195,7 +207,8 @@ void MACIBM_startwind(int number, int) {
         mnw.wind_dy = window.dy;
         mnw.modal_wind = 1;
     }
-    mnw.menu_open = -1;
+    BTN_unfocus_any();
+    close_popup();
     mnw.wind_id = mnw.wind_req = number;
     const auto centred = [](int surface, float size) {
         return std::max(std::round((static_cast<float>(surface) - mnw.scale * size) / 2) / mnw.scale, 0.0f);
@@ -206,32 +219,46 @@ void MACIBM_startwind(int number, int) {
     mnw.mouse_held = mnw.mouse_down = mnw.key_held = 0;
 }
 
-void MACIBM_handleclick(int force) {
-    if (mnw.wind_id <= 0 || (mnw.wind_id >= alert_window && mnw.wind_id <= last_special_window)) return;
+static bool in_closing_corner() {
     const bool near_side = mnw.mouse_x < 25 || mnw.mouse_x > mnw.wind_dx - 25;
     const bool in_window = mnw.mouse_x >= 0 && mnw.mouse_x <= mnw.wind_dx && mnw.mouse_y <= mnw.wind_dy;
-    const bool in_corner = in_window && near_side && mnw.mouse_y > mnw.wind_dy - 20;
-    if (!in_corner && !force) return;
+    return in_window && near_side && mnw.mouse_y > mnw.wind_dy - 20;
+}
+
+static void close_window() {
+    MACIBM_handleclick(1);
+}
+
+void MACIBM_handleclick(int force) {
+    if (!force && click_in_menu()) return;
+    if (mnw.wind_id <= wind_main || (mnw.wind_id >= wind_alert && mnw.wind_id <= wind_last_special)) return;
+    if (force && mnw.wind_id == wind_folder) return;  // there Return opens the folder that was typed
+    if (!force && !in_closing_corner()) return;
     BTN_zap_boxes(1);
     OGL_sbuff();
     return_hit = 0;
-    MACIBM_startwind(0, 0);
+    MACIBM_startwind(wind_main, 0);
 }
 
 void MACIBM_event_proc() {
     return_hit = escape_hit = delete_hit = 0;
     mnw.mouse_down = mnw.mouse_up = mnw.key_event = 0;
     xtim.profile_chart("init", 0);
-    if (mnw.wind_id == -1) MACIBM_startwind(0, 0);
+    close_open_window = close_window;
+    if (mnw.wind_id == -1) MACIBM_startwind(wind_main, 0);
     xtim.profile_chart("startwin", 0);
     take_events();
     take_quit();
     xtim.profile_chart("event", 0);
-    if (mnw.wind_id == 0) THREAD_check_exception(1);
+    if (mnw.wind_id == wind_main) THREAD_check_exception(1);
     update_clock();
+    keys.run_repeat_keys();
+    mnw.cursor_code = 0;
     xtim.profile_chart("netlist", 0);
+    BTN_begin_focus_ring();
     update_application();
     mouse_help_per_wind(mnw.wind_id);
+    standard_gui();
     xtim.profile_chart("menu", 0);
     OGL_sbuff();
     xtim.profile_chart("sbuff", 1);

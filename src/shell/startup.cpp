@@ -6,13 +6,17 @@
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "platform/display.h"
+#include "runtime/debug.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
 #include "runtime/startup.h"
 #include "runtime/thread.h"
+#include "shell/alert_screen.h"
 #include "shell/pump.h"
 #include "shell/shell.h"
 #include "ui/frames.h"
+#include "ui/keys.h"
+#include "ui/menu.h"
 
 shell_hooks_t shell_hooks;
 int ogl_inited = 0;
@@ -37,12 +41,14 @@ static void cannot_draw() {
 }
 
 static void close_display(int save) {
+    if (save) keys.keys_io(1);
     if (save) MACIBM_setres(0);
     ogl_inited = 0;
     MACIBM_nuke_context(0);
 }
 
 void MACIBM_init(int argc, char* const* argv) {
+    UTL_debug_init();
     alert_front.native = native_alert;
     alert_front.close_display = close_display;
     const bool has_display = display_start();
@@ -58,9 +64,13 @@ void MACIBM_init(int argc, char* const* argv) {
     recall_ins_texes();
     take_palette_from_atlas();
 
+    keys.keys_io(0);
+    MACIBM_clear_menus(1);
+    menu_chosen = shell_hooks.handle_menu;
     MACIBM_startwind(-1, 0);
     OGL_pix_specs(0);
     ogl_inited = 1;
+    alert_front.show = alert_screen_show;
     MACIBM_setupforlang();
     MACIBM_show_init("Will init plugins.", nullptr);
     MACIBM_show_init("Starting application.", nullptr);

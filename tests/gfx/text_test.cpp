@@ -199,10 +199,28 @@ TEST(text, numbers_read_as_text_elsewhere) {
     EXPECT_EQ(number(3e12f, 5, 0), "3.00x0") << "an exponent past 9 has no digit";
 }
 
+TEST(text, what_is_too_long_is_broken_and_then_loses_its_middle) {
+    EXPECT_EQ(fit_text("short", 100, 1), "short");
+    const std::string path = "/home/" + std::string(300, 'a') + "/end.txt";
+    const std::string one_line = fit_text(path, 200, 1);
+    EXPECT_LE(text_width(one_line), 200);
+    EXPECT_GT(text_width(one_line), 180) << "more could be shown";
+    EXPECT_EQ(one_line.substr(0, 6), "/home/");
+    EXPECT_EQ(one_line.substr(one_line.size() - 4), ".txt");
+    EXPECT_EQ(fit_text("WWWW", 5, 1), "...");
+    // A word that is wider than the line, in four lines and in none too few.
+    const std::string broken = fit_text(std::string(60, 'a'), 100, 4);
+    EXPECT_EQ(std::count(broken.begin(), broken.end(), '\n'), 3);
+    const std::string cut = fit_text(std::string(5000, 'a'), 100, 4);
+    EXPECT_EQ(std::count(cut.begin(), cut.end(), '\n'), 3);
+    EXPECT_EQ(std::count(cut.begin(), cut.end(), '.'), 3);
+}
+
 TEST(text, paths_are_shown_in_latin_1_and_broken_ones_do_not_overrun) {
     EXPECT_EQ(latin1_of_path("/home/jos\xC3\xA9/x"), "/home/jos\xE9/x");
     EXPECT_EQ(latin1_of_path("\xE2\x82\xAC \xF0\x9F\x98\x80 \xC4\x80"), "? ? ?");
     EXPECT_EQ(latin1_of_path("a\x80\xC3"), "a??");
+    EXPECT_EQ(latin1_of_path("\xC3\xBC\n~"), "???") << "what has no glyph would vanish";
     EXPECT_EQ(latin1_of_path("\xC3"
                              "b\xE2\x82"),
               "?b?");

@@ -1,86 +1,15 @@
 // Start-up and the frame, on a real display with real mouse and key events.
-#include <gtest/gtest.h>
+#include "shell/pump.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <string>
 
-#include "gfx/gl_window.h"
-#include "gfx/mnw.h"
-#include "gfx/oglp.h"
-#include "gfx/tex.h"
-#include "platform/display.h"
-#include "runtime/oops.h"
 #include "runtime/xtim.h"
-#include "shell/pump.h"
-#include "shell/shell.h"
-#include "support/scratch.h"
+#include "shell/shell_window.h"
 #include "ui/frames.h"
+#include "ui/keys.h"
 
 namespace {
-
-std::function<void()> on_update;
-picture last_frame(1024, 768);
-
-// The frame as it is shown: what stands in the back buffer after a swap is anybody's guess.
-void swap_and_keep() {
-    OGL_screenshot(0);
-    std::copy_n(scratch_array, last_frame.bytes.size(), last_frame.bytes.begin());
-    display_swap();
-}
-
-class Shell : public ::testing::Test {
-  protected:
-    Shell() {
-        need_test_display();
-        setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
-        on_update = nullptr;
-        shell_hooks.update = [] {
-            if (on_update) on_update();
-        };
-        char name[] = "velaris-installer";
-        char* argv[] = {name, nullptr};
-        MACIBM_init(1, argv);
-        OGL_swap = swap_and_keep;
-        MACIBM_event_proc();
-    }
-    ~Shell() override { MACIBM_finishup(1); }
-
-    // xdotool answers when the display has taken the event.
-    static void desktop(const std::string& what) {
-        ASSERT_EQ(std::system(("xdotool " + what + " >/dev/null 2>&1").c_str()), 0) << what;
-    }
-    void move_mouse(int x, int y) {
-        int left = 0, top = 0;
-        find_window(left, top);
-        desktop("mousemove " + std::to_string(left + x) + " " + std::to_string(top + y));
-    }
-    static void find_window(int& left, int& top) {
-        FILE* out = popen("xdotool search --onlyvisible --name 'Velaris Installer' getwindowgeometry --shell", "r");
-        char line[100];
-        while (fgets(line, sizeof line, out)) {
-            std::sscanf(line, "X=%d", &left);
-            std::sscanf(line, "Y=%d", &top);
-        }
-        pclose(out);
-    }
-    // Frames until `there` holds; false after five seconds.
-    static bool frames_until(const std::function<bool()>& there) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-        while (std::chrono::steady_clock::now() < end) {
-            MACIBM_event_proc();
-            if (there()) return true;
-        }
-        return false;
-    }
-
-    scratch home;
-};
 
 TEST_F(Shell, StartUpShowsItsPanelAndABarThatGrows) {
     const float half = 0.5f;

@@ -1,0 +1,50 @@
+// focus.h: the keyboard's way to a widget. The ring is built anew in every frame by the widgets that are drawn; the key
+// that comes before the next frame goes to the ring of the last one. A widget's identity is the place where it stands.
+// Queues belong to a widget function, not to an instance: every entry carries the identity that it is meant for, and an
+// instance takes its own at its next draw.
+// Threads: main thread only.
+#pragma once
+
+#include <vector>
+
+// Kinds of keys that a widget takes; an unwanted key goes on to the key commands.
+enum : int {
+    accept_tab = 1,
+    accept_return = 2,
+    accept_delete = 4,  // and Backspace
+    accept_escape = 8,
+    accept_moves = 16,  // arrows, page keys, Home, End
+    accept_letters = 32,
+    accept_digits = 64,
+    accept_signs = 128,  // + and -
+    accept_printable = 256,
+    accept_others = 512
+};
+enum : int { key_shift = 1, key_alt = 2, key_control = 4, key_goes_down = 8, key_goes_up = 16 };  // flag word of a key
+
+constexpr int focus_queue_length = 64;
+
+struct focus_info_t {
+    int id;
+    int *chars, *vkeys, *flags, *ids;  // the queue of the widget's function, not owned
+    int* count;
+    int capacity;
+    int accept;
+};
+extern std::vector<focus_info_t> focus_ring;
+extern int focus_id;    // the widget that has the keyboard, 0 for none
+extern int wind_focus;  // the window keeps the keyboard for itself
+
+inline int widget_id(float x, float y) {
+    return static_cast<int>(y) + (static_cast<int>(x) << 13);
+}
+
+void BTN_begin_focus_ring();  // start of a frame
+// Joins the ring; `take` asks for the keyboard. 1 if the widget has it.
+int BTN_register_focus(int id, int* chars, int* vkeys, int* flags, int* ids, int* count, int capacity, int accept,
+                       int take);
+int BTN_dispatch_to_focus(int c, int vkey, int flags);  // 1 if the key was used
+void BTN_unfocus_any();
+void BTN_focus_any();  // the first of the ring
+void BTN_window_has_focus();
+int BTN_no_focus_yet();

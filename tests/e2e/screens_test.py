@@ -1,0 +1,315 @@
+"""The whole program by mouse and keyboard, in a real window against real servers; judged by the disk, the log and pixels."""
+import fcntl
+import os
+import subprocess
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import desktop
+import folders
+import installer
+import release
+import servers
+
+INSTALL, QUIT, DESTINATION, PREFERENCES, PATH_FIELD = (490, 89), (985, 89), (70, 89), (50, 750), (300, 89)
+HEADER, STATUS = (150, 605, 900, 625), (140, 34, 1010, 66)      # left, bottom, right, top
+SCREENS = {"agreement": (500, 300), "preferences": (600, 380), "alert": (420, 250), "changed file": (700, 146),
+           "folder": (600, 460)}
+CHANGED = "Aircraft/Heron/notes.txt"
+DROPPED = "Aircraft/Heron/old.txt"
+HEAVY = "Resources/scenery.bin"
+
+
+def first():
+    tree = release.landmarks()
+    tree.add("All/" + CHANGED, "notes one\n").add("All/Aircraft/Heron/plan.txt", "plan one\n")
+    tree.add("All/" + DROPPED, "gone soon\n").add("All/Weapons/rocket.wpn", "rocket\n")
+    return tree.add("All/" + HEAVY, release.noise(300_000, "one"))
+
+
+def second():
+    tree = first().remove("All/" + DROPPED).add("All/Instructions/news.txt", "read this\n")
+    tree.add("All/" + CHANGED, "notes two\n").add("All/Aircraft/Heron/plan.txt", "plan two\n")
+    return tree.add("All/" + HEAVY, release.noise(300_000, "two"))
+
+
+def at(screen, x, y):
+    """A place of a window of the program's own, on the canvas."""
+    width, height = SCREENS[screen]
+    return (desktop.WIDTH - width) // 2 + x, (desktop.HEIGHT - height) // 2 + y
+
+
+AGREE, REFUSE = at("agreement", 430, 21), at("agreement", 342, 21)
+ANSWERS = {1: (96, 53), 2: (96, 28), 4: (308, 53), 5: (308, 28), 3: (584, 28)}
+
+
+class ScreensTest(installer.Scene):
+    @classmethod
+    def setUpClass(cls):
+        cls.publisher, (cls.old, cls.new) = installer.publish(
+            cls, (first(), "Velaris 9.00 Beta-18", 90018), (second(), "Velaris 9.00 Beta-19", 90019))
+        cls.server = installer.nginx_for(cls, cls.publisher, cls.new)
+        cls.display = installer.keep_up(cls, desktop.Display())
+
+    def setUp(self):
+        super().setUp()
+        self.host = self.server.address
+
+    def open(self, *options, dest=None, **environment):
+        """Starts the installer in its window, up to the main screen."""
+        where = [] if dest is False else ["-path", dest or self.dest]
+        program = subprocess.Popen(
+            [self.desk.program, *where, f"--list_host={self.host}", "--pref:_log_actions=1", *options], cwd=self.folder,
+            env={**self.desk.environment(DISPLAY=self.display.name), **environment}, stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, preexec_fn=servers.end_with_parent)
+        installer.at_end(self, installer.put_down, program)
+        window = desktop.Window(self.display, program)
+        self.assertTrue(window.wait_for("main"), "no main screen")
+        return window
+
+    def offer(self, *options, **how):
+        """... up to the offer: INSTALL is live."""
+        window = self.open(*options, **how)
+        self.assertTrue(desktop.until(lambda: self.install_is_live(window)), "INSTALL never became live")
+        return window
+
+    def install_is_live(self, window):
+        red, green, _ = window.pixel(455, 82)
+        return window.screen() == "main" and green > red + 10
+
+    def assert_shows(self, window, screen):
+        self.assertTrue(window.wait_for(screen), f"{screen} wanted, {window.screen()} seen")
+
+    def has_colour(self, window, area, colour):
+        left, bottom, right, top = area
+        picture = window.grab().crop((left, desktop.HEIGHT - top, right, desktop.HEIGHT - bottom))
+        return any(all(abs(have - want) < 25 for have, want in zip(pixel, colour))
+                   for _, pixel in picture.getcolors(picture.width * picture.height))
+
+    def complete(self, window):
+        """INSTALLATION COMPLETE!, in green."""
+        return window.screen() == "main" and self.has_colour(window, HEADER, (0, 102, 0))
+
+    def assert_completes(self, window):
+        self.assertTrue(desktop.until(lambda: self.complete(window)), "no end of the install")
+
+    def quit(self, window):
+        window.click(*QUIT)
+        self.assertEqual(window.process.wait(30), 0)
+        self.assertEqual(os.listdir(self.desk.tmp), [])
+
+    def test_a_new_copy_by_clicks_refused_first(self):
+        window = self.offer()
+        window.click(*INSTALL)
+        self.assert_shows(window, "agreement")
+        window.click(*REFUSE)
+        self.assert_shows(window, "main")
+        self.assertTrue(self.install_is_live(window))
+        self.assertFalse(any(facts[0] == "file" for facts in folders.snapshot(self.dest).values()))
+        window.click(*INSTALL)
+        self.assert_shows(window, "agreement")
+        window.click(*AGREE)
+        self.assert_completes(window)
+        self.assert_installed(self.new.tree.installed())
+        self.quit(window)
+        self.assertIn("EXPANDING file ", self.desk.log())
+
+    def test_each_answer_about_changed_files(self):
+        for answer, (x, y) in ANSWERS.items():
+            with self.subTest(answer=answer):
+                self.dest = os.path.join(self.folder, f"answer {answer}")
+                self.place(self.old.tree.installed())
+                self.put(CHANGED, "my notes\n")
+                self.put(DROPPED, "mine too\n")
+                before = folders.snapshot(self.dest)
+                window = self.offer("--pref:_rename_folder=0")
+                window.click(*INSTALL)
+                self.assert_shows(window, "agreement")
+                window.click(*AGREE)
+                self.assert_shows(window, "changed file")
+                # 1, 2: one file each; 4, 5: the folder; 3: the end of it.
+                done = (lambda w=window: self.install_is_live(w)) if answer == 3 else \
+                    (lambda w=window: self.complete(w))
+                self.assertTrue(desktop.click_through(window, {"changed file": at("changed file", x, y)}, done))
+                if answer == 3:
+                    self.assertEqual(folders.snapshot(self.dest)[CHANGED], before[CHANGED])
+                    self.assertEqual(folders.snapshot(self.dest)[HEAVY], before[HEAVY])
+                else:
+                    kept = [CHANGED, DROPPED] if answer in (2, 5) else []
+                    self.assert_installed(self.new.tree.installed(), besides={path: before[path] for path in kept})
+                self.quit(window)
+
+    def test_another_folder_by_the_button_and_by_the_path(self):
+        helper = os.path.join(self.desk.bin, "zenity")
+        chosen = os.path.join(self.folder, "elsewhere")
+        os.mkdir(chosen)
+        with open(helper, "w", encoding="utf-8") as script:
+            script.write(f'#!/bin/sh\necho "{chosen}"\n')
+        os.chmod(helper, 0o755)
+        for place in (DESTINATION, PATH_FIELD):
+            window = self.offer()
+            window.click(*place)
+            self.assertTrue(desktop.until(lambda w=window: w.screen() == "main" and self.install_is_live(w)))
+            self.quit(window)
+            self.assertEqual(self.desk.preferences()["_dest_dir_path"], chosen + "/Velaris/")
+
+    def test_the_own_chooser_where_the_desktop_has_none(self):
+        inner = os.path.join(self.folder, "elsewhere", "inner")
+        os.makedirs(inner)
+        only_ours = {"PATH": self.desk.bin}     # no dialog of the desktop's
+        window = self.offer(**only_ours)
+        window.click(*DESTINATION)
+        self.assert_shows(window, "folder")
+        window.click(*at("folder", 300, 82))
+        window.keys("End", *["BackSpace"] * 120)
+        window.type(os.path.dirname(inner))
+        window.keys("Return")
+        window.wait_still()
+        window.click(*at("folder", 100, 361))   # the second row; the first leads one folder up
+        window.wait_still()
+        window.click(*at("folder", 410, 28))
+        self.assert_shows(window, "main")
+        window.click(*DESTINATION)
+        self.assert_shows(window, "folder")
+        window.click(*at("folder", 540, 28))
+        self.assert_shows(window, "main")
+        self.quit(window)
+        self.assertEqual(self.desk.preferences()["_dest_dir_path"], inner + "/Velaris/")
+
+    def test_the_chosen_server_serves(self):
+        other = installer.keep_up(self, servers.Nginx(self.publisher.web, os.path.join(self.folder, "nginx2")))
+        self.publisher.announce(self.new, [self.server.address, other.address])
+        self.addCleanup(self.publisher.announce, self.new, [self.server.address])
+        before = len(other.requests())
+        window = self.offer()
+        for server, y in ((self.server, 578), (other, 558)):
+            window.click(142, y + 3)
+        window.click(*INSTALL)
+        self.assert_shows(window, "agreement")
+        window.click(*AGREE)
+        self.assert_completes(window)
+        files = [path for _, path in other.requests()[before:] if path.endswith(".zip") and "directory" not in path]
+        self.assertGreaterEqual(len(files), len(self.new.tree.installed()))
+        self.quit(window)
+
+    def test_preferences_by_mouse_and_keyboard_are_kept(self):
+        window = self.offer()
+        window.click(*PREFERENCES)
+        self.assert_shows(window, "preferences")
+        for y in (265, 230, 190, 150):          # processor, name of the folder, always ask, streams by hand
+            window.click(*at("preferences", 30, y + 4))
+        window.click(*at("preferences", 406, 150 + 14))     # up: 2 streams
+        window.keys("Down", "3")                            # nothing has the keyboard, so nothing changes
+        window.click(*at("preferences", 406, 150))          # the digit's lower half: 1, and the keyboard goes to it
+        window.wait_still()
+        window.keys("Up", "Up")                             # 3
+        window.click(*at("preferences", 300, 44))
+        window.type("proxy.example")
+        window.keys("Tab")
+        window.type("8088")
+        window.keys("shift+Tab", "End", "BackSpace")        # Tab has selected the whole
+        window.wait_still()
+        window.type("firewall.example")
+        window.click(*at("preferences", 200, 313))          # the list of systems opens
+        window.wait_still()
+        window.click(*at("preferences", 200, 313 + 12))     # the row above: Windows
+        window.wait_still()
+        window.click(*at("preferences", 588, 370))
+        self.assert_shows(window, "main")
+        self.quit(window)
+        wanted = {"_use_max_cpu": "1", "_rename_folder": "0", "_always_ask_dir": "1", "_stream_count": "3",
+                  "_proxy_host": "firewall.example", "_proxy_port": "8088", "_proxy_port_int": "8088"}
+        have = self.desk.preferences()
+        self.assertEqual({key: have[key] for key in wanted}, wanted)
+
+        # The next start reads them back: always ask, once cancelled, and the box for the processor is ticked.
+        os.symlink("/bin/false", os.path.join(self.desk.bin, "zenity"))
+        window = self.open(dest=False)
+        window.click(*PREFERENCES)
+        self.assert_shows(window, "preferences")
+        window.wait_still()
+        ticked, clear = (window.grab().crop(box_of(*at("preferences", 30, y + 3))).tobytes() for y in (265, 230))
+        self.assertNotEqual(ticked, clear)
+        window.keys("Return")
+        self.assert_shows(window, "main")
+        self.quit(window)
+        self.assertEqual({key: self.desk.preferences()[key] for key in wanted}, wanted)
+
+    def test_a_proxy_typed_in_is_used(self):
+        proxy = installer.keep_up(self, servers.Tinyproxy(os.path.join(self.folder, "proxy")))
+        window = self.offer()
+        window.click(*PREFERENCES)
+        self.assert_shows(window, "preferences")
+        window.keys("Tab")
+        window.type("127.0.0.1")
+        window.keys("Tab")
+        window.type(str(proxy.port))
+        window.wait_still()
+        window.keys("Return")
+        self.assert_shows(window, "main")
+        window.click(*INSTALL)
+        self.assert_shows(window, "agreement")
+        window.click(*AGREE)
+        self.assert_completes(window)
+        self.assertGreaterEqual(len(proxy.requests()), len(self.new.tree.installed()))
+        self.assert_installed(self.new.tree.installed())
+        self.quit(window)
+
+    def test_quit_in_the_middle_and_a_second_run(self):
+        held = installer.faulty(self, self.publisher, self.new)
+        self.host = held.address
+        gate = held.hold_after(3)
+        window = self.offer()
+        window.click(*INSTALL)
+        self.assert_shows(window, "agreement")
+        window.click(*AGREE)
+        self.assertTrue(gate.reached.wait(30), "nothing was asked for")
+        self.assert_shows(window, "main")
+        self.quit(window)
+        gate.open()
+        self.host = self.server.address
+        window = self.offer()
+        window.click(*INSTALL)
+        self.assert_shows(window, "agreement")
+        window.click(*AGREE)
+        self.assert_completes(window)
+        self.assert_installed(self.new.tree.installed())
+        self.quit(window)
+
+    def test_an_alert_waits_for_return(self):
+        os.makedirs(self.dest)
+        window = self.offer()
+        other_run = os.open(self.dest, os.O_RDONLY)
+        self.addCleanup(os.close, other_run)
+        fcntl.flock(other_run, fcntl.LOCK_EX)
+        for acknowledge in (lambda: window.keys("Return"), lambda: window.click(*at("alert", 210, 18))):
+            window.click(*INSTALL)
+            self.assert_shows(window, "alert")
+            window.click(*at("alert", 408, 242))    # no corner closes it
+            self.assertEqual(window.screen(), "alert")
+            acknowledge()
+            self.assert_shows(window, "main")
+        self.assertEqual(os.listdir(self.dest), [])
+        fcntl.flock(other_run, fcntl.LOCK_UN)
+        self.quit(window)
+        self.assertEqual(self.desk.log().count("Another copy of this program is at work on this folder:"), 2)
+
+    def test_the_window_managers_close_box_is_quit(self):
+        for screen, opener in (("main", None), ("preferences", PREFERENCES), ("agreement", INSTALL)):
+            with self.subTest(screen):
+                window = self.offer("--pref:_stream_count=4")
+                if opener:
+                    window.click(*opener)
+                self.assert_shows(window, screen)
+                window.close_box()
+                self.assertEqual(window.process.wait(30), 0)
+                self.assertEqual(self.desk.preferences()["_stream_count"], "4")
+                self.assertEqual(os.listdir(self.desk.tmp), [])
+
+
+def box_of(x, y, half=8):
+    return x - half, desktop.HEIGHT - y - half, x + half, desktop.HEIGHT - y + half
+
+
+if __name__ == "__main__":
+    installer.main()

@@ -1,0 +1,166 @@
+"""A desktop for the window: a display, real mouse and key events, pictures, and a window manager's close box.
+
+Places are the program's own: from the lower left of its canvas of 1024 by 768, y up.
+"""
+import ctypes
+import os
+import subprocess
+import time
+
+import numpy
+from PIL import ImageGrab
+
+WIDTH, HEIGHT = 1024, 768
+TITLE = "Velaris Installer"
+BACK = (51, 67, 86)                     # round every window of the program's own
+# Inner size -> what is open.
+WINDOWS = {(500, 300): "agreement", (600, 380): "preferences", (420, 250): "alert", (700, 146): "changed file",
+           (600, 460): "folder", (420, 120): "folder wait"}
+DEADLINE = 30
+
+
+class Display:
+    """The display that is there, if `private` is not set, else one of its own."""
+
+    def __init__(self, private=True, size="1280x900x24"):
+        self.server = None
+        self.name = os.environ.get("DISPLAY")
+        if self.name and not private:
+            return
+        reader, writer = os.pipe()
+        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", size, "-nolisten", "tcp",
+                                        "-noreset"], pass_fds=[writer], stderr=subprocess.DEVNULL)
+        os.close(writer)
+        with os.fdopen(reader) as number:
+            self.name = ":" + number.readline().strip()
+
+    def stop(self):
+        if self.server and self.server.poll() is None:
+            self.server.terminate()
+            self.server.wait()
+
+    def xdotool(self, *words):
+        return subprocess.run(["xdotool", *words], env={**os.environ, "DISPLAY": self.name}, capture_output=True,
+                              text=True, check=False).stdout
+
+
+class NoWindow(Exception):
+    pass
+
+
+class Window:
+    """The window of a running installer."""
+
+    def __init__(self, display, process):
+        self.display, self.process = display, process
+        found = until(lambda: process.poll() is not None or
+                      display.xdotool("search", "--onlyvisible", "--name", TITLE).split())
+        if not found or process.poll() is not None:
+            raise NoWindow("the installer's window did not appear")
+        self.id = found[0]
+        shell = dict(line.split("=") for line in display.xdotool("getwindowgeometry", "--shell", self.id).split()
+                     if "=" in line)
+        self.left, self.top = int(shell["X"]), int(shell["Y"])
+
+    def grab(self):
+        box = (self.left, self.top, self.left + WIDTH, self.top + HEIGHT)
+        return ImageGrab.grab(bbox=box, xdisplay=self.display.name).convert("RGB")
+
+    def pixel(self, x, y):
+        return self.grab().getpixel((x, HEIGHT - 1 - y))
+
+    def move(self, x, y):
+        self.display.xdotool("mousemove", str(self.left + x), str(self.top + min(HEIGHT - y, HEIGHT - 1)))
+
+    def click(self, x, y):
+        self.move(x, y)
+        self.display.xdotool("click", "1")
+
+    def keys(self, *names):
+        self.display.xdotool("key", *names)
+
+    def type(self, text):
+        self.display.xdotool("type", "--delay", "5", text)
+
+    def screen(self, picture=None):
+        """What is shown: "start-up", "main", "scan", or the name of a window of the program's own."""
+        pixels = numpy.asarray(picture or self.grab()).astype(int)
+        other = (abs(pixels - BACK) > 3).any(axis=2)
+        if other[0].any():              # the top row has the window's colour round every window, the background else
+            middle = pixels[330:340, 300:310]       # inside the box of the scan, which is nearly white
+            return "scan" if (middle > 240).all() and is_box(pixels) else "main"
+        rows, columns = numpy.flatnonzero(other.any(axis=1)), numpy.flatnonzero(other.any(axis=0))
+        if not len(rows):
+            return "empty"
+        if rows[-1] > 740:              # the progress bar at the lower edge
+            return "start-up"
+        width, height = columns[-1] - columns[0], rows[-1] - rows[0]
+        for (dx, dy), name in WINDOWS.items():
+            if 0 <= width - dx <= 24 and 0 <= height - dy <= 24:
+                return name
+        return f"a window of {width} by {height}"
+
+    def wait_for(self, *screens, timeout=DEADLINE):
+        """Until one of these is shown; its name, or None."""
+        return until(lambda: (seen := self.screen()) in screens and seen, timeout)
+
+    def wait_still(self, seconds=0.4, timeout=DEADLINE):
+        """The picture, once it has not changed for so long."""
+        end, since, before = time.monotonic() + timeout, time.monotonic(), self.grab()
+        while time.monotonic() < end:
+            time.sleep(0.05)
+            now = self.grab()
+            if now.tobytes() != before.tobytes():
+                before, since = now, time.monotonic()
+            elif time.monotonic() - since >= seconds:
+                return now
+        return before
+
+    def close_box(self):
+        """What a window manager sends when its close box is pressed."""
+        x = ctypes.CDLL("libX11.so.6")
+        x.XOpenDisplay.restype = ctypes.c_void_p
+        x.XInternAtom.restype = ctypes.c_ulong
+        link = ctypes.c_void_p(x.XOpenDisplay(self.display.name.encode()))
+        event = ClientMessage(type=33, send_event=1, window=int(self.id), format=32,
+                              message_type=x.XInternAtom(link, b"WM_PROTOCOLS", 0))
+        event.data[0] = x.XInternAtom(link, b"WM_DELETE_WINDOW", 0)
+        x.XSendEvent(link, ctypes.c_ulong(int(self.id)), 0, ctypes.c_long(0), ctypes.byref(event))
+        x.XFlush(link)
+        x.XCloseDisplay(link)
+
+
+class ClientMessage(ctypes.Structure):
+    _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send_event", ctypes.c_int),
+                ("display", ctypes.c_void_p), ("window", ctypes.c_ulong), ("message_type", ctypes.c_ulong),
+                ("format", ctypes.c_int), ("data", ctypes.c_long * 5), ("room", ctypes.c_long * 24)]
+
+
+def is_box(pixels):
+    """The thin border of the scan's box, at its left edge half way up."""
+    column = pixels[HEIGHT - 370, 276:290]
+    return (column.min(axis=1) < 220).any()
+
+
+def until(fact, timeout=DEADLINE):
+    end = time.monotonic() + timeout
+    while not (found := fact()):
+        if time.monotonic() > end:
+            return found
+        time.sleep(0.02)
+    return found
+
+
+def click_through(window, answers, done, timeout=60):
+    """Answers what comes up until `done()`: `answers` maps a screen to where to click, or to a function of the window."""
+    end = time.monotonic() + timeout
+    while not done():
+        if time.monotonic() > end:
+            return False
+        answer = answers.get(window.screen())
+        if callable(answer):
+            answer(window)
+        elif answer:
+            window.click(*answer)
+        time.sleep(0.05)
+    return True
