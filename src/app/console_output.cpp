@@ -15,6 +15,7 @@
 #include "engine/directory.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
+#include "runtime/memory.h"
 #include "runtime/xtim.h"
 
 namespace {
@@ -91,6 +92,7 @@ void console_open(const console_options& options) {
     output = output_t{};
     output.opened = true;
     output.json = options.json;
+    if (options.json) mem_report_without_folder = mem_report_place::standard_error;
     output.quiet = options.quiet;
     output.colour = terminal && !(no_colour && *no_colour);
     progress.open(options.json || options.quiet ? nullptr : stdout, terminal);

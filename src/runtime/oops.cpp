@@ -10,6 +10,7 @@
 #include "runtime/cmdline.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
+#include "runtime/memory.h"
 #include "runtime/product.h"
 #include "runtime/thread.h"
 
@@ -121,6 +122,9 @@ static void alert_on_main_thread(const exce_class& e, int next_window) {
 
     const bool fatal = e.level == t_exit || recursive_error;
     if (e.level == t_alert || fatal) {
+        dump_mem_stats(
+            "This is the dump_mem_stats call from the following code: if(type==t_exit || type == t_alert || "
+            "recursive_error)");
         xer << "\n";
         log_lines(e);
         xer << place << "\n" << std::flush;

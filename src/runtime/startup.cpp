@@ -8,6 +8,7 @@
 
 #include "platform/process.h"
 #include "runtime/cmdline.h"
+#include "runtime/debug.h"
 #include "runtime/log.h"
 #include "runtime/product.h"
 #include "runtime/thread.h"
@@ -41,8 +42,8 @@ static void fill_angle_tables() {
 }
 
 void runtime_start(int argc, char* const* argv) {
+    UTL_debug_init();
     open_standard_descriptors();
-    ignore_sigpipe();
     if (is_dvd) g_case_sensitive = 0;  // discs are read on systems that ignore the case
     open_log();
     fill_random_table();

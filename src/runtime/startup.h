@@ -1,7 +1,7 @@
 // startup.h: what every front end does first, in its fixed order, before it opens a window or a terminal.
 #pragma once
 
-// Standard descriptors, SIGPIPE, log with its header, random tables, command line, threads. After it the log, the
+// Crash reporter, SIGPIPE, standard descriptors, log with its header, random tables, command line, threads. After it the log, the
 // options and the alerts of any thread work. May end the process (--help).
 void runtime_start(int argc, char* const* argv);
 

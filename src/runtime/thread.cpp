@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+#include "runtime/debug.h"
 #include "runtime/log.h"
 
 struct THREAD_call {
@@ -83,6 +84,7 @@ __attribute__((no_sanitize("null"))) static void* run_guarded(const launch_recor
 }
 
 static void* THREAD_launch(void* arg) {
+    const UTL_signal_stack signal_stack;
     const launch_record launch = *static_cast<const launch_record*>(arg);
     UTL_message_queue_write(launch.started, nullptr);  // from here on the record and the queue may be gone
     std::optional<exce_class> escaped;

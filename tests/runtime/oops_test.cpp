@@ -10,6 +10,11 @@
 
 static std::string trail;  // what the front end was asked for, in order
 
+// What the report on memory, which comes before the alert's own lines, leaves in the log.
+static const std::string memory_line =
+    "OK check MemoryLog.txt! I just sent him a dump from This is the dump_mem_stats call from the following code: "
+    "if(type==t_exit || type == t_alert || recursive_error)\n";
+
 static void raise_alert(int type, const std::string& line1 = "one") {
     __MACIBM_alert(3, line1, line1.empty() ? "" : "two", "", line1.empty() ? "" : "four", type, "place/file", 42);
 }
@@ -37,7 +42,7 @@ TEST_F(Alerts, a_warning_is_shown_logged_and_returns_and_a_question_is_not_logge
     raise_alert(0);
     raise_alert(t_alert);
     EXPECT_EQ(trail, "show one (place/file line 42) 3\nshow one (place/file line 42) 3\n");
-    EXPECT_EQ(log.text(), "\none\ntwo\n\nfour\n(place/file line 42)\n");
+    EXPECT_EQ(log.text(), memory_line + "\none\ntwo\n\nfour\n(place/file line 42)\n");
     EXPECT_EQ(app_done, 0);
 }
 
@@ -49,7 +54,7 @@ TEST_F(Alerts, a_fatal_one_is_logged_closes_without_saving_and_leaves_with_1) {
         EXPECT_EQ(end.status, 1);
     }
     EXPECT_EQ(trail, "show one (place/file line 42) 3\nclose 0\n");
-    EXPECT_EQ(log.text(), "\none\ntwo\n\nfour\n(place/file line 42)\n");
+    EXPECT_EQ(log.text(), memory_line + "\none\ntwo\n\nfour\n(place/file line 42)\n");
     EXPECT_FALSE(xer.is_open());
     EXPECT_EQ(app_done, 1);
 }
@@ -57,7 +62,7 @@ TEST_F(Alerts, a_fatal_one_is_logged_closes_without_saving_and_leaves_with_1) {
 TEST_F(Alerts, empty_lines_show_nothing_but_still_end_the_program) {
     EXPECT_THROW(raise_alert(t_exit, ""), left);
     EXPECT_EQ(trail, "close 0\n");
-    EXPECT_EQ(log.text(), "\n\n\n\n\n(place/file line 42)\n");
+    EXPECT_EQ(log.text(), memory_line + "\n\n\n\n\n(place/file line 42)\n");
 }
 
 TEST_F(Alerts, one_raised_while_another_shows_opens_no_second_screen_and_ends_the_program) {
@@ -68,7 +73,7 @@ TEST_F(Alerts, one_raised_while_another_shows_opens_no_second_screen_and_ends_th
     };
     EXPECT_THROW(raise_alert(t_alert, "outer"), left);
     EXPECT_EQ(trail, "show outer\nnative inner two| four\nclose 0\n");
-    EXPECT_EQ(log.text(), "\ninner\ntwo\n\nfour\n(place/file line 42)\n");
+    EXPECT_EQ(log.text(), memory_line + "\ninner\ntwo\n\nfour\n(place/file line 42)\n");
 }
 
 TEST_F(Alerts, a_failure_of_the_closing_ends_the_program_without_a_circle) {

@@ -1,13 +1,10 @@
 #include "runtime/startup.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -18,69 +15,44 @@
 #include "runtime/oops.h"
 #include "runtime/product.h"
 #include "runtime/thread.h"
-#include "support/scratch.h"
+#include "support/own_copy.h"
 
-// Start-up depends on the folder that the program lies in, so each case runs a copy of this test program in a folder of
-// its own. The copy does one whole run instead of its tests, and prints what a case wants to know.
-class one_run : public testing::Environment {
-  public:
-    void SetUp() override {
-        if (!std::getenv("VELARIS_TEST_ONE_RUN")) return;
-        char program[] = "program", lang[] = "--pref:_lang=1", shot[] = "--shot";
-        char* argv[] = {program, lang, shot};
-        runtime_start(3, argv);
-        THREAD_make_workers();
-        std::string temp;
-        get_OS_abs_path(os_dir_temp, &temp);
-        struct sigaction pipe_action {};
-        sigaction(SIGPIPE, nullptr, &pipe_action);
-        std::printf("log %s\ntemp %s\nseeded %d\npipe %s\n", log_folder().c_str(), temp.c_str(), std::rand(),
-                    pipe_action.sa_handler == SIG_IGN ? "ignored" : "deadly");
-        std::printf("tables %.6f %s 1, sin %.3f, cos %.3f %.3f\n", static_cast<double>(randrat[0]),
-                    *std::max_element(randrat, std::end(randrat)) < 1 ? "below" : "reach",
-                    static_cast<double>(lookup_sin[30]), static_cast<double>(lookup_cos[180]),
-                    static_cast<double>(lookup_cos[360]));
-        std::fflush(stdout);
-        xer << "last " << 1.5 << "\n";
-        MACIBM_finishup(1);
-        xer << "after the end\n" << std::flush;
-        std::exit(0);
-    }
-};
-
-static const testing::Environment* const environment = testing::AddGlobalTestEnvironment(new one_run);
+// One whole run, that prints what a case wants to know.
+static void one_run() {
+    char program[] = "program", lang[] = "--pref:_lang=1", shot[] = "--shot";
+    char* argv[] = {program, lang, shot};
+    runtime_start(3, argv);
+    THREAD_make_workers();
+    std::string temp;
+    get_OS_abs_path(os_dir_temp, &temp);
+    struct sigaction pipe_action {};
+    sigaction(SIGPIPE, nullptr, &pipe_action);
+    std::printf("log %s\ntemp %s\nseeded %d\npipe %s\n", log_folder().c_str(), temp.c_str(), std::rand(),
+                pipe_action.sa_handler == SIG_IGN ? "ignored" : "deadly");
+    std::printf("tables %.6f %s 1, sin %.3f, cos %.3f %.3f\n", static_cast<double>(randrat[0]),
+                *std::max_element(randrat, std::end(randrat)) < 1 ? "below" : "reach",
+                static_cast<double>(lookup_sin[30]), static_cast<double>(lookup_cos[180]),
+                static_cast<double>(lookup_cos[360]));
+    std::fflush(stdout);
+    xer << "last " << 1.5 << "\n";
+    MACIBM_finishup(1);
+    xer << "after the end\n" << std::flush;
+}
+static const own_copy::job registered("one run", one_run);
 
 class StartUp : public testing::Test {
   protected:
-    void SetUp() override {
-        std::filesystem::create_directory(app());
-        std::filesystem::copy_file(executable_path(), app() + "program");
+    std::string app() const { return copy.app; }
+    std::string state() const { return copy.state; }
+    std::string run() {
+        const own_copy::outcome outcome = copy.run("one run");
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.err, "");
+        return outcome.out;
     }
 
-    std::string app() const { return home / "app/"; }
-    std::string state() const { return home / "state/"; }
-
-    // Runs the copy, which must not complain. Returns what it printed.
-    std::string run() const {
-        const std::string out = home / "out", complaints = home / "complaints";
-        const pid_t child = fork();
-        if (child == 0) {
-            dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
-            dup2(open(complaints.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
-            setenv("VELARIS_TEST_ONE_RUN", "1", 1);
-            setenv("XDG_STATE_HOME", state().c_str(), 1);
-            setenv("TMPDIR", home.path().c_str(), 1);
-            execl((app() + "program").c_str(), "program", "--gtest_brief=1", nullptr);
-            _exit(127);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(scratch::read(complaints), "");
-        return scratch::read(out);
-    }
-
-    scratch home;
+    own_copy copy;
+    const scratch& home = copy.home;
 };
 
 static std::string value_of(const std::string& printed, const std::string& key) {

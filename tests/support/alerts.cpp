@@ -1,5 +1,7 @@
 #include "support/alerts.h"
 
+#include "runtime/memory.h"
+
 static alert_catcher* current = nullptr;
 
 static void keep(const exce_class& alert, const std::string&, int) {
@@ -9,12 +11,14 @@ static void keep(const exce_class& alert, const std::string&, int) {
 alert_catcher::alert_catcher() : before(alert_front) {
     current = this;
     alert_front = alert_front_t{};
+    mem_report_without_folder = mem_report_place::nowhere;
     alert_front.show = keep;
     alert_front.leave = [](int status) { throw left{status}; };
 }
 
 alert_catcher::~alert_catcher() {
     alert_front = before;
+    mem_report_without_folder = mem_report_place::standard_output;
     current = nullptr;
 }
 

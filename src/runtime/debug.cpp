@@ -1,0 +1,258 @@
+#include "runtime/debug.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cctype>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "platform/folders.h"
+#include "platform/memory_map.h"
+#include "platform/process.h"
+#include "runtime/log.h"
+#include "runtime/product.h"
+
+static const int fatal_signals[] = {SIGILL, SIGFPE, SIGBUS, SIGSEGV, SIGTRAP,
+#ifdef SIGEMT
+                                    SIGEMT,
+#endif
+                                    SIGSYS};
+constexpr unsigned longest_report_s = 30;
+constexpr std::size_t signal_stack_size = 256 * 1024;  // a lookup takes some 30 KB of it
+
+// Process. Made at start-up: a handler cannot ask for memory.
+static char crash_log_path[4096];  // empty: standard error
+static std::FILE* crash_log;       // writes to crash_log_fd
+static int crash_log_fd = -1;
+static char crash_log_buffer[BUFSIZ];
+static std::atomic<pid_t> reporting_thread = 0;
+
+// True if the file at `path` can be appended to or made.
+static bool can_hold_report(const std::string& folder, const std::string& path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) return errno == ENOENT && folder_is_writable(folder);
+    return S_ISREG(info.st_mode) && faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+static bool take_folder_for_report(const std::string& folder) {
+    const std::string path = folder + "crash_log.txt";
+    if (folder.empty() || path.size() >= sizeof crash_log_path || !can_hold_report(folder, path)) return false;
+    std::strcpy(crash_log_path, path.c_str());
+    return true;
+}
+
+static void choose_place_of_report() {
+    std::string folder;
+    get_OS_abs_path(is_dvd ? os_dir_desktop : os_dir_this_app, &folder);
+    if (!take_folder_for_report(folder)) take_folder_for_report(state_folder());
+}
+
+static ssize_t write_report(void*, const char* bytes, std::size_t size) {
+    return write(crash_log_fd, bytes, size);
+}
+
+static void install_handler(int signal) {
+    struct sigaction action {};
+    action.sa_sigaction = fatal_signal_handler;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigemptyset(&action.sa_mask);
+    if (sigaction(signal, &action, nullptr) != 0) std::fprintf(stderr, "Failed to installed signal: %d\n", signal);
+}
+
+void UTL_debug_init() {
+    if (crash_log) return;
+    ignore_sigpipe();
+    choose_place_of_report();
+    // A stream without a file yet: the file is made by the first crash only, and opening a stream allocates. By the line,
+    // so that what was found is kept if the search for the next line crashes.
+    crash_log = fopencookie(nullptr, "w", {.read = nullptr, .write = write_report, .seek = nullptr, .close = nullptr});
+    if (crash_log) std::setvbuf(crash_log, crash_log_buffer, _IOLBF, sizeof crash_log_buffer);
+    static auto* const stack_of_main_thread = new UTL_signal_stack;  // until the process ends
+    static_cast<void>(stack_of_main_thread);
+    for (const int signal : fatal_signals)
+        install_handler(signal);
+}
+
+UTL_signal_stack::UTL_signal_stack() {
+    memory = mmap(nullptr, signal_stack_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return;
+    mprotect(memory, page_size(), PROT_NONE);
+    stack_t stack{};
+    stack.ss_sp = memory;
+    stack.ss_size = signal_stack_size;
+    sigaltstack(&stack, &before);
+}
+
+UTL_signal_stack::~UTL_signal_stack() {
+    if (memory == MAP_FAILED) return;
+    sigaltstack(&before, nullptr);
+    munmap(memory, signal_stack_size);
+}
+
+int UTL_valid_memory(const void* start, unsigned size, int need_read, int need_write) {
+    auto at = reinterpret_cast<std::uintptr_t>(start);
+    const std::uintptr_t end = at + size;
+    if (end < at) return 0;
+    memory_region region;
+    for (; at < end; at = region.end) {
+        if (!region_at_or_above(at, region) || region.start > at) return 0;
+        if ((need_read && !region.readable) || (need_write && !region.writable)) return 0;
+    }
+    return 1;
+}
+
+void UTL_get_debug_symbol(const void* address, symbol_info* info) {
+    find_symbol(address, info);
+}
+
+static const char* last_component(const char* path) {
+    const char* last = path;
+    for (; *path; ++path)
+        if (*path == '/' || *path == '\\') last = path + 1;
+    return last;
+}
+
+static std::intptr_t distance(const void* address, const void* from) {
+    return static_cast<std::intptr_t>(reinterpret_cast<std::uintptr_t>(address) -
+                                      reinterpret_cast<std::uintptr_t>(from));
+}
+
+static void print_address(std::FILE* out, const void* address) {
+    std::fprintf(out, "0x%0*zx", static_cast<int>(2 * sizeof address), reinterpret_cast<std::uintptr_t>(address));
+}
+
+void print_symbol(std::FILE* out, const void* address) {
+    symbol_info info;
+    UTL_get_debug_symbol(address, &info);
+    if (!info.symbol_address)
+        print_address(out, address);
+    else if (*info.symbol)
+        std::fputs(info.symbol, out);
+    else
+        print_address(out, info.symbol_address);
+    if (info.symbol_address) std::fprintf(out, " + %zd", distance(address, info.symbol_address));
+
+    if (*info.source) std::fprintf(out, " (%s:%d)", last_component(info.source), info.line);
+
+    if (!*info.image && !info.image_base) {
+        std::fputs(" (?\?\?)\n", out);
+        return;
+    }
+    std::fputs(" (", out);
+    if (*info.image)
+        std::fputs(last_component(info.image), out);
+    else
+        print_address(out, info.image_base);
+    std::fprintf(out, " + %zd)\n", distance(address, info.image_base));
+}
+
+// The sanitizers know nothing of frames, and a broken chain may lead anywhere that can be read.
+__attribute__((no_sanitize("address", "thread", "undefined"))) static stack_frame copy_of(const stack_frame* frame) {
+    return {.link = frame->link, .return_address = frame->return_address};
+}
+
+void UTL_dump_stack(std::FILE* out, const stack_frame* frame, const void* pc) {
+    if (!pc) return;
+    std::fprintf(out, " % 2d) ", 0);
+    print_symbol(out, pc);
+    for (int n = 1; frame && n <= 99; ++n) {
+        if (!UTL_valid_memory(frame, sizeof *frame, 1, 1)) break;
+        const stack_frame here = copy_of(frame);
+        // The stack grows down, so a caller's frame lies higher; this ends circles too.
+        if (here.link <= frame) break;
+        std::fprintf(out, " % 2d) ", n);
+        print_symbol(out, here.return_address);
+        frame = here.link;
+    }
+}
+
+static void dump_interrupted_code(std::FILE* out, void* context) {
+    const mcontext_t& machine = static_cast<ucontext_t*>(context)->uc_mcontext;
+#if defined(__x86_64__)
+    const auto frame = machine.gregs[REG_RBP], pc = machine.gregs[REG_RIP];
+#elif defined(__i386__)
+    const auto frame = machine.gregs[REG_EBP], pc = machine.gregs[REG_EIP];
+#elif defined(__aarch64__)
+    const auto frame = machine.regs[29], pc = machine.pc;
+#else
+    const std::uintptr_t frame = 0, pc = 0;
+    static_cast<void>(machine);
+#endif
+    UTL_dump_stack(out, reinterpret_cast<const stack_frame*>(frame), reinterpret_cast<const void*>(pc));
+}
+
+static void print_signal(std::FILE* out, int signal, const siginfo_t& info, void* context) {
+    const char* const name = signal < 32 ? sigabbrev_np(signal) : nullptr;
+    if (name) {
+        for (const char* letter = name; *letter; ++letter)
+            std::fputc(std::tolower(static_cast<unsigned char>(*letter)), out);
+        std::fprintf(out, " (%s)\n", sigdescr_np(signal));
+    } else {
+        std::fprintf(out, "An unknown signal %d has been caught.\n", signal);
+    }
+    std::fprintf(out, "Sig no: %d, sig err: %d, sig code: %d, status: %d\n", info.si_signo, info.si_errno, info.si_code,
+                 info.si_status);
+    // Decimal behind a 0x, and of the low half only: whoever reads these reports knows the line by this form.
+    std::fprintf(out, "Addy: 0x%08d\n", static_cast<int>(reinterpret_cast<std::uintptr_t>(info.si_addr)));
+    dump_interrupted_code(out, context);
+    std::fflush(out);
+}
+
+// Only one report is written. The thread that comes here a second time has crashed in its own report and dies of that;
+// any other waits for the end.
+static void begin_report(int signal) {
+    pid_t owner = 0;
+    const pid_t self = gettid();
+    if (reporting_thread.compare_exchange_strong(owner, self)) return;
+    if (owner == self) {
+        std::signal(signal, SIG_DFL);
+        raise(signal);
+        sigset_t this_one;
+        sigemptyset(&this_one);
+        sigaddset(&this_one, signal);
+        pthread_sigmask(SIG_UNBLOCK, &this_one, nullptr);
+    }
+    for (;;)
+        pause();
+}
+
+void fatal_signal_handler(int signal, siginfo_t* info, void* context) {
+    begin_report(signal);
+    std::signal(SIGALRM, SIG_DFL);
+    alarm(longest_report_s);
+
+    if (*crash_log_path && crash_log)
+        crash_log_fd = open(crash_log_path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0644);
+    print_signal(crash_log_fd >= 0 ? crash_log : stderr, signal, *info, context);
+    if (crash_log_fd >= 0) close(crash_log_fd);
+
+    xer << "This application has crashed.  Please send the file crash_log.txt to Tarvex.\n" << std::flush;
+    std::abort();
+}
+
+void dump_hex(std::FILE* out, const void* data, int length) {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    for (; length > 0; bytes += 16, length -= 16) {
+        for (int i = 0; i < 16; ++i) {
+            if (i % 4 == 0) std::fputc(' ', out);
+            if (i < length)
+                std::fprintf(out, "%02X", bytes[i]);
+            else
+                std::fputs("  ", out);
+        }
+        std::fputs("     ", out);
+        for (int i = 0; i < 16 && i < length; ++i) {
+            if (i % 4 == 0) std::fputc(' ', out);
+            std::fputc(bytes[i] >= ' ' && bytes[i] <= '~' ? bytes[i] : '.', out);
+        }
+        std::fputc('\n', out);
+    }
+}

@@ -1,0 +1,64 @@
+"""What a crash of the real program leaves for its maker."""
+import os
+import re
+import resource
+import signal
+import subprocess
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import installer
+import servers
+
+FRAME = re.compile(r"^ +(\d+)\) (\S+) \+ \d+( \(\S+:\d+\))? \((\S+) \+ \d+\)$", re.MULTILINE)
+
+
+class CrashTest(installer.Scene):
+    def setUp(self):
+        super().setUp()
+        self.server = installer.keep_up(self, servers.FaultServer(self.folder))
+        self.server.script["/serverlist.txt"] = [servers.say_nothing]
+        self.host = self.server.address
+
+    def crash(self):
+        """Hits a run that waits for a server; returns its report."""
+        asked = len(self.server.asked)
+        run = self.start("--agree", preexec=lambda: resource.setrlimit(resource.RLIMIT_CORE, (0, 0)))
+        self.assertTrue(installer.wait_until(lambda: len(self.server.asked) > asked))
+        run.send_signal(signal.SIGSEGV)
+        outcome = self.finish(run)
+        self.assertEqual(outcome.status, -signal.SIGABRT, outcome)
+        self.assertTrue(self.desk.log().endswith(
+            "This application has crashed.  Please send the file crash_log.txt to Tarvex.\n"))
+        with open(os.path.join(self.desk.folder, "crash_log.txt"), encoding="utf-8") as text:
+            return text.read()
+
+    def frames_of_program(self, report):
+        """Function and place of each frame in the installer, innermost first."""
+        return [(name, place) for _, name, place, image in FRAME.findall(report) if image == "velaris-installer"]
+
+    def test_report_tells_functions_and_lines_and_the_next_one_follows_it(self):
+        report = self.crash()
+        self.assertRegex(report, r"\Asegv \(Segmentation fault\)\nSig no: 11, sig err: 0, sig code: 0, status: -?\d+\n"
+                                 r"Addy: 0x-?\d{8,}\n  0\) ")
+        frames = dict(self.frames_of_program(report))
+        self.assertRegex(frames.get("console_main", report), r"^ \(console\.cpp:\d+\)$")
+        self.assertIn("main", frames, report)
+        again = self.crash()
+        self.assertTrue(again.startswith(report))
+        self.assertEqual(again.count("segv (Segmentation fault)\n"), 2)
+
+    def test_stripped_program_still_tells_functions(self):
+        subprocess.run(["strip", self.desk.program], check=True)
+        frames = dict(self.frames_of_program(self.crash()))
+        self.assertEqual(frames.get("console_main"), "", frames)
+        self.assertIn("main", frames)
+
+    def test_no_alert_no_crash_no_file(self):
+        self.assertEqual(self.run_installer("--version").status, 0)
+        self.assertEqual([name for name in os.listdir(self.desk.folder) if name in ("crash_log.txt", "MemoryLog.txt")],
+                         [])
+
+
+if __name__ == "__main__":
+    installer.main()
