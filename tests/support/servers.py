@@ -3,6 +3,7 @@
 All listen on 127.0.0.1 on a free port, keep everything in a private folder and end with stop().
 """
 import ctypes
+import io
 import os
 import re
 import shutil
@@ -14,6 +15,7 @@ import sys
 import threading
 import time
 import urllib.parse
+import zipfile
 
 
 def end_with_parent():
@@ -183,12 +185,17 @@ class FaultServer:
     """Serves the folder `root`, but does to each request what its script says.
 
     `script` maps a path to the faults of the first, second, ... try, the last of which stays; "*" stands for every path
-    that is not named. `replies` maps a path to other bytes than the folder's.
+    that is not named. `replies` maps a path to other bytes than the folder's. A mirror of another one shares all three,
+    so that a file's next fault comes whichever of them is asked next.
     """
 
-    def __init__(self, root):
+    def __init__(self, root, mirror_of=None):
         self.root = root
         self.script, self.replies, self.tries = {}, {}, {}
+        self.counting = threading.Lock()
+        if mirror_of:
+            self.script, self.replies, self.tries = mirror_of.script, mirror_of.replies, mirror_of.tries
+            self.counting = mirror_of.counting
         self.asked = []             # every path, in order
         self.busy = 0               # requests under way
         self.lock = threading.Lock()
@@ -245,7 +252,7 @@ class FaultServer:
             link.close()
 
     def fault_for(self, path):
-        with self.lock:
+        with self.counting:
             self.asked.append(path)
             turn = self.tries[path] = self.tries.get(path, 0) + 1
             faults = self.script.get(path) or self.script.get("*") or [serve]
@@ -352,8 +359,51 @@ def interim(link, status, body):
 
 def corrupt(link, status, body):
     """One byte in the middle of the packed data is another."""
-    place = len(body) // 2
+    packed, _, name, extra = struct.unpack_from("<IIHH", body, 18)
+    place = 30 + name + extra + packed // 2     # elsewhere lie a date and a mode, which no checksum covers
     serve(link, status, body[:place] + bytes([body[place] ^ 0x55]) + body[place + 1:])
+
+
+def dawdle(link, status, body):
+    """Stands still in the middle, and goes on before anyone gives up."""
+    whole = head(status, len(body)) + body
+    link.sendall(whole[:len(whole) // 2])
+    time.sleep(0.3)
+    link.sendall(whole[len(whole) // 2:])
+
+
+def promise_more(link, status, body):
+    link.sendall(head(status, len(body) + 100) + body)
+    cut(link)
+
+
+def hang_up(link, status, body):
+    """Without a word."""
+    cut(link)
+
+
+# Those that lie: a right status and a right length, and not the file.
+
+def web_page(link, status, body):
+    """What the gate of a hotel's network answers to everything."""
+    serve(link, 200, b"<html><body>Please sign in.</body></html>")
+
+
+def nothing(link, status, body):
+    serve(link, 200, b"")
+
+
+def cut_short(link, status, body):
+    serve(link, status, body[:len(body) * 2 // 3])
+
+
+def other_content(link, status, body):
+    """The archive is sound and the file in it has the right name; its bytes are others."""
+    answer = io.BytesIO()
+    with zipfile.ZipFile(io.BytesIO(body)) as true, zipfile.ZipFile(answer, "w", zipfile.ZIP_DEFLATED) as made:
+        for entry in true.infolist():
+            made.writestr(entry, b"not this: " + true.read(entry))
+    serve(link, status, answer.getvalue())
 
 
 def main(root, folder):

@@ -1,0 +1,90 @@
+#include "fuzz/fuzz.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#include "runtime/oops.h"
+#include "runtime/product.h"
+#include "support/alerts.h"
+
+void must(bool fact, const char* what) {
+    if (fact) return;
+    std::fprintf(stderr, "BROKEN: %s\n", what);
+    std::abort();
+}
+
+std::string_view view_of(const std::uint8_t* data, std::size_t size) {
+    return {reinterpret_cast<const char*>(data), size};
+}
+
+bool survives(const std::function<void()>& work) {
+    const alert_catcher alerts;
+    app_done = 0;
+    try {
+        work();
+        return true;
+    } catch (const left&) {
+        return false;
+    }
+}
+
+memory_file::memory_file(std::string_view bytes) : fd(memfd_create("input", MFD_CLOEXEC)) {
+    while (fd >= 0 && !bytes.empty()) {
+        const ssize_t n = write(fd, bytes.data(), bytes.size());
+        must(n > 0, "the input can be written to memory");
+        bytes.remove_prefix(static_cast<std::size_t>(n));
+    }
+    name = "/proc/self/fd/" + std::to_string(fd);
+}
+
+memory_file::~memory_file() {
+    close(fd);
+}
+
+std::string memory_file::read() const {
+    std::string bytes(static_cast<std::size_t>(lseek(fd, 0, SEEK_END)), '\0');
+    must(pread(fd, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()),
+         "a file in memory can be read");
+    return bytes;
+}
+
+choices::choices(std::string_view seed) {
+    for (const char c : seed)
+        state = (state ^ static_cast<unsigned char>(c)) * 1099511628211u;
+}
+
+std::uint32_t choices::below(std::uint32_t top) {
+    state = state * 6364136223846793005u + 1442695040888963407u;
+    return static_cast<std::uint32_t>(state >> 33) % top;
+}
+
+// The linker puts these in the place of the system's calls (--wrap).
+extern "C" {
+
+void* __real_mmap(void* at, std::size_t size, int protection, int flags, int fd, off_t offset);
+int __real_munmap(void* at, std::size_t size);
+
+static std::set<void*>& copies() {
+    static std::set<void*> all;
+    return all;
+}
+
+void* __wrap_mmap(void* at, std::size_t size, int protection, int flags, int fd, off_t offset) {
+    if (fd < 0 || protection != PROT_READ) return __real_mmap(at, size, protection, flags, fd, offset);
+    void* const copy = std::malloc(size);
+    if (!copy || pread(fd, copy, size, offset) != static_cast<ssize_t>(size)) return MAP_FAILED;
+    copies().insert(copy);
+    return copy;
+}
+
+int __wrap_munmap(void* at, std::size_t size) {
+    if (copies().erase(at) == 0) return __real_munmap(at, size);
+    std::free(at);
+    return 0;
+}
+
+}  // extern "C"

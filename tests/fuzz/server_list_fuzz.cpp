@@ -1,0 +1,27 @@
+// The list of mirrors.
+#include "fuzz/fuzz.h"
+#include "net/down.h"
+#include "net/server_list.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const memory_file list(view_of(data, size));
+    install_name = no_install_name;
+    for (int i = 0; i < 16; ++i)
+        server_name[i] = server_path[i] = server_desc[i] = "";
+    survives([&] {
+        const int count = read_server_list(list.path());
+        must(count >= -1 && count <= max_servers, "there are as many servers as there is room for");
+        for (int i = 0; i < count; ++i) {
+            must(server_path[i].ends_with('/'), "a server's path ends in a slash");
+            unsigned short port = 80;
+            const std::string host = split_host_port(server_name[i], port);
+            must(port != 0 && server_name[i].starts_with(host), "a host is cut off with a port, or not at all");
+            host_port_is_valid(server_name[i]);
+        }
+        for (int turn = 0; turn < 4; ++turn) {
+            const int picked = turn % 2 ? pick_server_plain(count) : pick_server_biased(count);
+            must(picked >= 0 && (picked < count || picked == 0), "the server picked is one of them");
+        }
+    });
+    return 0;
+}
