@@ -125,9 +125,11 @@ void dir_progress_bar(float lo, float value, float hi, int phase, const std::str
     // A frame of a software renderer costs more than many a file; nobody sees more than so many in a second.
     constexpr std::int64_t shortest_us = 33'000;
     static std::int64_t last_shown = -shortest_us;
+    static int last_phase = -1;
     const std::int64_t now = xtim_class::microsecs();
-    if (now - last_shown < shortest_us) return;
+    if (now - last_shown < shortest_us && phase == last_phase) return;
     last_shown = now;
+    last_phase = phase;
     draw_background();
     const float x = (mnw.wind_dx - dx) / 2, y = (mnw.wind_dy - dy) / 2;
     BTN_frame2(box_picture, x + 20, y + 20, 472, 98, "");

@@ -87,8 +87,7 @@ class Window:
         pixels = numpy.asarray(picture or self.grab()).astype(int)
         other = (abs(pixels - BACK) > 3).any(axis=2)
         if other[0].any():              # the top row has the window's colour round every window, the background else
-            middle = pixels[330:340, 300:310]       # inside the box of the scan, which is nearly white
-            return "scan" if (middle > 240).all() and is_box(pixels) else "main"
+            return "scan" if has_scan_box(pixels) else "main"
         rows, columns = numpy.flatnonzero(other.any(axis=1)), numpy.flatnonzero(other.any(axis=0))
         if not len(rows):
             return "empty"
@@ -136,10 +135,10 @@ class ClientMessage(ctypes.Structure):
                 ("format", ctypes.c_int), ("data", ctypes.c_long * 5), ("room", ctypes.c_long * 24)]
 
 
-def is_box(pixels):
-    """The thin border of the scan's box, at its left edge half way up."""
-    column = pixels[HEIGHT - 370, 276:290]
-    return (column.min(axis=1) < 220).any()
+def has_scan_box(pixels):
+    """The thin borders of its box, left and right, half way up; the background is light there."""
+    row = pixels[HEIGHT // 2].min(axis=1)
+    return row[272:282].min() < 225 and row[743:753].min() < 225
 
 
 def until(fact, timeout=DEADLINE):
