@@ -1,6 +1,7 @@
 #include "engine/directory.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <unordered_map>
 
@@ -9,6 +10,7 @@
 #include "files/io_utils.h"
 #include "files/md5.h"
 #include "files/xmap.h"
+#include "runtime/hl_string.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
 
@@ -19,6 +21,8 @@ int this_install_has_exes = 0;
 static std::unordered_map<int, int> first_of_sharing;      // only files that share their installed path
 static std::unordered_map<int, std::vector<int>> sharing;  // by the first of them
 static contested_t contested;
+
+constexpr std::size_t most_files = 4'000'000;  // a server must not be able to fill the memory with them
 
 static std::string_view installed_view(const file_version_struct& row) {
     const std::string_view path = row.path;
@@ -34,15 +38,8 @@ std::string destination_of(const file_version_struct& row) {
     return dest_dir_path + installed_path(row);
 }
 
-bool path_stays_below(std::string_view installed) {
-    if (installed.find('\0') != std::string_view::npos) return false;
-    for (std::size_t from = 0; from <= installed.size();) {
-        const std::size_t slash = std::min(installed.find('/', from), installed.size());
-        const std::string_view part = installed.substr(from, slash - from);
-        if (part.empty() || part == "." || part == "..") return false;
-        from = slash + 1;
-    }
-    return true;
+beneath_folder destination_folder() {
+    return beneath_folder(dest_dir_path);
 }
 
 bool path_is_inside(std::string_view path, std::string_view folder) {
@@ -127,6 +124,24 @@ static void scan_row(xmap_class& map, file_version_struct& row, std::string& nam
     map.TXT_str_scan_eoln(&name);
 }
 
+// A path that stays in the destination and that a disk can hold.
+static bool is_installable(std::string_view installed) {
+    if (!path_stays_below(installed) || installed.size() >= path_buffer_size) return false;
+    for (std::size_t from = 0; from < installed.size();) {
+        const std::size_t slash = std::min(installed.find('/', from), installed.size());
+        if (slash - from > NAME_MAX) return false;
+        from = slash + 1;
+    }
+    return true;
+}
+
+static bool refuse(const char* first, const std::string& path) {
+    __MACIBM_alert(0, first,
+                   "I will not install anything from this directory file. Try again later, or with another server.",
+                   "It is:", path, t_alert, OOPS_PLACE);
+    return false;
+}
+
 // Joins the row to the history before it, if that is of the same path, or starts one. False for a path that would leave
 // the destination: with such a row the whole catalogue is not to be trusted.
 static bool take_row(file_version_struct& row, const std::string& path) {
@@ -134,12 +149,12 @@ static bool take_row(file_version_struct& row, const std::string& path) {
         __MACIBM_alert(0, "I am reading the directory text file and found a path that has no file!",
                        "This is impossible to download or delete!", "It is:", path, t_exit, OOPS_PLACE);
     row.path = path;
-    if (!path_stays_below(installed_view(row))) {
-        __MACIBM_alert(0, "I am reading the directory text file and found a path that leaves the folder I install to!",
-                       "I will not install anything from this directory file. Try again later, or with another server.",
-                       "It is:", path, t_alert, OOPS_PLACE);
-        return false;
-    }
+    if (!path_stays_below(installed_view(row)))
+        return refuse("I am reading the directory text file and found a path that leaves the folder I install to!",
+                      path);
+    if (!is_installable(installed_view(row)))
+        return refuse("I am reading the directory text file and found a path that is too long for any disk!",
+                      path.substr(0, path_buffer_size / 2) + "...");
     if (sim_info.empty() || sim_info.back().back().path != path) sim_info.emplace_back();
     sim_info.back().push_back(std::move(row));
     return true;
@@ -156,6 +171,8 @@ static bool read_body(xmap_class& map, const std::string& label) {
             scan_row(map, row, name);
             path.assign(folder).append(name);
             if (!is_dropped(name) && !take_row(row, path)) return false;
+            if (sim_info.size() > most_files)
+                return refuse("I am reading the directory text file and found more files than any release has!", path);
             if (rows_read++ % 500 == 0)
                 front.dir_progress_bar(0, static_cast<float>(map.offset()), static_cast<float>(map.length()), 0, label,
                                        name);

@@ -17,6 +17,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/beneath.h"
+
 struct file_version_struct {
     int disc_set = 0;    // 0 to 4, as the builder's edition was; no decision hangs on it
     int platform = 0;    // 0 everyone, 1 Macintosh, 2 Windows, 3 Linux, 6 Linux among the common files
@@ -50,12 +52,12 @@ void new_format(const std::string& path);
 inline bool is_gone(const file_version_struct& row) {
     return row.sig_want == "GONE";
 }
+// The destination, so that no path leads out of it.
+beneath_folder destination_folder();
 // The path below the destination, and with the destination before it.
 std::string installed_path(const file_version_struct& row);
 std::string destination_of(const file_version_struct& row);
 
-// The rule for paths that come from outside: relative, no empty, "." or ".." component, no NUL.
-bool path_stays_below(std::string_view installed);
 // `path` lies somewhere in `folder` (without a "/" at its end), and is not the folder itself.
 bool path_is_inside(std::string_view path, std::string_view folder);
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string_view>
@@ -17,6 +18,7 @@
 #include "engine/stg.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
+#include "runtime/log.h"
 #include "runtime/oops.h"
 
 typedef std::set<std::string> folder_set;  // below the destination, without a "/" at the end; parents sort first
@@ -48,6 +50,22 @@ static bool make_or_tell(const std::string& path) {
     const int err = make_folder(path);
     if (!show_make_dir_err(err)) return true;
     make_dir_error(path, err);
+    return false;
+}
+
+bool is_fixed_folder(const std::string& folder) {
+    return std::any_of(std::begin(fixed_folders), std::end(fixed_folders), [&](const char* fixed) {
+        return folder.size() == std::strlen(fixed) + 1 && folder.starts_with(fixed);
+    });
+}
+
+// The same for a folder below the destination, "" for the destination itself. One behind a link that leads out is not
+// made; clear_the_way tells of it before anything is written.
+static bool make_below_or_tell(const beneath_folder& root, const std::string& folder) {
+    const int err = root.make_folder(folder, 0755);
+    if (err == EXDEV) xer << "not made, as it would lie outside: " << dest_dir_path << folder << "\n";
+    if (err == EXDEV || !show_make_dir_err(err)) return true;
+    make_dir_error(dest_dir_path + folder, err);
     return false;
 }
 
@@ -108,13 +126,16 @@ void make_dirs() {
     make_road_to_destination();
     const folder_set folders = wanted_folders();
     const std::vector<std::string> taken = taken_places(folders);
+    const beneath_folder root = destination_folder();
     for (const std::string& folder : folders)
-        if (!is_at_or_inside(folder, taken) && !make_or_tell(dest_dir_path + folder)) break;
+        if (!is_at_or_inside(folder, taken) && !make_below_or_tell(root, folder)) break;
     for (const char* folder : fixed_folders)
-        if (!is_at_or_inside(folder, taken)) make_or_tell(dest_dir_path + folder);
+        if (!is_at_or_inside(folder, taken)) make_below_or_tell(root, folder);
     for (const auto& link : framework_links) {
-        const std::string folder = dest_dir_path + link.folder;
-        if (!is_sim_link(folder + link.name, nullptr)) rename_file(folder, link.name, std::string("_") + link.name);
+        const std::string folder = link.folder;
+        struct stat facts;
+        if (root.look(folder + link.name, facts) == 0 && !S_ISLNK(facts.st_mode))
+            root.rename(folder + link.name, folder + "_" + link.name);
     }
 }
 
@@ -167,8 +188,9 @@ static void free_taken_places() {
     if (freed.empty()) return;
     std::erase_if(freed, [](const std::string& path) { return !free_taken_place(path, contested_paths().at(path)); });
     folders.insert(std::begin(fixed_folders), std::end(fixed_folders));
+    const beneath_folder root = destination_folder();
     for (const std::string& folder : folders)
-        if (is_at_or_inside(folder, freed) && !make_or_tell(dest_dir_path + folder)) break;
+        if (is_at_or_inside(folder, freed) && !make_below_or_tell(root, folder)) break;
 }
 
 // A folder where a file is to be installed, and what is in it.
@@ -240,8 +262,43 @@ static int remove_folders_in_the_way() {
     return 1;
 }
 
+// The first folder on the way to `folder` that leads out of the destination; "" if none does.
+static std::string way_out(const beneath_folder& root, const std::string& folder) {
+    for (std::size_t slash = folder.find('/'); !folder.empty(); slash = folder.find('/', slash + 1)) {
+        const std::string part = folder.substr(0, slash);
+        const int err = beneath_folder(root, part).error();
+        if (err == EXDEV) return part;
+        if (err || slash == std::string::npos) break;
+    }
+    return "";
+}
+
+// Whether every file to install or delete lies in the destination. What is behind a link that the release itself once laid
+// there does not count, as long as that link is still to be cleared away.
+static bool all_stays_inside(bool links_are_cleared) {
+    const beneath_folder root = destination_folder();
+    std::string last_folder;  // files of one folder stand together
+    for (const file_history_struct& history : sim_info) {
+        const file_version_struct& row = history.back();
+        if (!row.do_fetch && !row.do_delete) continue;
+        const std::string installed = installed_path(row);
+        const std::string folder = installed.substr(0, installed.find_last_of('/') + 1);
+        if (folder.empty() || folder == last_folder) continue;
+        last_folder = folder;
+        const std::string out = way_out(root, folder.substr(0, folder.size() - 1));
+        if (out.empty() || (!links_are_cleared && behind_shipped_link(installed))) continue;
+        xer << "leads out of the destination: " << dest_dir_path << out << "\n";
+        __MACIBM_alert(0, "A folder of this copy is a link that leads out of it!",
+                       "I install and delete nothing outside the folder that you chose.",
+                       "Please put a real folder in the place of the link, and install again. The link is:",
+                       dest_dir_path + out, t_alert, OOPS_PLACE);
+        return false;
+    }
+    return true;
+}
+
 int clear_the_way() {
-    if (!remove_folders_in_the_way()) return 0;
+    if (!all_stays_inside(false) || !remove_folders_in_the_way()) return 0;
     free_taken_places();
-    return 1;
+    return all_stays_inside(true);
 }

@@ -12,11 +12,15 @@
 
 #include <string>
 
+// A folder that every install makes: below the destination, with its "/".
+bool is_fixed_folder(const std::string& folder);
+
 void make_dirs();  // a failure shows an alert and the install goes on
 void make_dir_error(const std::string& path, int err);
 
 // Removes shipped files (and links) that stand in the place of a wanted folder, asking first where one was changed and
 // the choice of files has not settled it; one that stays is told of as a folder that could not be made. Removes folders
-// that stand in the place of a file to fetch if they hold nothing but withdrawn files. 0 if one holds anything else: an
-// alert has named it, nothing was removed, and the install cannot go on.
+// that stand in the place of a file to fetch if they hold nothing but withdrawn files. 0 if one holds anything else, or if
+// a folder on the way to some file is a link that leads out of the destination: an alert has named it, nothing was
+// removed, and the install cannot go on.
 int clear_the_way();

@@ -24,7 +24,9 @@
 flow_t flow;
 
 constexpr int list_slot = 0, directory_slot = 1;  // of the pool
-constexpr double file_work_seconds = 0.01;        // of a frame, so that the screen stays live
+// Far more than any release needs: 60 bytes a row, and text packs well.
+constexpr std::int64_t most_list_bytes = 1 << 20, most_directory_zip_bytes = 256 << 20, most_directory_bytes = 1 << 30;
+constexpr double file_work_seconds = 0.01;  // of a frame, so that the screen stays live
 
 void flow_start() {
     stg = stg_t{};
@@ -38,6 +40,7 @@ void flow_start() {
 int flow_server_list() {
     if (stg.server_cnt != -1) return net_complete;
     const std::string local = temp_path + "serverlist.txt";
+    http.most_bytes[list_slot] = most_list_bytes;
     const int result = http.net_check(list_slot, flow.list_host, "/serverlist.txt", local);
     if (result != net_complete) return result;
     const int count = read_server_list(local);
@@ -59,13 +62,17 @@ void flow_make_paths() {
 }
 
 static void expand_directory() {
-    const int err = zip_to_file(flow.net_dir_path_zip, flow.dir_path_path, nullptr, 0);
-    if (err == 0)
+    const int err = zip_to_file(flow.net_dir_path_zip, beneath_folder(flow.dir_path_path), "",
+                                {"directory.txt", "", most_directory_bytes});
+    if (err == 0) {
         stg.dir_state = dir_unread;
-    else
+    } else {
+        http.reject(directory_slot);
+        stg.server_sel = pick_server_plain(stg.server_cnt);
         __MACIBM_alert(0, "DIR-scan: The installer cannot extract a file.", "Error: " + error_str(err),
                        "Compressed File/" + flow.net_dir_path_zip, "Destination Path/" + flow.dir_path_path, t_alert,
                        OOPS_PLACE);
+    }
     delete_file(flow.net_dir_path_zip);
 }
 
@@ -74,6 +81,7 @@ int flow_directory() {
     if (stg.server_cnt < 1) return net_running;
     flow_make_paths();
     const std::size_t server = static_cast<std::size_t>(stg.server_sel);
+    http.most_bytes[directory_slot] = most_directory_zip_bytes;
     const int result = http.net_check(directory_slot, server_name[server], server_path[server] + "directory.txt.zip",
                                       flow.net_dir_path_zip);
     if (result == net_failed) stg.server_sel = pick_server_plain(stg.server_cnt);

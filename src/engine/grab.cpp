@@ -1,9 +1,15 @@
 #include "engine/grab.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <vector>
 
+#include "engine/dirs.h"
 #include "engine/front.h"
 #include "engine/stg.h"
 #include "files/error_str.h"
@@ -31,17 +37,30 @@ static std::string folder_of(const std::string& path) {
     return path.size() < 2 ? std::string() : path.substr(0, path.rfind('/', path.size() - 2) + 1);
 }
 
+// The folders on the way to a file may be empty now. Those that every install makes stay.
+static void mark_for_sweep(const std::string& installed) {
+    for (std::string folder = folder_of(installed); !folder.empty(); folder = folder_of(folder))
+        if (!is_fixed_folder(folder)) deleted_files.insert(dest_dir_path + folder);
+}
+
+static void fail_install(const char* what, const std::string& error, const std::string& zip,
+                         const std::string& destination) {
+    stg.install_failed = 1;
+    __MACIBM_alert(0, what, "Error: " + error, zip, "Destination: " + destination, t_alert, OOPS_PLACE);
+}
+
 int delete_withdrawn(const file_version_struct& row) {
     const std::string installed = installed_path(row);
-    const std::string destination = dest_dir_path + installed;
+    const std::string destination = destination_of(row);
     int result = 0;
     if (!behind_shipped_link(installed)) {
-        result = delete_file(destination);
+        result = destination_folder().remove_file(installed);
+        if (result == EXDEV) result = err_leads_outside;
         log_action("now we want to nuke a file: DELETING  file ", destination, result);
-        for (std::string folder = folder_of(destination); folder.size() > dest_dir_path.size();
-             folder = folder_of(folder))
-            deleted_files.insert(folder);
-        if (show_del_err(result))
+        mark_for_sweep(installed);
+        if (result == err_leads_outside)
+            fail_install("I did not delete a file that I no longer want to have!", error_str(result), "", destination);
+        else if (show_del_err(result))
             __MACIBM_alert(0, "Could not delete a file that I no longer want to have!", error_str(result), destination,
                            "", t_alert, OOPS_PLACE);
     }
@@ -50,28 +69,34 @@ int delete_withdrawn(const file_version_struct& row) {
     return result;
 }
 
-int extract_and_delete_file(const std::string& zip, const std::string& dest) {
-    const int result = zip_to_file(zip, folder_of(dest), nullptr, 0);
-    if (result != 0) {
-        stg.install_failed = 1;
-        __MACIBM_alert(0, "The installer cannot extract a file.", "Error: " + error_str(result),
-                       "Compressed File: " + zip, "Destination: " + dest, t_alert, OOPS_PLACE);
-    } else {
+// Kilobytes are cut, and a float holds large ones with gaps; a link may be longer than it counts.
+static std::uint64_t most_bytes(float kilobytes) {
+    constexpr double slack = 8192;
+    return static_cast<std::uint64_t>((static_cast<double>(kilobytes) + 1) * 1000 * 1.001 + slack);
+}
+
+int extract_and_delete_file(const std::string& zip, const file_version_struct& row) {
+    const std::string installed = installed_path(row), dest = destination_of(row);
+    const std::size_t slash = installed.rfind('/');
+    const std::string folder = slash == std::string::npos ? std::string() : installed.substr(0, slash);
+    const beneath_folder root = destination_folder();
+    const int result =
+        zip_to_file(zip, root, folder, {installed.substr(slash + 1), row.sig_want, most_bytes(row.ext_size)});
+    log_action("EXPANDING file ", dest, result);
+    if (result == 0) {
         const bool is_program = dest.find("Contents/MacOS/") != std::string::npos;
-        const int chmod_result = is_program ? make_file_executable(dest) : 0;
-        log_action("EXPANDING file ", dest, result);
-        log_action("CHMODING  file ", dest, chmod_result);
+        log_action("CHMODING  file ", dest, is_program ? root.change_mode(installed, 0755) : 0);
     }
-    if (!is_dvd) {
-        const int delete_result = delete_file(zip);
-        log_action("DELETING  file ", zip, delete_result);
-    }
+    if (!is_dvd) log_action("DELETING  file ", zip, delete_file(zip));
     return result;
 }
 
-static void expand(const file_version_struct& row, const std::string& zip) {
-    const int result = extract_and_delete_file(zip, destination_of(row));
-    if (result == 0) ++next.files_done;
+static void tell_result(const file_version_struct& row, const std::string& zip, int result) {
+    if (result == 0)
+        ++next.files_done;
+    else
+        fail_install("The installer cannot extract a file.", error_str(result), "Compressed File: " + zip,
+                     destination_of(row));
     front.file_finished(action_downloading, installed_path(row), result);
 }
 
@@ -83,6 +108,33 @@ static float arrived_share(int stream) {
     return static_cast<float>(static_cast<double>(transfer->received) / static_cast<double>(transfer->content_len));
 }
 
+// The same stream asks again, from another server.
+static void ask_again(std::size_t s) {
+    stg.down_failed = 1;
+    stg.server_sel = pick_server_biased(stg.server_cnt);
+    next.stream_fresh[s] = 0;
+}
+
+// The zip has arrived. True once the file is finished, well or not.
+static bool take_zip(std::size_t s, const file_version_struct& row, const std::string& zip) {
+    constexpr int most_bad_archives = 3;  // of one file, in a row
+    static std::map<std::string, int> bad_archives;
+    const int result = extract_and_delete_file(zip, row);
+    if (is_bad_archive(result) && ++bad_archives[row.path] < most_bad_archives) {
+        xer << "What " << server_name[static_cast<std::size_t>(stg.server_sel)] << " sent for " << row.path
+            << " is not that file: " << error_str(result) << "\n";
+        http.reject(static_cast<int>(s) + first_stream_slot);
+        const int liar = stg.server_sel;
+        ask_again(s);
+        if (stg.server_sel == liar && stg.server_cnt > 1) stg.server_sel = (liar + 1) % stg.server_cnt;
+        return false;
+    }
+    bad_archives.erase(row.path);
+    stg.down_failed = 0;
+    tell_result(row, zip, result);
+    return true;
+}
+
 // One look at the stream's transfer. True once its file is finished.
 static bool fetch_over_net(int stream, const file_version_struct& row, const std::string& source) {
     // What the transfer in each slot was started for. An install that ended leaves its transfers in the pool, and what
@@ -92,22 +144,18 @@ static bool fetch_over_net(int stream, const file_version_struct& row, const std
     const std::size_t server = static_cast<std::size_t>(stg.server_sel);
     const std::string zip = temp_path + std::to_string(stream) + ".zip";
     if (!http.slots[stream + first_stream_slot]) asked_for[s] = row.path;
+    http.most_bytes[stream + first_stream_slot] = static_cast<std::int64_t>(2 * most_bytes(row.zip_size));
     switch (http.net_check(stream + first_stream_slot, server_name[server], source, zip)) {
         case net_running:
             stg.file_rat = arrived_share(stream);
             next.part_kb += stg.file_rat * row.zip_size;
             return false;
         case net_complete:
-            if (asked_for[s] != row.path) return false;
-            stg.down_failed = 0;
-            expand(row, zip);
-            return true;
+            return asked_for[s] == row.path && take_zip(s, row, zip);
         default:
-            // The same stream asks again, from the new server. Files beyond this one are handed out once more.
-            stg.down_failed = 1;
+            // Files beyond this one are handed out once more.
             next.next_file = std::min(next.next_file, next.stream_file[s]);
-            stg.server_sel = pick_server_biased(stg.server_cnt);
-            next.stream_fresh[s] = 0;
+            ask_again(s);
             return false;
     }
 }
@@ -116,7 +164,7 @@ static bool fetch_from_disc(int stream, const file_version_struct& row, const st
     if (stream != 0)
         __MACIBM_alert(0, "Trying to do a DVD install with multiple streams!",
                        "The shark with the laser on his head is getting very dizzy!", "", "", t_exit, OOPS_PLACE);
-    expand(row, source);
+    tell_result(row, source, extract_and_delete_file(source, row));
     stg.file_rat = 1;
     return true;
 }
@@ -194,14 +242,28 @@ static bool has_work_left() {
     return false;
 }
 
+// A run that was killed between the last file of a folder and the sweep leaves the folder to the next one.
+static void mark_what_an_earlier_run_emptied() {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
+        const file_version_struct& row = sim_info[file].back();
+        if (is_gone(row) && row.sig_have == "NONE" && is_wanted(static_cast<int>(file)))
+            mark_for_sweep(installed_path(row));
+    }
+}
+
 // Folders that became empty, children before their parents.
 static void sweep() {
+    mark_what_an_earlier_run_emptied();
+    const beneath_folder root = destination_folder();
     for (auto folder = deleted_files.rbegin(); folder != deleted_files.rend(); ++folder) {
         std::vector<std::string> names;
         std::vector<int> kinds;
+        struct stat facts;
+        const std::string below = folder->substr(dest_dir_path.size(), folder->size() - dest_dir_path.size() - 1);
+        if (root.look(below, facts) != 0 || !S_ISDIR(facts.st_mode)) continue;
         if (opensave_getitems(*folder, kind_any, names, kinds) > 0) continue;
-        const int result = delete_file(*folder);
-        log_action("cleanup: DELETING  file ", *folder, result);
+        root.remove_file(below + "/" + zip_part_name);
+        log_action("cleanup: DELETING  file ", *folder, root.remove_folder(below));
     }
 }
 

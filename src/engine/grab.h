@@ -1,7 +1,8 @@
 // grab.h: fetches, expands and deletes what was decided, a turn for each stream in every call; sweeps up folders that
 // have become empty; may rename the destination to the release's name at the end.
 // How a file travels: server_path + path + ".zip" -> temp_path + stream + ".zip" -> expanded beside its target, renamed.
-// A transfer that fails chooses another server and is tried again, for as long as the user lets it.
+// A transfer that fails chooses another server and is tried again, for as long as the user lets it. A file that arrives
+// and is not the one that was promised counts as a failed transfer too; after three in a row the install has failed.
 // Threads: main thread only; nothing here blocks but the expansion of a file.
 #pragma once
 
@@ -12,9 +13,9 @@
 // 0: call again. Non-zero: over; failed if stg.install_failed is set.
 int grab_files();
 
-// Expands into the folder of `dest` and deletes the zip, but for a disc's. A failure shows an alert and sets
-// install_failed; the result is 0 or a code for error_str.
-int extract_and_delete_file(const std::string& zip, const std::string& dest);
+// Expands the row's zip and deletes it, but for a disc's. What comes out takes the old file's place only if it signs as
+// the row says. 0 or a code for error_str; is_bad_archive tells whether another server may do better.
+int extract_and_delete_file(const std::string& zip, const file_version_struct& row);
 
 // Deletes the file of a withdrawn row and marks its folders for the sweep. A failure is told to the log and the front.
 int delete_withdrawn(const file_version_struct& row);

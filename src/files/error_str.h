@@ -18,7 +18,9 @@ enum : int {
     err_net_host = 20011,
     err_fork_header = 20012,
     err_not_mz = 20013,  // these two have no words of their own
-    err_not_pe = 20014
+    err_not_pe = 20014,
+    err_wrong_content = 20015,  // what a server sent is not what the release holds
+    err_leads_outside = 20016   // the way to a file leads out of the folder that is worked in
 };
 
 // A code that is not in the table reads "Unknown error occurred (N)".

@@ -17,19 +17,21 @@
 
 #include "files/error_str.h"
 #include "files/io_utils.h"
+#include "files/md5.h"
 #include "files/xmap.h"
 #include "files/zip_large.h"
+#include "platform/beneath.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
+
+// Hidden, so that no listing of ours shows one that a kill left behind; the next expansion into its folder removes it.
+const char* const zip_part_name = ".velaris.part";
 
 namespace {
 
 constexpr std::size_t block_size = 256u << 10;
 constexpr std::size_t name_size = 256;  // longest name of an entry
-// Hidden, so that no listing of ours shows one that a crash left behind; the next expansion into its folder removes it.
-constexpr char part_name[] = ".velaris.part";
-
 constexpr unsigned long link_bits = 0xa000;
 constexpr unsigned long link_attributes = 0xa1ed0000;
 constexpr unsigned long made_on_unix = 3 << 8 | 20;  // or other programs would not see a mode in the attributes
@@ -70,22 +72,53 @@ int read_entry(unzFile zip, std::uint64_t size, const block_sink& sink) {
     return err;
 }
 
-// The name for what is being made, beside its target so that a rename can bring it there.
-std::string part_path(const std::string& target) {
-    return target.substr(0, target.rfind('/') + 1) + part_name;
+// `folder` below the root is where the entries go.
+struct expansion {
+    unzFile zip;
+    const std::string& zip_path;
+    const beneath_folder& root;
+    std::string folder;          // "", or with a "/" at its end
+    const zip_promise* promise;  // null: any archive
+
+    std::string below(const std::string& name) const { return folder + name; }
+};
+
+// A result of beneath_folder as one of ours.
+int placed(int err, const char* file, int line) {
+    if (err == 0) return 0;
+    return failed_at(err == EXDEV ? err_leads_outside : err, file, line);
 }
+
+// The signature of what goes by, where one is wanted.
+class content_test {
+  public:
+    explicit content_test(const zip_promise* wanted) : promise(wanted) { MD5Init(&context); }
+    void take(const unsigned char* bytes, std::size_t count) {
+        if (wants_signature()) MD5UpdateWide(&context, bytes, static_cast<std::uint32_t>(count));
+    }
+    int result() {
+        if (!wants_signature()) return 0;
+        MD5Final(&context);
+        return md5_hex(context) == promise->signature ? 0 : failed_at(err_wrong_content, OOPS_PLACE);
+    }
+
+  private:
+    bool wants_signature() const { return promise && !promise->signature.empty(); }
+    const zip_promise* promise;
+    MD5_CTX context;
+};
 
 // A file being written beside its target; it goes again unless it is brought there.
 class part_file {
   public:
-    explicit part_file(const std::string& target) : part(part_path(target)) {
-        unlink(part.c_str());
-        fd = open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-        err = fd < 0 ? failed_at(errno, OOPS_PLACE) : 0;
+    part_file(const beneath_folder& below, const std::string& target)
+        : root(below), part(target.substr(0, target.rfind('/') + 1) + zip_part_name) {
+        root.remove_file(part);
+        err = placed(root.make_file(part, 0666, fd), OOPS_PLACE);
     }
     ~part_file() {
         if (fd >= 0) close(fd);
-        if (!err) unlink(part.c_str());  // finds nothing where the file was brought to its target
+        if (!err && !brought) root.remove_file(part);
     }
     part_file(const part_file&) = delete;
     part_file& operator=(const part_file&) = delete;
@@ -96,9 +129,11 @@ class part_file {
     int bring_to(const std::string& target);
 
   private:
+    const beneath_folder& root;
     std::string part;
-    int fd;
+    int fd = -1;
     int err;
+    bool brought = false;
 };
 
 int part_file::write_block(const unsigned char* bytes, std::size_t count) const {
@@ -133,81 +168,90 @@ int part_file::bring_to(const std::string& target) {
     const int closed = close(fd);
     fd = -1;
     if (closed != 0) return failed_at(errno, OOPS_PLACE);
-    if (std::rename(part.c_str(), target.c_str()) != 0) return failed_at(errno, OOPS_PLACE);
-    return 0;
+    const int renamed = placed(root.rename(part, target), OOPS_PLACE);
+    brought = renamed == 0;
+    return renamed;
 }
 
-struct expansion {
-    unzFile zip;
-    const std::string& zip_path;
-    const std::string& out_dir;
-};
-
 int unzip_file(const expansion& from, const std::string& target, unz_file_info64 info) {
-    part_file part(target);
+    const bool large = mend_large_sizes(from.zip, info);
+    if (from.promise && info.uncompressed_size > from.promise->most_bytes)
+        return failed_at(err_wrong_content, OOPS_PLACE);
+    part_file part(from.root, target);
     if (part.open_result()) return part.open_result();
-    const block_sink write = [&part](const unsigned char* bytes, std::size_t count) {
+    content_test test(from.promise);
+    const block_sink write = [&](const unsigned char* bytes, std::size_t count) {
+        test.take(bytes, count);
         return part.write_block(bytes, count);
     };
-    const bool large = mend_large_sizes(from.zip, info);
-    const int err = large ? read_large_entry(from.zip, from.zip_path, info, write)
-                          : read_entry(from.zip, info.uncompressed_size, write);
+    int err = large ? read_large_entry(from.zip, from.zip_path, info, write)
+                    : read_entry(from.zip, info.uncompressed_size, write);
+    if (!err) err = test.result();
     if (err) return err;
     part.set_mode_and_date(info);
     return part.bring_to(target);
 }
 
-int unzip_link(unzFile zip, const std::string& target, const unz_file_info64& info) {
+int unzip_link(const expansion& from, const std::string& target, const unz_file_info64& info) {
     if (info.uncompressed_size >= PATH_MAX) return failed_at(-1, OOPS_PLACE);  // no link can be that long
     std::string text;
-    const int err = read_entry(zip, info.uncompressed_size, [&text](const unsigned char* bytes, std::size_t count) {
+    content_test test(from.promise);
+    int err = read_entry(from.zip, info.uncompressed_size, [&](const unsigned char* bytes, std::size_t count) {
+        test.take(bytes, count);
         text.append(bytes, bytes + count);
         return 0;
     });
+    if (!err) err = test.result();
     if (err) return err;
-    const std::string part = part_path(target);
-    unlink(part.c_str());
-    if (symlink(text.c_str(), part.c_str()) != 0) return failed_at(-1, OOPS_PLACE);
-    if (std::rename(part.c_str(), target.c_str()) == 0) return 0;
-    unlink(part.c_str());
-    return failed_at(-1, OOPS_PLACE);
+    const std::string part = target.substr(0, target.rfind('/') + 1) + zip_part_name;
+    from.root.remove_file(part);
+    err = from.root.make_link(text, part);
+    if (!err) err = from.root.rename(part, target);
+    if (!err) return 0;
+    from.root.remove_file(part);
+    return err == EXDEV ? placed(err, OOPS_PLACE) : failed_at(-1, OOPS_PLACE);
+}
+
+int unzip_symlink(const expansion& from, const std::string& target, const unz_file_info64& info) {
+    const int err = unzip_link(from, target, info);
+    if (err) log_failure("Zip to symlink failed with error ", err, target);
+    return err;
 }
 
 // `size` is the length that the archive claims: a name with a NUL in it or one that was cut is none of ours.
 bool is_safe_name(const std::string& name, std::size_t size) {
-    if (name.empty() || name.size() != size || name[0] == '/') return false;
-    for (std::size_t from = 0; from < name.size();) {
-        const std::size_t to = std::min(name.find('/', from), name.size());
-        if (name.compare(from, to - from, "..") == 0) return false;
-        from = to + 1;
-    }
-    return true;
+    if (name.empty() || name.size() != size) return false;
+    const std::string path = name.substr(0, name.size() - name.ends_with('/'));
+    return path_stays_below(path) && path.substr(path.rfind('/') + 1) != zip_part_name;
 }
 
-// An archive could lay a link first and then write through it, out of the folder it was given.
-bool leads_through_link(const std::string& out_dir, const std::string& name) {
+// An archive could lay a link first and then write through it, to where nobody looks for its files.
+bool leads_through_link(const expansion& from, const std::string& name) {
+    struct stat facts;
     for (std::size_t slash = name.find('/'); slash + 1 < name.size(); slash = name.find('/', slash + 1)) {
         if (slash == std::string::npos) break;
-        if (is_sim_link(out_dir + name.substr(0, slash), nullptr)) return true;
+        if (from.root.look(from.below(name.substr(0, slash)), facts) == 0 && S_ISLNK(facts.st_mode)) return true;
     }
     return false;
 }
 
 int unzip_entry(const expansion& from, const std::string& name, const std::string& target,
                 const unz_file_info64& info) {
-    if (!is_safe_name(name, info.size_filename) || leads_through_link(from.out_dir, name))
+    if (!is_safe_name(name, info.size_filename) || leads_through_link(from, name))
         return failed_at(err_zip_read, OOPS_PLACE);
     const bool fork = begins_with(name, fork_prefix);
+    if (from.promise && !fork && name != from.promise->name) return failed_at(err_wrong_content, OOPS_PLACE);
     if (name.back() == '/') {
-        const int err = fork ? 0 : make_folder(app_path + target);
-        return show_make_dir_err(err) ? err : 0;
+        const std::string folder = target.substr(0, target.size() - 1);
+        const int err = fork ? 0 : from.root.make_folder(folder, 0755);
+        return err == EXDEV ? placed(err, OOPS_PLACE) : show_make_dir_err(err) ? failed_at(err, OOPS_PLACE) : 0;
     }
-    if (fork) return unzip_resource_fork(from.zip, from.out_dir + name.substr(std::min(name.size(), fork_skip)), info);
-    if ((info.external_fa >> 16 & link_bits) == link_bits) return unzip_symlink(from.zip, target, info);
-    return unzip_file(from, app_path + target, info);
+    if (fork) return unzip_resource_fork(from.zip, from.below(name.substr(std::min(name.size(), fork_skip))), info);
+    if ((info.external_fa >> 16 & link_bits) == link_bits) return unzip_symlink(from, target, info);
+    return unzip_file(from, target, info);
 }
 
-int unzip_current(const expansion& from, std::string* name, int use_name) {
+int unzip_current(const expansion& from, std::string* name, int use_name, int& made) {
     unz_file_info64 info;
     char own_name[name_size + 1] = {};  // minizip sets no end behind a name that fills its buffer
     int err = unzGetCurrentFileInfo64(from.zip, &info, own_name, name_size, nullptr, 0, nullptr, 0);
@@ -215,9 +259,10 @@ int unzip_current(const expansion& from, std::string* name, int use_name) {
         xer << "unzGetCurrentFileInfo err != UNZ_OK! err=" << err << "\n";
         return failed_at(err, OOPS_PLACE);
     }
-    const std::string target = from.out_dir + (name && use_name ? *name : own_name);
+    const std::string target = from.below(name && use_name ? *name : own_name);
     if (name) *name = own_name;
     err = unzip_entry(from, own_name, target, info);
+    made += !begins_with(own_name, fork_prefix) && !target.ends_with('/');
     if (err) {
         log_failure("Zip to file failed with error ", err, target);
         xer << "UNZIP zip_to_file failed with err=" << err << "\n";
@@ -239,13 +284,19 @@ int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info6
     return err;
 }
 
-int unzip_symlink(void* zip, const std::string& path, const unz_file_info64& info) {
-    const int err = unzip_link(zip, app_path + path, info);
-    if (err) log_failure("Zip to symlink failed with error ", err, path);
+// All entries of the archive. `made` counts the files and links.
+static int expand_all(const expansion& from, std::string* name, int use_name, int& made) {
+    int err = noted(unzGoToFirstFile(from.zip), OOPS_PLACE);
+    while (err == UNZ_OK) {
+        err = unzip_current(from, name, use_name, made);
+        name = nullptr;
+        if (err == UNZ_OK) err = noted(unzGoToNextFile(from.zip), OOPS_PLACE);
+    }
     return err;
 }
 
-int zip_to_file(const std::string& zip, const std::string& out_dir, std::string* name, int use_name) {
+static int expand_archive(const std::string& zip, const beneath_folder& root, const std::string& folder,
+                          const zip_promise* promise, std::string* name, int use_name) {
     const std::string full = app_path + zip;
     const unzFile in = unzOpen64(full.c_str());
     if (!in) {
@@ -253,18 +304,37 @@ int zip_to_file(const std::string& zip, const std::string& out_dir, std::string*
             << full << "\nIn c-form, it is " << full.c_str() << "\nThe size is " << full.size() << "\n";
         return failed_at(err_zip_open, OOPS_PLACE);
     }
-    int err = noted(unzGoToFirstFile(in), OOPS_PLACE);
-    while (err == UNZ_OK) {
-        err = unzip_current({in, zip, out_dir}, name, use_name);
-        name = nullptr;
-        if (err == UNZ_OK) err = noted(unzGoToNextFile(in), OOPS_PLACE);
-    }
+    int made = 0;
+    int err = expand_all({in, zip, root, folder, promise}, name, use_name, made);
     const int closed = noted(unzClose(in), OOPS_PLACE);
     if (err == UNZ_END_OF_LIST_OF_FILE) err = closed;
+    if (!err && promise && made != 1) err = failed_at(err_wrong_content, OOPS_PLACE);
     if (err)
         xer << "Zip to file failed with error err = " << err << ". file = " << sErrFile << " line = " << sErrLine
             << ".\n";
     return err;
+}
+
+int zip_to_file(const std::string& zip, const std::string& out_dir, std::string* name, int use_name) {
+    const beneath_folder root(out_dir.empty() && app_path.empty() ? "." : app_path + out_dir);
+    return expand_archive(zip, root, "", nullptr, name, use_name);
+}
+
+int zip_to_file(const std::string& zip, const beneath_folder& root, const std::string& folder,
+                const zip_promise& promise) {
+    return expand_archive(zip, root, folder.empty() ? folder : folder + "/", &promise, nullptr, 0);
+}
+
+bool is_bad_archive(int result) {
+    switch (result) {
+        case err_zip_open:
+        case err_zip_read:
+        case err_fork_header:
+        case err_wrong_content:
+            return true;
+        default:
+            return result < UNZ_ERRNO;  // minizip's own words about an archive
+    }
 }
 
 namespace {

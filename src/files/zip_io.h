@@ -6,6 +6,7 @@
 // in the high half of the external attributes mean a link, whose content is its target; all else is a file with st_mode
 // in that half and its date in local time. A name above 256 bytes, an absolute one, one with ".." and one that leads
 // through a link is refused (20002).
+// Nothing is written outside the folder that was given, whatever links lie on the way (20016).
 // A file is expanded in blocks into a temporary file beside its target, tested, and renamed over it, so that a failure
 // leaves the old file whole and memory does not grow with the file.
 // Results: 0, errno, a code of minizip's, or one of error_str's. No alert is raised; failures are logged.
@@ -13,7 +14,27 @@
 
 #include <minizip/unzip.h>
 
+#include <cstdint>
 #include <string>
+
+class beneath_folder;
+
+// What the archive of one file must hold. Only a file that keeps the promise takes the place of an old one.
+struct zip_promise {
+    std::string name;       // of its one file; forks beside it are passed over, anything else is refused
+    std::string signature;  // of the file's bytes or the link's target (20015); empty: any
+    std::uint64_t most_bytes = UINT64_MAX;  // an entry that claims more is refused before anything is written (20015)
+};
+
+// Expands the one file of the archive into `folder` below `root`, "" for the root itself; no "/" at its end.
+int zip_to_file(const std::string& zip, const beneath_folder& root, const std::string& folder,
+                const zip_promise& promise);
+
+// Whether a result of zip_to_file tells of a bad archive, which another server may have in order, and not of this machine.
+bool is_bad_archive(int result);
+
+// Where a kill in the middle of an expansion leaves a file: in the folder that was expanded into, under this name.
+extern const char* const zip_part_name;
 
 // `out_dir` ends in "/". With `use_name` non-zero the entry is written as *name; with `name` not null the first entry's
 // name is stored there in every case.
@@ -22,6 +43,5 @@ int zip_to_file(const std::string& zip, const std::string& out_dir, std::string*
 // One entry, named as the last component of `source`: stored for a link, deflated for a file; zip64 only from 4 GB on.
 int file_to_zip(const std::string& source, const std::string& zip);
 
-// The current entry of the open zip is a fork, or a link.
+// The current entry of the open zip is a fork; `path` is for the log.
 int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info64& info);
-int unzip_symlink(void* zip, const std::string& path, const unz_file_info64& info);

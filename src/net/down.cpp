@@ -1,5 +1,6 @@
 #include "net/down.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
@@ -140,6 +141,11 @@ void down_class::DoProcessing() {
     if (!header_done && !parse_headers()) return;
     last_data = xtim.real_time;
     const std::int64_t have = received + static_cast<std::int64_t>(in_buf.size());
+    if (most_bytes > 0 && std::max(content_len, have) > most_bytes) {
+        file_err = EMSGSIZE;
+        in_buf.clear();
+        return;
+    }
     if (content_len != -1 && have >= content_len) sock->Disconnect();
     write_body();
 }

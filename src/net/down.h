@@ -51,6 +51,7 @@ class down_class {
     std::string out_path;
     int file_err = 0;               // errno of the local file, or 20011 for an unknown host
     std::int64_t content_len = -1;  // -1: not known
+    std::int64_t most_bytes = 0;    // that the body may have; beyond them the transfer has failed (EMSGSIZE); 0: any
     std::int64_t received = 0;      // body bytes taken; counted before the write, so look at IsErr too
     float last_data = 0;            // real time of the last body data
 

@@ -68,6 +68,7 @@ bool http_class::start(int slot, const std::string& server, const std::string& p
     unsigned short port = http_port;
     const std::string host = split_host_port(server, port);
     slots[slot] = new down_class(host.c_str(), port, path.c_str(), false, headers, nullptr, 0, local.c_str());
+    slots[slot]->most_bytes = most_bytes[slot];
     requests[slot] = {server, path, local};
     return true;
 }
@@ -93,10 +94,16 @@ int http_class::finish(int slot, int result) {
 void http_class::note_outcome(int slot, int result) {
     constexpr float first_pause = 0.1f, longest_pause = 1.0f;
     pause& p = pauses[slot];
+    p.before = p.failures;
     p.failures = result == net_failed ? p.failures + 1 : 0;
     p.not_before = 0;
     if (p.failures > 1)
         p.not_before = xtim.real_time + std::min(std::ldexp(first_pause, std::min(p.failures, 10) - 2), longest_pause);
+}
+
+void http_class::reject(int slot) {
+    pauses[slot].failures = pauses[slot].before;
+    note_outcome(slot, net_failed);
 }
 
 static std::string system_words(int error) {
@@ -119,7 +126,8 @@ static std::string why_silent(const down_class& d) {
 
 static std::string why_failed(const down_class& d, const std::string& local) {
     if (d.file_err == err_net_host) return "host unknown";
-    if (d.file_err == EMSGSIZE) return "endless headers";
+    if (d.file_err == EMSGSIZE && !d.header_done) return "endless headers";
+    if (d.file_err == EMSGSIZE) return "more than the " + std::to_string(d.most_bytes) + " bytes that it may send";
     if (d.file_err != 0) return "cannot write " + local + ": " + error_str(d.file_err);
     if (d.sock->state_now() == sock_error) return system_words(d.sock->GetOSError());
     if (d.header_done && (d.status < 200 || d.status > 299)) return std::to_string(d.status) + " " + d.reason;

@@ -27,6 +27,13 @@ class http_class {
     // A failed slot is having its pause: net_check would only say that it is at work.
     bool is_pausing(int slot) const { return !slots[slot] && xtim.real_time < pauses[slot].not_before; }
 
+    // What a completed transfer brought turned out to be no good: it counts as a failure after all, with its pause.
+    void reject(int slot);
+
+    // The longest body that the next transfer of a slot may bring; one that announces or sends more has failed.
+    // 0 for no limit.
+    std::int64_t most_bytes[http_slot_count] = {};
+
     // Body bytes that have come in over all transfers of the run.
     std::int64_t bytes_in() const;
     const std::string& last_failure() const { return failure; }  // why the last transfer failed, in plain words
@@ -49,6 +56,7 @@ class http_class {
     // next ones after a pause that doubles up to a second.
     struct pause {
         int failures = 0;      // in a row
+        int before = 0;        // the same before the last outcome
         float not_before = 0;  // real time; until then net_check only says that it is at work
     };
     void note_outcome(int slot, int result);

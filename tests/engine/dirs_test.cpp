@@ -109,3 +109,24 @@ TEST_F(dirs, a_folder_in_the_place_of_a_file_goes_if_it_holds_only_what_was_with
     EXPECT_FALSE(is_there("folder") || is_there("empty") || is_there("taken"));
     EXPECT_EQ(alerts.count(), 1U) << alerts.last();
 }
+
+TEST_F(dirs, a_folder_that_is_a_link_leading_out_is_named_and_nothing_is_touched) {
+    disk.write("outside/old", "1");
+    put({{"keep/f", "1"}});
+    put_link("scenery", "../outside");
+    put_link("inside", "keep");
+    history("All/scenery/old", {"1", "GONE"});
+    history("All/scenery/new/f", {"1"});
+    history("All/inside/f", {"1", "2"});
+    read();
+    make_dirs();
+    choose_files();
+    EXPECT_EQ(alerts.last(), "");
+    EXPECT_EQ(clear_the_way(), 0);
+    EXPECT_EQ(alerts.seen.back().line4, dest_dir_path + "scenery");
+    EXPECT_EQ(scratch::read(disk / "outside/old"), "1");
+    EXPECT_FALSE(scratch::exists(disk / "outside/new"));
+    // The user's own link to another folder of the copy is none of our business.
+    sim_info.erase(sim_info.begin(), sim_info.begin() + 2);
+    EXPECT_EQ(clear_the_way(), 1);
+}

@@ -170,6 +170,77 @@ TEST_F(grab, a_zip_that_cannot_be_expanded_ends_the_install_even_as_the_last_fil
     }
 }
 
+TEST_F(grab, what_does_not_sign_as_promised_never_takes_the_old_files_place) {
+    open_mirror();
+    put({{"a/f", "old"}});
+    row("All/a/f", "old");
+    row("All/a/f", "new");
+    const auto zip_of = [this](const std::string& name, const std::string& content) {
+        EXPECT_EQ(file_to_zip(disk.write("lie/" + name, content), disk / "lie.zip"), 0);
+        return scratch::read(disk / "lie.zip");
+    };
+    // Other bytes, another file, one that is larger than any that the row may mean, and an archive of nothing.
+    for (const std::string& lie : {zip_of("f", "bad"), zip_of("precious", "new"), zip_of("f", std::string(99'000, 'x')),
+                                   std::string("PK\5\6") + std::string(18, '\0')}) {
+        served["/r/All/a/f.zip"] = lie;
+        prepare();
+        EXPECT_EQ(run(), 1);
+        EXPECT_EQ(stg.install_failed, 1);
+        EXPECT_EQ(requests, "/r/All/a/f.zip;/r/All/a/f.zip;/r/All/a/f.zip;") << "three tries in a row";
+        EXPECT_EQ(alerts.seen.back().line4, "Destination: " + dest_dir_path + "a/f");
+        EXPECT_EQ(on_disk({"a/f"}), "old");
+        EXPECT_FALSE(is_there("a/precious"));
+        stg.install_failed = 0;
+    }
+}
+
+TEST_F(grab, a_server_that_lies_is_left_for_another_one) {
+    open_mirror();
+    stg.server_cnt = 2;
+    server_name[1] = server_name[0];
+    server_path[1] = "/good/";
+    put({{"a/f", "old"}});
+    row("All/a/f", "old");
+    shipped("All/a/f", "new");
+    served["/good/All/a/f.zip"] = served["/r/All/a/f.zip"];
+    served["/r/All/a/f.zip"] = "Please sign in.";
+    prepare();
+    EXPECT_EQ(run(), 1);
+    EXPECT_EQ(stg.install_failed, 0);
+    EXPECT_EQ(on_disk({"a/f"}), "new");
+    EXPECT_EQ(requests, "/r/All/a/f.zip;/good/All/a/f.zip;");
+    EXPECT_EQ(alerts.last(), "");
+}
+
+TEST_F(grab, a_link_that_is_laid_during_the_run_is_no_way_out) {
+    open_mirror();
+    disk.write("outside/old", "1");
+    put({{"a/old", "1"}});
+    shipped("All/a/f", "1");
+    history("All/a/old", {"1", "GONE"});
+    prepare();
+    ASSERT_EQ(rename((dest_dir_path + "a").c_str(), (dest_dir_path + "b").c_str()), 0);
+    put_link("a", "../outside");
+    EXPECT_EQ(run(), 1);
+    EXPECT_EQ(stg.install_failed, 1);
+    EXPECT_TRUE(is_link("a"));
+    EXPECT_FALSE(scratch::exists(disk / "outside/f"));
+    EXPECT_EQ(scratch::read(disk / "outside/old"), "1");
+}
+
+TEST_F(grab, a_folder_that_a_killed_run_emptied_is_swept_by_the_next) {
+    open_mirror();
+    put({{"Output/logbooks/f", "1"}});
+    mkdir((dest_dir_path + "old").c_str(), 0755);
+    disk.write("dest/old/.velaris.part", "half a file");
+    history("All/old/f", {"1", "GONE"});
+    history("All/Output/logbooks/f", {"1", "GONE"});
+    prepare();
+    EXPECT_EQ(run(), 1);
+    EXPECT_FALSE(is_there("old"));
+    EXPECT_TRUE(is_folder("Output/logbooks")) << "every install makes it";
+}
+
 TEST_F(grab, a_transfer_left_over_from_an_install_that_ended_is_not_taken_for_another_file) {
     open_mirror();
     shipped("All/a/first", "1");
