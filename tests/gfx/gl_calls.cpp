@@ -60,16 +60,6 @@ void glEnd() {
     HAND_ON(glEnd);
 }
 
-void glColor3fv(const GLfloat* c) {
-    if (gl_calls.watching) gl_calls.colour = {c[0], c[1], c[2]};
-    HAND_ON(glColor3fv, c);
-}
-
-void glColor4f(GLfloat r, GLfloat g, GLfloat b, GLfloat a) {
-    if (gl_calls.watching) gl_calls.colour = {r, g, b, a};
-    HAND_ON(glColor4f, r, g, b, a);
-}
-
 void glTexCoord2f(GLfloat s, GLfloat t) {
     pen_s = s;
     pen_t = t;

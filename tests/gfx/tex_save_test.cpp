@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <tuple>
 #include <utility>
 
@@ -35,24 +34,6 @@ TEST(tex_save, png_comes_back_in_every_format) {
     }
 }
 
-TEST(tex_save, writes_the_scratch_image_up_to_its_full_size) {
-    const scratch folder;
-    TEX_image_desc desc;
-    bytes pixels;
-    for (unsigned char* const buffer : {scratch_array_temp, scratch_array}) {
-        ASSERT_EQ(reinterpret_cast<std::uintptr_t>(buffer) % 16, 0u);
-        buffer[std::size_t{scratch_side} * scratch_side * 4 - 1] = buffer == scratch_array ? 9 : 8;
-    }
-    ASSERT_EQ(write_png_to_disk(folder / "a.png", scratch_side, scratch_side, 4), 1);
-    ASSERT_EQ(TEX_load_any(folder / "a.png", desc, tex_format_rgba, pixels), 1);
-    EXPECT_EQ(pixels.back(), 9);
-    ASSERT_EQ(write_png_to_disk(folder / "b.png", 3, 2, 3), 1);
-    ASSERT_EQ(TEX_load_any(folder / "b.png", desc, tex_format_rgb, pixels), 1);
-    EXPECT_EQ(desc.width, 3);
-    EXPECT_EQ(write_png_to_disk(folder / "c.png", scratch_side + 1, 1, 4), 0);
-    EXPECT_EQ(write_png_to_disk(folder / "c.png", -1, 1, 4), 0);
-}
-
 TEST(tex_save, leaves_nothing_where_it_cannot_write) {
     const alert_catcher alerts;
     const scratch folder;
@@ -71,24 +52,4 @@ TEST(tex_save, leaves_nothing_where_it_cannot_write) {
         EXPECT_FALSE(scratch::exists(full));
     }
     EXPECT_EQ(alerts.count(), 0u);
-}
-
-TEST(tex_save, dds_comes_back_with_its_levels) {
-    const scratch folder;
-    for (const int format : {tex_format_dxt1, tex_format_dxt3, tex_format_dxt5})
-        for (const int mipmaps : {0, 1}) {
-            const TEX_image_desc saved = {format, 16, 4, 0, mipmaps};
-            const bytes blocks = random_bytes(TEX_bytes_needed_for_image(saved), 3);
-            ASSERT_EQ(TEX_save_dds(folder / "a.dds", saved, blocks.data()), 1);
-            TEX_image_desc desc;
-            xmap_class file;
-            const unsigned char* data = nullptr;
-            ASSERT_EQ(TEX_load_dds(folder / "a.dds", file, desc, &data), 1);
-            EXPECT_EQ(desc.format, format);
-            EXPECT_EQ(desc.mipmaps, mipmaps ? 5 : 0);
-            ASSERT_EQ(TEX_bytes_needed_for_image(desc), blocks.size());
-            bytes back(data, data + blocks.size());
-            TEX_flip_y(desc, back.data());
-            EXPECT_EQ(back, blocks);
-        }
 }

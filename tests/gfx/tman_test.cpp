@@ -3,8 +3,6 @@
 #include <GL/gl.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "gfx/gl_calls.h"
 #include "gfx/gl_window.h"
 #include "gfx/glext.h"
@@ -22,12 +20,6 @@ constexpr int builtin_flags = tex_fmt_rgba | tex_full | tex_no_effect;
 static int side(GLenum which, int level = 0) {
     GLint value = 0;
     glGetTexLevelParameteriv(GL_TEXTURE_2D, level, which, &value);
-    return value;
-}
-
-static int parameter(GLenum which) {
-    GLint value = 0;
-    glGetTexParameteriv(GL_TEXTURE_2D, which, &value);
     return value;
 }
 
@@ -69,27 +61,19 @@ static std::string save(const scratch& folder, const std::string& name, int size
     return folder / name;
 }
 
-TEST(tman, misuse_is_fatal_and_says_what) {
-    alert_catcher alerts;
-    const auto load = [&](int manual_ref, int flags, int load_time) {
-        EXPECT_THROW(tman.load_texture(4, manual_ref, flags, load_time, "scratch_array:x"), left);
-        return alerts.seen.empty() ? "" : alerts.seen.back().line1;
+TEST(tman, a_reference_or_size_out_of_bounds_is_fatal_and_names_the_image) {
+    const alert_catcher alerts;
+    const auto load = [](int manual_ref) {
+        return tman.load_texture(4, manual_ref, builtin_flags, load_now, "scratch_array:x");
     };
-    EXPECT_EQ(load(0, 2, 99), "Trying to create an invalid texture load_time!");
-    EXPECT_EQ(load(0, 2, 103), "Trying to create an invalid texture load_time!");
-    EXPECT_EQ(load(1132, 2, 100), "Trying to bind too low or high a manual_ref!");
-    EXPECT_EQ(load(-1, 2, 100), "Trying to bind too low or high a manual_ref!");
-    EXPECT_EQ(load(388, 16384 + 2, 100), "Trying to bind an invalid filter type!");
-    EXPECT_EQ(load(388, -2, 100), "Trying to bind an invalid filter type!");
-    EXPECT_EQ(load(388, 256, 100), "BAD color enum for tman - see tman.h for valid colors!  We cannot pass 0.");
-    EXPECT_EQ(load(388, 7, 100), "Trying to bind too low or high a number of bytes!");
+    EXPECT_THROW(load(1132), left);
+    EXPECT_THROW(load(-1), left);
     scratch_dx = 2049;
     scratch_dy = 1;
-    EXPECT_EQ(load(388, 2, 100), "Trying to create a texture either less than 1 or greater than 2048!");
-    EXPECT_NE(alerts.last().find("scratch_array:x"), std::string::npos) << "names the image";
+    EXPECT_THROW(load(388), left);
+    EXPECT_NE(alerts.last().find("scratch_array:x"), std::string::npos);
     EXPECT_THROW(tman.bind_ref(5000, 0, 0), left);
-    EXPECT_EQ(alerts.seen.back().line2, "(manual_ref>=ref_dat.size()!");
-    EXPECT_EQ(tman.load_texture(4, 0, 2, 100, ""), 0);
+    EXPECT_EQ(tman.load_texture(4, 0, builtin_flags, load_now, ""), 0);
 }
 
 TEST(tman, an_image_stands_in_the_low_corner_of_a_texture_of_powers_of_two) {
@@ -101,27 +85,17 @@ TEST(tman, an_image_stands_in_the_low_corner_of_a_texture_of_powers_of_two) {
     EXPECT_EQ(side(GL_TEXTURE_WIDTH), 1024);
     EXPECT_EQ(side(GL_TEXTURE_HEIGHT), 1024);
     const bytes image = texels();
-    for (const int x : {0, 1009})
-        for (const int y : {0, 763})
-            EXPECT_EQ(texel(image, 1024, x, y), orange);
-    EXPECT_EQ(parameter(GL_TEXTURE_WRAP_S), GL_REPEAT);
-    EXPECT_EQ(parameter(GL_TEXTURE_MIN_FILTER), GL_LINEAR);
-    const tman_class::ref_dat_struct* row = tman.record(389);
-    EXPECT_EQ(row->width, 1010.0f);
-    EXPECT_EQ(row->tex_height, 1024.0f);
-    EXPECT_EQ(row->use_count, -1);
-    EXPECT_EQ(tman.tot_vram(), 1024 * 1024 * 4);
+    EXPECT_EQ(texel(image, 1024, 0, 0), orange);
+    EXPECT_EQ(texel(image, 1024, 1009, 763), orange);
 
     // The same reference again: other pixels in the same texture, and nothing lost on the card.
     fill_scratch(300, 200, {0, 0, 255});
-    const unsigned before = row->tex_id;
+    const unsigned before = tman.record(389)->tex_id;
     tman.load_texture(4, 389, tex_fmt_rgba | tex_any_size | tex_clamp_x, load_now, scratch_name);
     tman.bind_ref(389, 0, 0);
     EXPECT_EQ(tman.record(389)->tex_id, before);
     EXPECT_EQ(side(GL_TEXTURE_WIDTH), 300);
     EXPECT_EQ(side(GL_TEXTURE_HEIGHT), 200);
-    EXPECT_NE(parameter(GL_TEXTURE_WRAP_S), GL_REPEAT);
-    EXPECT_EQ(parameter(GL_TEXTURE_WRAP_T), GL_REPEAT);
     EXPECT_EQ(tman.loaded_texes(), 1);
 }
 
@@ -130,27 +104,12 @@ TEST(tman, files_are_shared_by_name_and_go_when_nobody_uses_them) {
     const scratch folder;
     const std::string name = save(folder, "one.png", 8, {10, 20, 30});
     const int ref = tman.load_texture(scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, name);
-    EXPECT_EQ(ref, tex_auto);
-    EXPECT_EQ(tman.record(ref)->load_state, load_on_bind);
     EXPECT_EQ(tman.load_texture(scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, name), ref);
-    EXPECT_EQ(tman.record(ref)->use_count, 2);
-    EXPECT_EQ(tman.record(ref)->load_state, load_now) << "the second one wants it";
-    EXPECT_NE(tman.load_texture(scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, folder / "two.png"), ref);
-    EXPECT_EQ(tman.total_texes(), 2);
-
-    tman.unload_texture(ref);
-    EXPECT_EQ(tman.loaded_texes(), 0);
-    tman.bind_ref(ref, 0, 0);
-    EXPECT_EQ(texel(texels(), 8, 3, 3), (rgb{10, 20, 30})) << "back from its file";
-
-    tman.release_texture(ref);
-    tman.purge_unused_texes();
-    EXPECT_EQ(tman.record(ref)->load_state, load_now) << "one user left";
-    tman.release_texture(ref);
-    tman.purge_unused_texes();
-    EXPECT_EQ(tman.record(ref)->name, "un-inited");
-    fill_scratch(1, 1, {1, 2, 3});
-    EXPECT_EQ(tman.load_texture(4, 0, builtin_flags, load_now, scratch_name), ref) << "the place is free again";
+    for (const int users_left : {1, 0}) {
+        tman.release_texture(ref);
+        tman.purge_unused_texes();
+        EXPECT_EQ(tman.record(ref)->load_state == load_now, users_left == 1);
+    }
 }
 
 TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
@@ -160,8 +119,7 @@ TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
     save(folder, "p.dds", 8, of_dds, true);
     save(folder, "p.png", 8, of_png, true);
     const auto drawn = [&](const char* name) {
-        const int ref =
-            tman.load_texture(scenery, 0, tex_fmt_rgb | tex_full | tex_keep_scratch, load_now, folder / name);
+        const int ref = tman.load_texture(scenery, 0, tex_fmt_rgb | tex_full, load_now, folder / name);
         tman.bind_ref(ref, 0, 0);
         EXPECT_EQ(texel(texels(), 8, 2, 6), (rgb{0, 0, 0})) << "the upper half";
         return texel(texels(), 8, 2, 1);
@@ -171,14 +129,13 @@ TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
     char* argv[] = {program, option};
     cmdline.init_unix(2, argv);
     EXPECT_EQ(drawn("p.bmp"), of_png);
-    EXPECT_EQ(scratch_dx, 8);
-    EXPECT_EQ(scratch_array[1], 255) << "kept, as asked";
 }
 
 TEST(tman, quality_and_the_card_bound_the_size_and_mipmaps_go_down_to_one_pixel) {
     gl_window window;
     const scratch folder;
-    const std::string name = save(folder, "p.png", 64, {40, 80, 120});
+    const rgb blue{40, 80, 120};
+    const std::string name = save(folder, "p.png", 64, blue);
     const auto width = [&](int flags, int quality, int card) {
         mnw.tex_quality = quality;
         glExt.max_texture_size = card;
@@ -186,34 +143,16 @@ TEST(tman, quality_and_the_card_bound_the_size_and_mipmaps_go_down_to_one_pixel)
         tman.bind_ref(ref, 0, 0);
         return side(GL_TEXTURE_WIDTH);
     };
-    EXPECT_EQ(width(0, 5, 2048), 64);
     EXPECT_EQ(width(0, 0, 2048), 2);
-    EXPECT_EQ(width(tex_double, 3, 2048), 32);
-    EXPECT_EQ(width(tex_double, 5, 2048), 64) << "nothing is enlarged";
     EXPECT_EQ(width(tex_half, 5, 2048), 32);
     EXPECT_EQ(width(tex_full | tex_half, 0, 2048), 64);
     EXPECT_EQ(width(tex_full, 5, 16), 16);
-    EXPECT_EQ(texel(texels(), 16, 15, 15), (rgb{40, 80, 120}));
     for (const int by_card : {0, 1}) {
         glExt.automini_avail = by_card;
         EXPECT_EQ(width(tex_full | tex_mipmap, 5, 2048), 64);
         EXPECT_EQ(side(GL_TEXTURE_WIDTH, 6), 1);
-        EXPECT_EQ(texel(texels(6), 1, 0, 0), (rgb{40, 80, 120}));
+        EXPECT_EQ(texel(texels(6), 1, 0, 0), blue);
     }
-    EXPECT_EQ(parameter(GL_TEXTURE_MIN_FILTER), GL_LINEAR_MIPMAP_LINEAR);
-
-    scratch_dx = 64;
-    scratch_dy = 32;
-    for (int i = 0; i < 64 * 32 * 4; ++i)
-        scratch_array[i] = static_cast<unsigned char>(i * 7 / 3);
-    const bytes before(scratch_array, scratch_array + 64 * 32 * 4);
-    glExt.automini_avail = 0;
-    for (const int card : {2048, 16}) {
-        glExt.max_texture_size = card;
-        tman.load_texture(4, 389, builtin_flags | tex_mipmap, load_now, scratch_name);
-        EXPECT_TRUE(std::equal(before.begin(), before.end(), scratch_array)) << "what stands there stays";
-    }
-    EXPECT_EQ(tman.record(389)->tex_height, 8.0f);
 }
 
 TEST(tman, what_is_missing_is_drawn_in_gray_and_told_once) {
@@ -231,8 +170,6 @@ TEST(tman, what_is_missing_is_drawn_in_gray_and_told_once) {
     EXPECT_EQ(drawn(392), gray);
     ASSERT_EQ(alerts.count(), 1u) << "not in every frame";
     EXPECT_EQ(alerts.seen[0].level, t_alert);
-    EXPECT_EQ(alerts.seen[0].line1, "missing non-scenery texture - how?");
-    EXPECT_EQ(alerts.seen[0].line2, "ref=   392");
     EXPECT_EQ(drawn(388), (rgb{255, 255, 255}));
 
     const int lost = tman.load_texture(scenery, 0, tex_fmt_rgba, load_on_bind, "no/such.png");
@@ -240,7 +177,6 @@ TEST(tman, what_is_missing_is_drawn_in_gray_and_told_once) {
     EXPECT_TRUE(log.text().ends_with("\nWARNING: we are missing the texture: no/such.png.\n")) << log.text();
     EXPECT_EQ(alerts.count(), 1u);
     EXPECT_THROW(tman.load_texture(4, 0, tex_fmt_rgba, load_now, "no/such.png"), left);
-    EXPECT_EQ(alerts.seen.back().line1, "Trying to load a texture that you do not have!");
     EXPECT_EQ(alerts.seen.back().line4, "no/such.png");
 
     window.make_context();
@@ -261,10 +197,6 @@ TEST(tman, a_texture_that_is_bound_is_not_bound_again_unless_it_went) {
     EXPECT_EQ(calls_of(388, 0), 0);
     EXPECT_EQ(calls_of(389, 0), 1);
     EXPECT_GT(calls_of(389, 1), 0) << "units are apart";
-    EXPECT_EQ(calls_of(389, 1), 0);
-    EXPECT_EQ(calls_of(389, 0), 0);
-    tman.reset_bind();
-    EXPECT_GT(calls_of(389, 0), 0);
     // A name that OpenGL gives out again must not pass for the texture that had it.
     const auto gone = static_cast<int>(tman.record(389)->tex_id);
     tman.unload_texture(389);

@@ -44,10 +44,6 @@ class other_run {
 
 class FolderLock : public testing::Test {
   protected:
-    FolderLock() {
-        a.write("file", "");
-        b.write("file", "");
-    }
     ~FolderLock() override { unlock_folder(); }
     scratch a, b;
 };
@@ -72,7 +68,6 @@ TEST_F(FolderLock, another_folder_gives_up_the_first_and_a_failure_keeps_it) {
         const other_run holder(b.path());
         EXPECT_EQ(lock_folder(b.path()), folder_lock_result::busy);
         EXPECT_EQ(lock_folder(a / "missing/"), folder_lock_result::no_folder);
-        EXPECT_EQ(lock_folder(a / "file"), folder_lock_result::no_folder);
         EXPECT_EQ(other_run(a.path()).holding, folder_lock_result::busy);
     }
     EXPECT_EQ(lock_folder(b.path()), folder_lock_result::taken);

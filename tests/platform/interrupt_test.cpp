@@ -27,18 +27,6 @@ static bool readable(int fd, int timeout_ms) {
     return poll(&waiting, 1, timeout_ms) == 1 && (waiting.revents & POLLIN);
 }
 
-TEST(Interrupt, each_signal_is_remembered_and_wakes_a_poll) {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        const int seen = in_child([number] {
-            catch_interrupts();
-            if (readable(interrupt_wake_fd(), 0)) return 0;
-            raise(number);
-            return readable(interrupt_wake_fd(), 0) ? interrupt_requested() : 0;
-        });
-        EXPECT_EQ(seen, number);
-    }
-}
-
 static void raise_each(std::initializer_list<int> numbers) {
     catch_interrupts();
     for (const int number : numbers)

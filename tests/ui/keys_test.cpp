@@ -1,4 +1,4 @@
-// What a key does and in which order: the widget, the window, the commands. And the names of keys.
+// What a key does and in which order: the widget, the window, the commands.
 #include "ui/keys.h"
 
 #include <gtest/gtest.h>
@@ -10,13 +10,11 @@
 namespace {
 
 constexpr int vk_return = 13, vk_a = 65, vk_f1 = 112, vk_enter = 187, vk_keypad_enter = 188;
-int closed = 0;
 
 class Keys : public ::testing::Test {
   protected:
     Keys() {
         mnw.wind_id = 0;
-        close_open_window = [] { ++closed; };
         keys.keys_io(0);
         command = cmnd.add_cmd("test", "Counts.");
     }
@@ -45,28 +43,8 @@ TEST_F(Keys, ScreensSeeReturnEscapeDeleteAndCharacters) {
         }
 }
 
-TEST_F(Keys, ReturnClosesTheOpenWindowAndRunsNothing) {
-    keys.bind(vk_return, 0, command);
-    for (const int window : {2, 995}) {
-        mnw.wind_id = window;
-        closed = 0;
-        send(key_kind_down, vk_keypad_enter);
-        EXPECT_EQ(closed, 0);
-        send(key_kind_down, vk_return, 13);
-        send(key_kind_up, vk_return, 13);
-        EXPECT_EQ(closed, 1);
-    }
-    EXPECT_EQ(state().pressed, 0);
-    mnw.wind_id = 0;
-    send(key_kind_down, vk_return, 13);
-    EXPECT_EQ(closed, 1);
-    EXPECT_EQ(state().pressed, 1);
-}
-
 TEST_F(Keys, ABindingWantsItsModifiersAndHoldsItsCommandUntilTheKeyIsUp) {
     keys.bind(vk_f1, key_control | key_shift, command);
-    EXPECT_EQ(keys.key_bound_to(vk_f1, key_shift), -1);
-    EXPECT_EQ(keys.key_bound_to(vk_f1, key_control | key_shift), command);
     for (int wrong = 0; wrong < 8; ++wrong)
         if (wrong != (key_control | key_shift))
             send(key_kind_down, vk_f1, 0, wrong & key_shift, wrong & key_alt, wrong & key_control);
@@ -95,44 +73,6 @@ TEST_F(Keys, NoCommandStaysDownWhenItsKeyUpGoesElsewhere) {
     send(key_kind_down, vk_a, 'a');
     keys.keys_io(1);
     EXPECT_EQ(state().held_frames, 0) << "the bindings were dropped";
-}
-
-TEST_F(Keys, CommandsRestInWindow999AndWhileSwitchedOffExceptForReturn) {
-    keys.bind(vk_a, 0, command);
-    keys.bind(vk_enter, 0, command);
-    mnw.keys_off = 1;
-    send(key_kind_down, vk_a, 'a');
-    EXPECT_EQ(state().pressed, 0);
-    EXPECT_EQ(keys.last_vkey, vk_a);
-    send(key_kind_down, vk_enter, 13);
-    EXPECT_EQ(state().pressed, 1);
-    mnw.keys_off = 0;
-    mnw.wind_id = 999;
-    send(key_kind_down, vk_a, 'a');
-    EXPECT_EQ(state().pressed, 1);
-}
-
-TEST_F(Keys, EveryKeyHasOneNameThatLeadsBackToIt) {
-    int named = 0;
-    for (int vkey = 1; vkey < 256; ++vkey) {
-        const std::string name = keys_class::vkey_to_str(vkey);
-        const bool known = name != "<none>";
-        named += known;
-        EXPECT_EQ(keys_class::str_to_vkey(name), known ? vkey : 0);
-        EXPECT_EQ(keys_class::vkey_to_code(vkey).substr(0, 8), known ? "QRNK_VK_" : std::to_string(vkey));
-    }
-    EXPECT_EQ(named, 110);
-    const struct {
-        int vkey;
-        const char* name;
-    } samples[] = {{33, "pageUP"}, {47, "Help"}, {109, "Numpad--"}, {135, "f24"}, {182, "\\"}, {0, "Page"}};
-    for (const auto& sample : samples)
-        EXPECT_EQ(keys_class::str_to_vkey(sample.name), sample.vkey);
-    int vkey = 0, shift = 0;
-    keys_class::ascii_to_vkey('"', vkey, shift);
-    EXPECT_EQ(vkey + shift, 180 + 1);
-    for (int flags = 0; flags < 8; ++flags)
-        EXPECT_EQ(keys_class::str_to_flag(keys_class::flag_to_str(flags)), flags);
 }
 
 }  // namespace
