@@ -235,6 +235,7 @@ void fatal_signal_handler(int signal, siginfo_t* info, void* context) {
     if (crash_log_fd >= 0) close(crash_log_fd);
 
     xer << "This application has crashed.  Please send the file crash_log.txt to Tarvex.\n" << std::flush;
+    remove_temp_folder();
     std::abort();
 }
 

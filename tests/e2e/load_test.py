@@ -8,7 +8,7 @@ import release
 
 NAME = "Velaris 9.00 Beta-19"
 FILES = 5000
-MEMORY_KB = 100_000
+MEMORY_KB = 100_000 if not installer.SANITIZED else 1_000_000
 
 
 class LoadTest(installer.Scene):

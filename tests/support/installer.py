@@ -25,6 +25,8 @@ ROOT = os.environ.get("VELARIS_ROOT") or os.path.dirname(os.path.dirname(os.path
 PROGRAMS = os.environ.get("VELARIS_BIN") or os.path.join(ROOT, "build", "src", "app")
 INSTALLER = os.path.join(PROGRAMS, "velaris-installer")
 BUILDER = os.path.join(PROGRAMS, "velaris-builder")
+# The programs are built with a sanitizer: they need more memory, and its frames stand on their stacks.
+SANITIZED = bool(os.environ.get("VELARIS_SANITIZE"))
 
 
 @dataclasses.dataclass
@@ -58,6 +60,7 @@ class Desk:
         os.chmod(browser, 0o755)
 
     def environment(self, **more):
+        more.setdefault("LSAN_OPTIONS", os.environ.get("LSAN_OPTIONS", ""))
         return {"PATH": f"{self.bin}:{os.environ['PATH']}", "HOME": self.home, "XDG_CONFIG_HOME": self.config,
                 "XDG_STATE_HOME": self.state, "TMPDIR": self.tmp, "TZ": release.ZONE, "LANG": "C.UTF-8",
                 "TERM": "xterm-256color", **more}
