@@ -66,7 +66,14 @@ static const own_copy::job jobs[] = {
     {"reporter", crash_in_reporter},
 };
 
+#ifdef __SANITIZE_THREAD__
+constexpr bool threads_are_watched = true;
+#else
+constexpr bool threads_are_watched = false;
+#endif
+
 TEST(Crash, of_a_runaway_recursion_leaves_a_report_of_a_hundred_lines_from_any_thread) {
+    if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
     const own_copy copy;
     const std::string path = copy.app + "crash_log.txt";
     for (const char* where : {"deep", "worker"}) {
@@ -83,6 +90,7 @@ TEST(Crash, of_a_runaway_recursion_leaves_a_report_of_a_hundred_lines_from_any_t
 }
 
 TEST(Crash, inside_the_reporter_keeps_the_report_and_ends_the_process) {
+    if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
     const own_copy copy;
     const std::string path = copy.app + "crash_log.txt";
     copy.home.write("app/crash_log.txt", "an earlier report\n");

@@ -60,7 +60,8 @@ class Desk:
         os.chmod(browser, 0o755)
 
     def environment(self, **more):
-        more.setdefault("LSAN_OPTIONS", os.environ.get("LSAN_OPTIONS", ""))
+        for name in ("LSAN_OPTIONS", "TSAN_OPTIONS"):
+            more.setdefault(name, os.environ.get(name, ""))
         return {"PATH": f"{self.bin}:{os.environ['PATH']}", "HOME": self.home, "XDG_CONFIG_HOME": self.config,
                 "XDG_STATE_HOME": self.state, "TMPDIR": self.tmp, "TZ": release.ZONE, "LANG": "C.UTF-8",
                 "TERM": "xterm-256color", **more}
