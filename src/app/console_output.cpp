@@ -33,6 +33,8 @@ struct output_t {
     int files_total = -1;              // of the running install; -1: not counted yet
     std::set<std::string> files_done;  // by installed path: a file that is fetched twice is one file
     double last_failing = -1;          // when the sentences of a failing download went out
+    std::string last_alert;
+    double last_alert_said = -1;
 };
 output_t output;
 progress_line progress;
@@ -241,7 +243,17 @@ void console_file(int action, const std::string& path, int result) {
     print_json(json_object("file").add("action", word).add("path", path).add("result", std::int64_t{result}));
 }
 
+// A catalogue that is damaged on every server raises the same alert with each try. The log has them all.
+static bool is_repeated_alert(const exce_class& alert, const std::string& place) {
+    const std::string text = alert.line1 + "\n" + alert.line2 + "\n" + alert.line3 + "\n" + alert.line4 + "\n" + place;
+    if (alert.level == t_alert && text == output.last_alert && seconds_now() - output.last_alert_said < 5) return true;
+    output.last_alert = text;
+    output.last_alert_said = seconds_now();
+    return false;
+}
+
 void console_alert(const exce_class& alert, const std::string& place, int) {
+    if (is_repeated_alert(alert, place)) return;
     progress.clear();
     for (const std::string* line : {&alert.line1, &alert.line2, &alert.line3, &alert.line4})
         if (!line->empty()) std::fprintf(stderr, "%s\n", printable(*line).c_str());

@@ -22,7 +22,7 @@ static std::unordered_map<int, int> first_of_sharing;      // only files that sh
 static std::unordered_map<int, std::vector<int>> sharing;  // by the first of them
 static contested_t contested;
 
-constexpr std::size_t most_files = 4'000'000;  // a server must not be able to fill the memory with them
+constexpr int most_rows = 4'000'000;  // a server must not be able to fill the memory with them
 
 static std::string_view installed_view(const file_version_struct& row) {
     const std::string_view path = row.path;
@@ -118,8 +118,8 @@ static void scan_row(xmap_class& map, file_version_struct& row, std::string& nam
     row.disc_set = std::clamp(map.TXT_int_scan(), 0, 4);
     row.platform = std::clamp(map.TXT_int_scan(), 0, 6);
     row.version = map.TXT_int_scan();
-    row.zip_size = static_cast<float>(map.TXT_int_scan());
-    row.ext_size = static_cast<float>(map.TXT_int_scan());
+    row.zip_size = static_cast<float>(std::max(map.TXT_int_scan(), 0));
+    row.ext_size = static_cast<float>(std::max(map.TXT_int_scan(), 0));
     map.TXT_str_scan_space(&row.sig_want);
     map.TXT_str_scan_eoln(&name);
 }
@@ -138,7 +138,8 @@ static bool is_installable(std::string_view installed) {
 static bool refuse(const char* first, const std::string& path) {
     __MACIBM_alert(0, first,
                    "I will not install anything from this directory file. Try again later, or with another server.",
-                   "It is:", path, t_alert, OOPS_PLACE);
+                   "It is:", path.size() < path_buffer_size ? path : path.substr(0, path_buffer_size / 2) + "...",
+                   t_alert, OOPS_PLACE);
     return false;
 }
 
@@ -153,8 +154,7 @@ static bool take_row(file_version_struct& row, const std::string& path) {
         return refuse("I am reading the directory text file and found a path that leaves the folder I install to!",
                       path);
     if (!is_installable(installed_view(row)))
-        return refuse("I am reading the directory text file and found a path that is too long for any disk!",
-                      path.substr(0, path_buffer_size / 2) + "...");
+        return refuse("I am reading the directory text file and found a path that is too long for any disk!", path);
     if (sim_info.empty() || sim_info.back().back().path != path) sim_info.emplace_back();
     sim_info.back().push_back(std::move(row));
     return true;
@@ -163,6 +163,7 @@ static bool take_row(file_version_struct& row, const std::string& path) {
 static bool read_body(xmap_class& map, const std::string& label) {
     static unsigned rows_read = 0;  // of the whole run
     std::string folder, name, path;
+    int rows = 0;
     while (!map.at_end()) {
         if (map.TXT_token_match_blank("DIR")) {
             map.TXT_str_scan_eoln(&folder);
@@ -171,8 +172,8 @@ static bool read_body(xmap_class& map, const std::string& label) {
             scan_row(map, row, name);
             path.assign(folder).append(name);
             if (!is_dropped(name) && !take_row(row, path)) return false;
-            if (sim_info.size() > most_files)
-                return refuse("I am reading the directory text file and found more files than any release has!", path);
+            if (++rows > most_rows)
+                return refuse("I am reading the directory text file and found more rows than any release has!", path);
             if (rows_read++ % 500 == 0)
                 front.dir_progress_bar(0, static_cast<float>(map.offset()), static_cast<float>(map.length()), 0, label,
                                        name);

@@ -10,6 +10,7 @@
 #include <set>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "engine/directory.h"
@@ -18,6 +19,7 @@
 #include "engine/stg.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
+#include "files/zip_io.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 
@@ -297,7 +299,21 @@ static bool all_stays_inside(bool links_are_cleared) {
     return true;
 }
 
+// What a run that was killed in the middle of an expansion has left. It would also keep its folder from going.
+static void remove_leftovers() {
+    const beneath_folder root = destination_folder();
+    std::string last_folder = "/";  // none
+    for (const file_history_struct& history : sim_info) {
+        const std::string installed = installed_path(history.back());
+        std::string folder = installed.substr(0, installed.rfind('/') + 1);
+        if (folder == last_folder) continue;
+        last_folder = std::move(folder);
+        root.remove_file(last_folder + zip_part_name);
+    }
+}
+
 int clear_the_way() {
+    remove_leftovers();
     if (!all_stays_inside(false) || !remove_folders_in_the_way()) return 0;
     free_taken_places();
     return all_stays_inside(true);

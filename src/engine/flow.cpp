@@ -1,8 +1,12 @@
 #include "engine/flow.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <system_error>
 
 #include "engine/choose.h"
 #include "engine/directory.h"
@@ -24,8 +28,8 @@
 flow_t flow;
 
 constexpr int list_slot = 0, directory_slot = 1;  // of the pool
-// Far more than any release needs: 60 bytes a row, and text packs well.
-constexpr std::int64_t most_list_bytes = 1 << 20, most_directory_zip_bytes = 256 << 20, most_directory_bytes = 1 << 30;
+// Far more than any release needs, at 60 bytes a row.
+constexpr std::int64_t most_list_bytes = 1 << 20, most_directory_zip_bytes = 256 << 20;
 constexpr double file_work_seconds = 0.01;  // of a frame, so that the screen stays live
 
 void flow_start() {
@@ -61,14 +65,23 @@ void flow_make_paths() {
     flow.dvd_dir_path_zip = dvd_path + install_name + "/directory.txt.zip";
 }
 
+// Signatures do not pack, so a catalogue shrinks to a third or so. What shrinks to nearly nothing is no catalogue but
+// meant to fill the disk and the memory.
+static std::uint64_t most_directory_bytes() {
+    constexpr std::uint64_t always = 16 << 20, times_packed = 20;
+    std::error_code error;
+    const std::uint64_t packed = std::filesystem::file_size(flow.net_dir_path_zip, error);
+    return always + (error ? 0 : times_packed * packed);
+}
+
 static void expand_directory() {
     const int err = zip_to_file(flow.net_dir_path_zip, beneath_folder(flow.dir_path_path), "",
-                                {"directory.txt", "", most_directory_bytes});
+                                {"directory.txt", "", most_directory_bytes()});
     if (err == 0) {
         stg.dir_state = dir_unread;
     } else {
-        http.reject(directory_slot);
-        stg.server_sel = pick_server_plain(stg.server_cnt);
+        http.reject(directory_slot, error_str(err));
+        stg.server_sel = pick_other_server(stg.server_cnt, 1u << stg.server_sel);
         __MACIBM_alert(0, "DIR-scan: The installer cannot extract a file.", "Error: " + error_str(err),
                        "Compressed File/" + flow.net_dir_path_zip, "Destination Path/" + flow.dir_path_path, t_alert,
                        OOPS_PLACE);
@@ -89,10 +102,22 @@ int flow_directory() {
     return result;
 }
 
+// Nothing of ours downloads to there; it is what another program of the family would have left. A file of the release that
+// has such a name stays, and so does a whole archive, which may be the user's own.
+static void delete_partial_zip(const file_version_struct& row) {
+    const std::string partial = installed_path(row) + ".zip";
+    const beneath_folder root = destination_folder();
+    struct stat facts;
+    if (root.look(partial, facts) != 0 || !S_ISREG(facts.st_mode) || is_whole_archive(dest_dir_path + partial)) return;
+    if (std::none_of(sim_info.begin(), sim_info.end(),
+                     [&](const file_history_struct& history) { return installed_path(history.back()) == partial; }))
+        root.remove_file(partial);
+}
+
 void stream_reset() {
     for (std::size_t s = 0; s < stream_max; ++s) {
         const std::size_t file = static_cast<std::size_t>(next.stream_file[s]);
-        if (next.stream_on[s] && file < sim_info.size()) delete_file(destination_of(sim_info[file].back()) + ".zip");
+        if (next.stream_on[s] && file < sim_info.size()) delete_partial_zip(sim_info[file].back());
     }
     const int all_done = next.all_done;  // says "complete" for the rest of the run
     next = next_t{};

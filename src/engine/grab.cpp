@@ -108,54 +108,94 @@ static float arrived_share(int stream) {
     return static_cast<float>(static_cast<double>(transfer->received) / static_cast<double>(transfer->content_len));
 }
 
+// What the transfer of each stream was started for. An install that ended leaves its transfers in the pool, and what they
+// bring must not be taken for a file of the next one.
+static struct {
+    std::string path;
+    int server = 0;
+} asked_for[stream_max];
+
+// What came for a file and was not that file: how often, and from which servers, in one install.
+struct refused_t {
+    float install = 0;  // its next.start_time
+    int count = 0;
+    unsigned servers = 0;  // a bit for each
+};
+static std::map<std::string, refused_t> refused;  // by the row's path
+
 // The same stream asks again, from another server.
-static void ask_again(std::size_t s) {
+static void ask_again(std::size_t s, int server) {
     stg.down_failed = 1;
-    stg.server_sel = pick_server_biased(stg.server_cnt);
+    stg.server_sel = server;
     next.stream_fresh[s] = 0;
 }
 
 // The zip has arrived. True once the file is finished, well or not.
 static bool take_zip(std::size_t s, const file_version_struct& row, const std::string& zip) {
     constexpr int most_bad_archives = 3;  // of one file, in a row
-    static std::map<std::string, int> bad_archives;
     const int result = extract_and_delete_file(zip, row);
-    if (is_bad_archive(result) && ++bad_archives[row.path] < most_bad_archives) {
-        xer << "What " << server_name[static_cast<std::size_t>(stg.server_sel)] << " sent for " << row.path
-            << " is not that file: " << error_str(result) << "\n";
-        http.reject(static_cast<int>(s) + first_stream_slot);
-        const int liar = stg.server_sel;
-        ask_again(s);
-        if (stg.server_sel == liar && stg.server_cnt > 1) stg.server_sel = (liar + 1) % stg.server_cnt;
-        return false;
+    if (is_bad_archive(result)) {
+        http.reject(static_cast<int>(s) + first_stream_slot, error_str(result));
+        refused_t& so_far = refused[row.path];
+        if (so_far.install != next.start_time) so_far = {next.start_time, 0, 0};
+        so_far.servers |= 1u << asked_for[s].server;
+        if (++so_far.count < most_bad_archives) {
+            ask_again(s, pick_other_server(stg.server_cnt, so_far.servers));
+            return false;
+        }
     }
-    bad_archives.erase(row.path);
+    refused.erase(row.path);
     stg.down_failed = 0;
     tell_result(row, zip, result);
     return true;
 }
 
+// The path as a request names it. The transfer itself sees to blanks; these a server would take for the end of the path, for
+// a code, or for a broken request.
+static std::string path_in_request(const std::string& path) {
+    std::string asked;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= ' ' && byte != 127 && c != '%' && c != '?' && c != '#') {
+            asked += c;
+            continue;
+        }
+        asked += '%';
+        asked += "0123456789ABCDEF"[byte >> 4];
+        asked += "0123456789ABCDEF"[byte & 15];
+    }
+    return asked;
+}
+
+// Notes what the next transfer is for. Other streams choose servers too, so the choice may have gone back to one that has
+// lied about this very file.
+static void ask_for(std::size_t s, const std::string& path) {
+    const auto liars = refused.find(path);
+    if (liars != refused.end() && (liars->second.servers >> stg.server_sel & 1))
+        stg.server_sel = pick_other_server(stg.server_cnt, liars->second.servers);
+    asked_for[s] = {path, stg.server_sel};
+}
+
 // One look at the stream's transfer. True once its file is finished.
-static bool fetch_over_net(int stream, const file_version_struct& row, const std::string& source) {
-    // What the transfer in each slot was started for. An install that ended leaves its transfers in the pool, and what
-    // they bring must not be taken for a file of the next one.
-    static std::string asked_for[stream_max];
+static bool fetch_over_net(int stream, const file_version_struct& row) {
     const std::size_t s = static_cast<std::size_t>(stream);
+    const int slot = stream + first_stream_slot;
+    if (!http.slots[slot]) ask_for(s, row.path);
     const std::size_t server = static_cast<std::size_t>(stg.server_sel);
+    const std::string source = server_path[server] + path_in_request(row.path) + ".zip";
     const std::string zip = temp_path + std::to_string(stream) + ".zip";
-    if (!http.slots[stream + first_stream_slot]) asked_for[s] = row.path;
-    http.most_bytes[stream + first_stream_slot] = static_cast<std::int64_t>(2 * most_bytes(row.zip_size));
-    switch (http.net_check(stream + first_stream_slot, server_name[server], source, zip)) {
+    http.most_bytes[slot] = static_cast<std::int64_t>(2 * most_bytes(row.zip_size));
+    switch (http.net_check(slot, server_name[server], source, zip)) {
         case net_running:
             stg.file_rat = arrived_share(stream);
             next.part_kb += stg.file_rat * row.zip_size;
             return false;
         case net_complete:
-            return asked_for[s] == row.path && take_zip(s, row, zip);
+            return asked_for[s].path == row.path && take_zip(s, row, zip);
         default:
             // Files beyond this one are handed out once more.
             next.next_file = std::min(next.next_file, next.stream_file[s]);
-            ask_again(s);
+            ask_again(s, pick_server_biased(stg.server_cnt));
             return false;
     }
 }
@@ -183,7 +223,7 @@ static bool work_on_file(int stream, file_version_struct& row) {
         delete_withdrawn(row);
     } else if (row.do_fetch) {
         stg.file_action = action_downloading;
-        if (!(is_dvd ? fetch_from_disc(stream, row, source) : fetch_over_net(stream, row, source))) return false;
+        if (!(is_dvd ? fetch_from_disc(stream, row, source) : fetch_over_net(stream, row))) return false;
         row.have_file = 1;
         next.down_kb += row.zip_size;
         next.disk_kb += row.ext_size;

@@ -193,7 +193,8 @@ int unzip_file(const expansion& from, const std::string& target, unz_file_info64
 }
 
 int unzip_link(const expansion& from, const std::string& target, const unz_file_info64& info) {
-    if (info.uncompressed_size >= PATH_MAX) return failed_at(-1, OOPS_PLACE);  // no link can be that long
+    // No link can be that long.
+    if (info.uncompressed_size >= PATH_MAX) return failed_at(from.promise ? err_wrong_content : -1, OOPS_PLACE);
     std::string text;
     content_test test(from.promise);
     int err = read_entry(from.zip, info.uncompressed_size, [&](const unsigned char* bytes, std::size_t count) {
@@ -209,7 +210,7 @@ int unzip_link(const expansion& from, const std::string& target, const unz_file_
     if (!err) err = from.root.rename(part, target);
     if (!err) return 0;
     from.root.remove_file(part);
-    return err == EXDEV ? placed(err, OOPS_PLACE) : failed_at(-1, OOPS_PLACE);
+    return err == EXDEV || from.promise ? placed(err, OOPS_PLACE) : failed_at(-1, OOPS_PLACE);
 }
 
 int unzip_symlink(const expansion& from, const std::string& target, const unz_file_info64& info) {
@@ -240,7 +241,6 @@ int unzip_entry(const expansion& from, const std::string& name, const std::strin
     if (!is_safe_name(name, info.size_filename) || leads_through_link(from, name))
         return failed_at(err_zip_read, OOPS_PLACE);
     const bool fork = begins_with(name, fork_prefix);
-    if (from.promise && !fork && name != from.promise->name) return failed_at(err_wrong_content, OOPS_PLACE);
     if (name.back() == '/') {
         const std::string folder = target.substr(0, target.size() - 1);
         const int err = fork ? 0 : from.root.make_folder(folder, 0755);
@@ -251,7 +251,27 @@ int unzip_entry(const expansion& from, const std::string& name, const std::strin
     return unzip_file(from, target, info);
 }
 
-int unzip_current(const expansion& from, std::string* name, int use_name, int& made) {
+// Before anything is made: one entry of the promised name, and no other but its fork.
+int check_entries(const expansion& from) {
+    int promised = 0, forks = 0;
+    int err = unzGoToFirstFile(from.zip);
+    for (; err == UNZ_OK && promised + forks < 3; err = unzGoToNextFile(from.zip)) {
+        unz_file_info64 info;
+        char name[name_size + 1] = {};
+        err = unzGetCurrentFileInfo64(from.zip, &info, name, name_size, nullptr, 0, nullptr, 0);
+        if (err != UNZ_OK) break;
+        if (begins_with(name, fork_prefix))
+            ++forks;
+        else if (from.promise->name == name && info.size_filename == from.promise->name.size())
+            ++promised;
+        else
+            return failed_at(err_wrong_content, OOPS_PLACE);
+    }
+    if (err != UNZ_OK && err != UNZ_END_OF_LIST_OF_FILE) return failed_at(err, OOPS_PLACE);
+    return promised == 1 && forks <= 1 ? 0 : failed_at(err_wrong_content, OOPS_PLACE);
+}
+
+int unzip_current(const expansion& from, std::string* name, int use_name) {
     unz_file_info64 info;
     char own_name[name_size + 1] = {};  // minizip sets no end behind a name that fills its buffer
     int err = unzGetCurrentFileInfo64(from.zip, &info, own_name, name_size, nullptr, 0, nullptr, 0);
@@ -262,7 +282,6 @@ int unzip_current(const expansion& from, std::string* name, int use_name, int& m
     const std::string target = from.below(name && use_name ? *name : own_name);
     if (name) *name = own_name;
     err = unzip_entry(from, own_name, target, info);
-    made += !begins_with(own_name, fork_prefix) && !target.ends_with('/');
     if (err) {
         log_failure("Zip to file failed with error ", err, target);
         xer << "UNZIP zip_to_file failed with err=" << err << "\n";
@@ -284,11 +303,11 @@ int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info6
     return err;
 }
 
-// All entries of the archive. `made` counts the files and links.
-static int expand_all(const expansion& from, std::string* name, int use_name, int& made) {
-    int err = noted(unzGoToFirstFile(from.zip), OOPS_PLACE);
+static int expand_all(const expansion& from, std::string* name, int use_name) {
+    int err = from.promise ? check_entries(from) : 0;
+    if (!err) err = noted(unzGoToFirstFile(from.zip), OOPS_PLACE);
     while (err == UNZ_OK) {
-        err = unzip_current(from, name, use_name, made);
+        err = unzip_current(from, name, use_name);
         name = nullptr;
         if (err == UNZ_OK) err = noted(unzGoToNextFile(from.zip), OOPS_PLACE);
     }
@@ -304,11 +323,9 @@ static int expand_archive(const std::string& zip, const beneath_folder& root, co
             << full << "\nIn c-form, it is " << full.c_str() << "\nThe size is " << full.size() << "\n";
         return failed_at(err_zip_open, OOPS_PLACE);
     }
-    int made = 0;
-    int err = expand_all({in, zip, root, folder, promise}, name, use_name, made);
+    int err = expand_all({in, zip, root, folder, promise}, name, use_name);
     const int closed = noted(unzClose(in), OOPS_PLACE);
     if (err == UNZ_END_OF_LIST_OF_FILE) err = closed;
-    if (!err && promise && made != 1) err = failed_at(err_wrong_content, OOPS_PLACE);
     if (err)
         xer << "Zip to file failed with error err = " << err << ". file = " << sErrFile << " line = " << sErrLine
             << ".\n";
@@ -323,6 +340,12 @@ int zip_to_file(const std::string& zip, const std::string& out_dir, std::string*
 int zip_to_file(const std::string& zip, const beneath_folder& root, const std::string& folder,
                 const zip_promise& promise) {
     return expand_archive(zip, root, folder.empty() ? folder : folder + "/", &promise, nullptr, 0);
+}
+
+bool is_whole_archive(const std::string& path) {
+    const unzFile zip = unzOpen64(path.c_str());
+    if (zip) unzClose(zip);
+    return zip != nullptr;
 }
 
 bool is_bad_archive(int result) {

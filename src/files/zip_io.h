@@ -21,8 +21,8 @@ class beneath_folder;
 
 // What the archive of one file must hold. Only a file that keeps the promise takes the place of an old one.
 struct zip_promise {
-    std::string name;       // of its one file; forks beside it are passed over, anything else is refused
-    std::string signature;  // of the file's bytes or the link's target (20015); empty: any
+    std::string name;  // of its one file or link; its fork is passed over, with anything else all is refused (20015)
+    std::string signature;                  // of the file's bytes or the link's target (20015); empty: any
     std::uint64_t most_bytes = UINT64_MAX;  // an entry that claims more is refused before anything is written (20015)
 };
 
@@ -32,6 +32,9 @@ int zip_to_file(const std::string& zip, const beneath_folder& root, const std::s
 
 // Whether a result of zip_to_file tells of a bad archive, which another server may have in order, and not of this machine.
 bool is_bad_archive(int result);
+
+// The archive at `path` goes to its end, as one that was not received whole does not.
+bool is_whole_archive(const std::string& path);
 
 // Where a kill in the middle of an expansion leaves a file: in the folder that was expanded into, under this name.
 extern const char* const zip_part_name;

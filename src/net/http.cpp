@@ -101,7 +101,9 @@ void http_class::note_outcome(int slot, int result) {
         p.not_before = xtim.real_time + std::min(std::ldexp(first_pause, std::min(p.failures, 10) - 2), longest_pause);
 }
 
-void http_class::reject(int slot) {
+void http_class::reject(int slot, const std::string& why) {
+    note_failure(slot, why);
+    xer << "Refused: " << failure << std::endl;
     pauses[slot].failures = pauses[slot].before;
     note_outcome(slot, net_failed);
 }
@@ -150,11 +152,15 @@ static void log_failure(const down_class& d, const std::string& server, const st
         << std::endl;
 }
 
+void http_class::note_failure(int slot, const std::string& why) {
+    failure = requests[slot].server + ": " + why + " for " + requests[slot].path;
+}
+
 // Silence is an everyday event on a busy mirror and does not go to the log.
 int http_class::fail(int slot, bool silent) {
     const down_class& d = *slots[slot];
     const asked& a = requests[slot];
-    failure = a.server + ": " + (silent ? why_silent(d) : why_failed(d, a.local)) + " for " + a.path;
+    note_failure(slot, silent ? why_silent(d) : why_failed(d, a.local));
     if (!silent) log_failure(d, a.server, a.path, a.local);
     return finish(slot, net_failed);
 }

@@ -27,8 +27,9 @@ class http_class {
     // A failed slot is having its pause: net_check would only say that it is at work.
     bool is_pausing(int slot) const { return !slots[slot] && xtim.real_time < pauses[slot].not_before; }
 
-    // What a completed transfer brought turned out to be no good: it counts as a failure after all, with its pause.
-    void reject(int slot);
+    // What the last completed transfer of the slot brought turned out to be no good: it counts as a failure after all, with
+    // its pause, and `why` goes to the log and to last_failure.
+    void reject(int slot, const std::string& why);
 
     // The longest body that the next transfer of a slot may bring; one that announces or sends more has failed.
     // 0 for no limit.
@@ -50,6 +51,7 @@ class http_class {
     bool start(int slot, const std::string& server, const std::string& path, const std::string& local);
     int judge(int slot);
     int fail(int slot, bool silent);
+    void note_failure(int slot, const std::string& why);
     int finish(int slot, int result);
 
     // A server that fails at once must not be asked without end. The first failure in a slot is tried again at once, the

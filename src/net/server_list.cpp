@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <vector>
 
 #include "files/xmap.h"
+#include "net/down.h"
+#include "runtime/log.h"
 #include "runtime/startup.h"
 
 static const int list_versions[] = {820, 0};
@@ -16,14 +19,17 @@ std::string server_name[16];
 std::string server_path[16];
 std::string server_desc[16];
 
-// Behind the keyword. False for a list that ends before the folder: a server without one cannot be asked for anything.
+// Behind the keyword. False for a server that cannot be asked for anything, as where the list ends before its folder: one
+// bad record must not spoil the others.
 static bool read_server(xmap_class& list, int n) {
     std::string folder;
     list.TXT_str_scan_eoln(&server_name[n]);
     list.TXT_str_scan_eoln(&folder);
     list.TXT_str_scan_eoln(&server_desc[n]);
     server_path[n] = folder + install_name + "/";
-    return !folder.empty();
+    if (host_port_is_valid(server_name[n]) && folder.starts_with('/')) return true;
+    xer << "Left out of the server list: " << server_name[n] << ' ' << folder << "\n";
+    return false;
 }
 
 int read_server_list(const std::string& path) {
@@ -53,4 +59,12 @@ int pick_server_biased(int count) {
 
 int pick_server_plain(int count) {
     return count < 2 ? 0 : std::rand() % count;
+}
+
+int pick_other_server(int count, unsigned not_these) {
+    std::vector<int> others;
+    for (int server = 0; server < count; ++server)
+        if (!(not_these >> server & 1)) others.push_back(server);
+    if (others.empty()) return pick_server_biased(count);
+    return others[static_cast<std::size_t>(pick_server_biased(static_cast<int>(others.size())))];
 }

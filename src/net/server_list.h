@@ -1,7 +1,8 @@
 // server_list.h: the list of mirrors, "serverlist.txt", and how one is chosen.
 // Form: the text header with version 820 and the title "SERVERS", then lines: "BETA name of the release" (before the
 // servers, since each path is built from it), "FINAL name" (skipped: this is a beta-channel build), "SERVER host" with
-// the folder and the text to show on the next two lines that are not blank, "ENDOFLIST". Other lines are skipped.
+// the folder and the text to show on the next two lines that are not blank, "ENDOFLIST". Other lines are skipped,
+// and so is a server whose host or folder could not be asked for anything.
 #pragma once
 
 #include <string>
@@ -19,3 +20,5 @@ int read_server_list(const std::string& path);
 // An index below `count`, 0 if that is none: with a bias to the top of the list, and plainly at random.
 int pick_server_biased(int count);
 int pick_server_plain(int count);  // with one server no random number is drawn
+// With the bias, among those whose bits in `not_these` are clear; among all of them if none is.
+int pick_other_server(int count, unsigned not_these);

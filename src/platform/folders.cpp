@@ -1,17 +1,30 @@
 #include "platform/folders.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <string_view>
 
-// Process. Empty until made; a forked child inherits the name and must leave the folder to its parent.
-static std::string temp_folder;
+// What a run puts into its temporary folder.
+static const char* const temp_files[] = {
+    "serverlist.txt", "directory.txt.zip", "directory.txt", "0.zip", "1.zip", "2.zip", "3.zip", ".velaris.part"};
+static constexpr char temp_prefix[] = "velaris-";
+static constexpr std::size_t temp_random = 6;  // letters and digits that mkdtemp puts behind it
+
+// Process. A forked child inherits these and must leave the folder to its parent. A signal handler reads them.
+static char temp_path[PATH_MAX];  // with its "/"; empty until made
+static volatile sig_atomic_t temp_fd = -1;
 static pid_t temp_owner;
 
 static std::string with_slash(std::string folder) {
@@ -106,20 +119,68 @@ static std::string desktop_folder() {
     return folder;
 }
 
-static std::string make_temp_below(const std::string& parent) {
+static void empty_temp_folder(int fd) {
+    for (const char* name : temp_files)
+        unlinkat(fd, name, 0);
+}
+
+// A folder of ours whose run is gone: a living one holds its lock. Anything unknown in it keeps it.
+static void remove_if_stale(int parent, const char* name) {
+    const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) return;
+    struct stat facts;
+    if (fstat(fd, &facts) == 0 && facts.st_uid == geteuid() && (facts.st_mode & 07777) == 0700 &&
+        flock(fd, LOCK_EX | LOCK_NB) == 0) {
+        empty_temp_folder(fd);
+        unlinkat(parent, name, AT_REMOVEDIR);
+    }
+    close(fd);
+}
+
+// What runs that were killed have left.
+static void remove_stale_below(const std::string& parent) {
+    DIR* listing = opendir(parent.c_str());
+    if (!listing) return;
+    while (const dirent* entry = readdir(listing)) {
+        const std::string_view name = entry->d_name;
+        if (name.starts_with(temp_prefix) && name.size() == sizeof temp_prefix - 1 + temp_random)
+            remove_if_stale(dirfd(listing), entry->d_name);
+    }
+    closedir(listing);
+}
+
+// Takes the lock by which other runs see that this one lives. False if one of them has just swept the folder away.
+static bool hold_temp_folder(const std::string& path) {
+    const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat held, there;
+    const bool busy = fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (fd < 0 || busy || fstat(fd, &held) != 0 || stat(path.c_str(), &there) != 0 || held.st_ino != there.st_ino) {
+        if (fd >= 0) close(fd);
+        return false;
+    }
+    path.copy(temp_path, sizeof temp_path - 1);
+    temp_owner = getpid();
+    temp_fd = fd;
+    return true;
+}
+
+static bool make_temp_below(const std::string& parent) {
     // The caller of get_OS_abs_path sees ":" and "\" as "/", so a folder with one of them could never be reached.
-    if (parent.empty() || parent.find_first_of(":\\") != std::string::npos) return {};
-    std::string name = parent + "velaris-XXXXXX";
-    return mkdtemp(name.data()) ? name + "/" : std::string();
+    if (parent.empty() || parent.find_first_of(":\\") != std::string::npos) return false;
+    remove_stale_below(parent);
+    for (int tries = 0; tries < 3; ++tries) {
+        std::string name = parent + temp_prefix + std::string(temp_random, 'X');
+        if (!mkdtemp(name.data())) return false;
+        if (hold_temp_folder(name + "/")) return true;
+        rmdir(name.c_str());
+    }
+    return false;
 }
 
 static std::string private_temp_folder() {
-    if (!temp_folder.empty()) return temp_folder;
-    temp_folder = make_temp_below(folder_from_environment("TMPDIR"));
-    if (temp_folder.empty()) temp_folder = make_temp_below("/tmp/");
-    temp_owner = getpid();
+    if (temp_fd < 0 && !make_temp_below(folder_from_environment("TMPDIR")) && !make_temp_below("/tmp/")) return {};
     static const bool removed_at_exit = std::atexit(remove_temp_folder) == 0;
-    return removed_at_exit ? temp_folder : std::string();
+    return removed_at_exit ? temp_path : std::string();
 }
 
 void get_OS_abs_path(int which, std::string* out) {
@@ -150,12 +211,12 @@ void get_OS_abs_path(int which, std::string* out) {
 }
 
 void remove_temp_folder() {
-    if (temp_folder.empty() || temp_owner != getpid()) return;
-    for (const char* name :
-         {"serverlist.txt", "directory.txt.zip", "directory.txt", "0.zip", "1.zip", "2.zip", "3.zip"})
-        unlink((temp_folder + name).c_str());
-    rmdir(temp_folder.c_str());
-    temp_folder.clear();
+    if (temp_fd < 0 || temp_owner != getpid()) return;
+    empty_temp_folder(temp_fd);
+    rmdir(temp_path);
+    close(temp_fd);
+    temp_fd = -1;
+    std::memset(temp_path, 0, sizeof temp_path);
 }
 
 bool folder_is_writable(const std::string& path) {

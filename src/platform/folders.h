@@ -29,7 +29,8 @@ std::string executable_path();
 
 // Removes the files that a run leaves in its temporary folder (serverlist.txt, directory.txt.zip, directory.txt, 0.zip
 // to 3.zip), then the folder if it is empty. Files that the program does not know stay. No effect if none was made.
-// Happens at the exit of the process anyway, for ends that close nothing.
+// Happens at the exit of the process anyway, for ends that close nothing; a signal handler may call it. What a run that
+// was killed has left goes when the next one makes its own folder in the same place: a living run holds a lock on its own.
 void remove_temp_folder();
 
 // True if a file can be made in the existing folder `path`; nothing is made for the test.

@@ -10,6 +10,8 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/folders.h"
+
 // Process. Written by the handler, so only of types that it may touch.
 static volatile sig_atomic_t first_signal = 0;
 static int wake_pipe[2] = {-1, -1};
@@ -20,6 +22,7 @@ static void on_signal(int number) {
     const int kept = errno;
     if (first_signal && number == SIGINT) {
         restore_terminal();
+        remove_temp_folder();
         _exit(130);
     }
     if (!first_signal) {

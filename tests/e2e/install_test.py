@@ -17,10 +17,6 @@ def first():
     tree = release.sample()
     tree.add("All/Instructions/Old charts/north.txt", "N\n").add("All/Instructions/Old charts/deep/south.txt", "S\n")
     tree.add("All/Resources/comes back.txt", "as ever\n").add("All/Resources/moves.txt", "moved\n")
-    tree.add("All/Resources/was a file", "flat\n").add("All/Resources/was a folder/inside.txt", "deep\n")
-    tree.add("All/Airfoils/Case.afl", "spelling\n")
-    for version in ("A", "Current"):
-        tree.add(f"All/Resources/panels/{version}/info.txt", "panel\n")
     return tree
 
 
@@ -39,13 +35,7 @@ def third(tree):
     tree.add("All/Resources/comes back.txt", "as ever\n")
     tree.remove("All/Instructions/Old charts/north.txt", "All/Instructions/Old charts/deep/south.txt")
     tree.remove("All/Custom Scenery/Airstrip/apt.txt")
-    # The same installed path from another top folder: one history ends where the other begins.
     tree.remove("All/Resources/moves.txt").add("Linux/Resources/moves.txt", "moved\n")
-    tree.remove("All/Resources/was a file").add("All/Resources/was a file/now.txt", "a folder\n")
-    tree.remove("All/Resources/was a folder/inside.txt").add("All/Resources/was a folder", "a file\n")
-    tree.remove("All/Airfoils/Case.afl").add("All/Airfoils/CASE.afl", "spelling\n")
-    # Of what shipped twice one becomes a link to the other: what is withdrawn behind the link is not that file.
-    tree.remove("All/Resources/panels/Current/info.txt").link("All/Resources/panels/Current", "A")
     tree.link("All/Resources/plugins/QRNK.framework/Versions/Current", "B")
     tree.add("All/Resources/plugins/QRNK.framework/Versions/B/Resources/info.txt", "three\n")
     return tree

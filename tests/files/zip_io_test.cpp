@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "files/error_str.h"
+#include "files/md5.h"
+#include "platform/beneath.h"
 #include "support/scratch.h"
 
 using namespace std::string_literals;
@@ -174,6 +176,46 @@ TEST_F(archive, a_name_cannot_lead_out_of_the_folder) {
     EXPECT_EQ(expand({{"s/", ""}, {deep, "good"}, {"..x", "good"}}), 0);
     EXPECT_EQ(scratch::read(out + deep), "good");
     EXPECT_EQ(expand({{deep + "n", "bad"}}), err_zip_read);
+}
+
+TEST_F(archive, only_what_was_promised_takes_the_place_of_the_old_file) {
+    const std::string abc = "900150983cd24fb0d6963f7d28e17f72";  // signature of "abc"
+    const entry good = {"f", "abc"}, fork = {"__MACOSX/._f", "\0\5\x16\7\0\2"s + std::string(18, 0)};
+    const struct {
+        std::vector<entry> entries;
+        int result;
+    } rows[] = {{{good}, 0},
+                {{good, fork}, 0},
+                {{{"f", "abc", link_to, 0}}, 0},
+                {{{"f", "abd"}}, err_wrong_content},
+                {{{"f", "abcd"}}, err_wrong_content},
+                {{{"F", "abc"}}, err_wrong_content},
+                {{{"sub/f", "abc"}}, err_wrong_content},
+                {{{"sub/", ""}, good}, err_wrong_content},
+                {{good, {"g", "abc"}}, err_wrong_content},
+                {{good, good}, err_wrong_content},
+                {{good, fork, fork}, err_wrong_content},
+                {{fork}, err_wrong_content},
+                {{{"f", std::string(5000, 'x'), link_to, 0}}, err_wrong_content}};
+    for (const auto& row : rows) {
+        unlink((out + "a/f").c_str());
+        box.write("out/a/f", "old");
+        make(row.entries);
+        EXPECT_EQ(zip_to_file(zip, beneath_folder(out), "a", {"f", abc, 3}), row.result) << &row - rows;
+        EXPECT_EQ(is_bad_archive(row.result), row.result != 0);
+        std::string now;
+        ASSERT_EQ(calc_file_md5(out + "a/f", now), 0);
+        EXPECT_EQ(now == abc, row.result == 0) << &row - rows;
+        EXPECT_EQ(left_in_out(), 1);
+    }
+    std::filesystem::create_symlink(box.path(), out + "way");
+    EXPECT_EQ(expand({good}), 0);
+    EXPECT_EQ(zip_to_file(zip, beneath_folder(out), "way", {"f", abc}), err_leads_outside);
+    EXPECT_EQ(zip_to_file(zip, beneath_folder(out), "none", {"f", abc}), ENOENT);
+    EXPECT_FALSE(is_bad_archive(ENOENT) || is_bad_archive(err_leads_outside) || is_bad_archive(ENOSPC));
+    EXPECT_FALSE(is_whole_archive(box.write("half", scratch::read(zip).substr(0, 30))));
+    EXPECT_TRUE(is_whole_archive(zip));
+    EXPECT_FALSE(scratch::exists(box / "f"));
 }
 
 TEST_F(archive, damage_anywhere_leaves_the_old_file_or_the_whole_new_one) {

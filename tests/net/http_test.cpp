@@ -163,6 +163,28 @@ TEST_F(Http, AServerThatFailsAtOnceIsNotHammered) {
     EXPECT_LE(failures, 16);
 }
 
+TEST_F(Http, ContentThatIsRefusedCountsAsAFailureAndSoDoesMoreThanIsWanted) {
+    scripted_peer peer(script().send(http_reply("200 OK", "a lie")).close());
+    for (int failures = 1; failures < 4; ++failures) {
+        EXPECT_EQ(fetch(peer.host()), net_complete);
+        http.reject(2, "a lie");
+        EXPECT_EQ(http.is_pausing(2), failures > 1);
+        EXPECT_EQ(http.last_failure(), peer.host() + ": a lie for /x.zip");
+    }
+    http.most_bytes[3] = 5;
+    EXPECT_EQ(fetch(peer.host(), "/x.zip", 3), net_complete);
+    http.most_bytes[3] = 4;
+    EXPECT_EQ(fetch(peer.host(), "/x.zip", 3), net_failed);
+    scripted_peer endless(script().send("HTTP/1.1 200 OK\r\n\r\nmore").pause().send("!"));
+    http.most_bytes[4] = 4;
+    while (check(endless.host(), "/x.zip", 4) == net_running && http.slots[4]->received < 4)
+        http.wait(5000, -1);
+    endless.go_on();
+    EXPECT_EQ(fetch(endless.host(), "/x.zip", 4), net_failed);
+    EXPECT_NE(http.last_failure().find("more than the 4 bytes"), std::string::npos) << http.last_failure();
+    EXPECT_EQ(got(), "more");
+}
+
 TEST_F(Http, AnAnswerCutAnywhereReadsTheSame) {
     const std::string answer =
         "HTTP/1.1 100 Continue\r\nA: b\r\n\r\nHTTP/1.1 200 OK\r\nEmpty: \r\nContent-Length: 4\r\n\r\nbody";

@@ -62,6 +62,14 @@ TEST_F(ServerList, AListCutAnywhereGivesOnlyServersWithAFolder) {
     EXPECT_EQ(install_name, "");
 }
 
+TEST_F(ServerList, AServerThatCouldNotBeAskedIsLeftOutAndSpoilsNoOther) {
+    std::string text = head + "BETA V\n";
+    for (const char* bad : {"host/\n/x/", "a host\n/x/", "host:0\n/x/", "host\nno slash/"})
+        text += "SERVER " + std::string(bad) + "\nbad\n";
+    EXPECT_EQ(read(text + record(1)), 1);
+    EXPECT_EQ(server_name[0] + server_path[0] + server_desc[0], "host1/folder1/V/Text 1");
+}
+
 TEST_F(ServerList, AnotherVersionTitleOrNoFileIsNoList) {
     EXPECT_EQ(read("I\n821 version\nSERVERS\n" + record(1)), -1);
     EXPECT_EQ(read("I\n820 version\nSERVERSX\n" + record(1)), -1);
@@ -87,6 +95,14 @@ TEST(ServerChoice, StaysInTheListAndFavoursItsTop) {
         EXPECT_EQ(pick_server_biased(count), 0);
         EXPECT_EQ(pick_server_plain(count), 0);
     }
+}
+
+TEST(ServerChoice, AnotherServerIsTakenAsLongAsThereIsOne) {
+    for (unsigned bad = 0; bad < 8; ++bad)
+        for (int n = 0; n < 20; ++n) {
+            const int chosen = pick_other_server(3, bad);
+            EXPECT_TRUE(chosen >= 0 && chosen < 3 && (bad == 7 || !(bad >> chosen & 1))) << bad;
+        }
 }
 
 TEST(ServerChoice, WithOneServerThePlainChoiceDrawsNoNumber) {

@@ -5,9 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "platform/volume.h"
 #include "support/scratch.h"
@@ -109,6 +112,39 @@ TEST_F(Folders, removal_takes_what_a_run_leaves_and_nothing_else) {
         EXPECT_EQ(scratch::exists(temp + "mine.txt"), foreign);
         EXPECT_FALSE(scratch::exists(temp + "0.zip"));
     }
+}
+
+TEST_F(Folders, what_a_killed_run_left_goes_and_what_lives_or_is_not_ours_stays) {
+    setenv("TMPDIR", home.path().c_str(), 1);
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const auto start_run = [&](const std::string& file) {
+        const pid_t run = fork();
+        if (run != 0) return run;
+        home.write(folder(os_dir_temp).substr(home.path().size()) + file, "half");
+        if (write(ready[1], "", 1) == 1) pause();
+        _exit(0);
+    };
+    const pid_t killed = start_run("0.zip"), living = start_run("1.zip");
+    char byte[2];
+    ASSERT_EQ(read(ready[0], byte, 1) + read(ready[0], byte, 1), 2);
+    kill(killed, SIGKILL);
+    waitpid(killed, nullptr, 0);
+    home.write("velaris-open00/2.zip", "");
+    for (const std::string name : {"elsewhere/3.zip", "velaris-mine00/letter.txt"}) {
+        home.write(name, "");
+        chmod((home / name.substr(0, name.find('/'))).c_str(), 0700);
+    }
+    ASSERT_EQ(symlink("elsewhere", (home / "velaris-link00").c_str()), 0);
+
+    folder(os_dir_temp);
+    std::set<std::string> left;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path()))
+        if (!entry.is_directory()) left.insert(entry.path().filename());
+    EXPECT_EQ(left, (std::set<std::string>{"1.zip", "2.zip", "3.zip", "letter.txt"}));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 6);
+    kill(living, SIGKILL);
+    waitpid(living, nullptr, 0);
 }
 
 TEST_F(Folders, only_a_folder_counts_as_writable_or_has_free_space) {

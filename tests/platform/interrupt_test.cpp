@@ -13,6 +13,9 @@
 #include <functional>
 #include <initializer_list>
 
+#include "platform/folders.h"
+#include "support/scratch.h"
+
 // Signals and terminals are for a process of their own. What `act` returns is its exit status.
 static int in_child(const std::function<int()>& act) {
     const pid_t child = fork();
@@ -34,7 +37,16 @@ static void raise_each(std::initializer_list<int> numbers) {
 }
 
 TEST(Interrupt, only_a_second_ctrl_c_ends_the_process_and_an_ignored_hang_up_stays_ignored) {
-    EXPECT_EQ(in_child([] { return raise_each({SIGTERM, SIGTERM, SIGINT}), 0; }), 130);
+    const scratch disk;
+    const auto end_twice = [&] {
+        std::string temp;
+        setenv("TMPDIR", disk.path().c_str(), 1);
+        get_OS_abs_path(os_dir_temp, &temp);
+        disk.write(temp.substr(disk.path().size()) + "0.zip", "half");
+        return raise_each({SIGTERM, SIGTERM, SIGINT}), 0;
+    };
+    EXPECT_EQ(in_child(end_twice), 130);
+    EXPECT_EQ(rmdir(disk.path().c_str()), 0) << "the temporary folder is left";
     EXPECT_EQ(in_child([] { return raise_each({SIGINT, SIGTERM, SIGHUP}), interrupt_requested(); }), SIGINT);
     signal(SIGHUP, SIG_IGN);  // as for a run that is to outlive its terminal
     EXPECT_EQ(in_child([] { return raise_each({SIGHUP}), interrupt_requested(); }), 0);

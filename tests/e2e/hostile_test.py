@@ -1,0 +1,280 @@
+"""A server that means harm: nothing outside the folder is touched, no lie takes a file's place, nothing grows without end."""
+import hashlib
+import io
+import os
+import stat
+import struct
+import sys
+import zipfile
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import folders
+import installer
+import release
+import servers
+
+NAME = "Velaris 9.00 Beta-19"
+BASE = f"/beta/{NAME}/"
+LIST, CATALOGUE = "/serverlist.txt", BASE + "directory.txt.zip"
+CANNOT_EXTRACT = "The installer cannot extract a file."
+LEADS_OUT = "A folder of this copy is a link that leads out of it!"
+MANUAL = "Instructions/Manual.pdf"
+MANUAL_ZIP = f"{BASE}All/{MANUAL}.zip"
+SIGN_OF_X = hashlib.md5(b"x").hexdigest().encode()
+MEMORY_KB = 200_000
+BOMB = 300_000_000
+
+
+def packed_link(name, target):
+    out = io.BytesIO()
+    with zipfile.ZipFile(out, "w") as archive:
+        link = zipfile.ZipInfo(name)
+        link.create_system, link.external_attr = 3, (stat.S_IFLNK | 0o755) << 16
+        archive.writestr(link, target)
+    return out.getvalue()
+
+
+def two_files(name, data, other, more):
+    out = io.BytesIO()
+    with zipfile.ZipFile(out, "w") as archive:
+        archive.writestr(name, data)
+        archive.writestr(other, more)
+    return out.getvalue()
+
+
+def claiming(zipped, size=None, packed=None, central_only=False):
+    """The archive, with other sizes in its headers."""
+    out = bytearray(zipped)
+    for at in ([] if central_only else [18]) + [out.index(b"PK\1\2") + 20]:
+        for place, number in ((at, packed), (at + 4, size)):
+            if number is not None:
+                struct.pack_into("<I", out, place, number)
+    return bytes(out)
+
+
+def flood(start, piece):
+    """Sends `start` and then `piece` until the other side has had enough."""
+    def fault(link, _status, _body):
+        link.sendall(b"HTTP/1.1 200 Fine\r\n" + start)
+        while True:
+            link.sendall(piece)
+    return fault
+
+
+class HostileTest(installer.Scene):
+    @classmethod
+    def setUpClass(cls):
+        tree = release.landmarks().add("All/" + MANUAL, release.noise(200_000)).add("All/Airfoils/flat.afl", "flat\n")
+        cls.publisher, (cls.new,) = installer.publish(cls, (tree, NAME, 90019))
+        cls.text = cls.new.catalogue()
+
+    def setUp(self):
+        super().setUp()
+        self.server = installer.faulty(self, self.publisher, self.new)
+        self.host = self.server.address
+        self.outside = os.path.join(self.folder, "outside")
+        self.put("precious.txt", "mine", self.outside)
+        self.out_before = folders.snapshot(self.outside)
+        self.place(self.new.tree.installed())
+
+    def tearDown(self):
+        self.assert_same(self.out_before, self.outside)
+        self.assertEqual(os.listdir(self.desk.tmp), [])
+        self.assertFalse([path for path in folders.snapshot(self.dest) if ".velaris" in path])
+        self.assertEqual(sorted(os.listdir(self.folder)), ["Flight Sims", "desk", "outside"])
+
+    def offer_text(self, text):
+        self.server.replies[CATALOGUE] = release.zipped("directory.txt", self.text + text)
+
+    def offer(self, *rows):
+        """The release and `rows` behind it: path, content (bytes, ("link", target) or None for withdrawn)."""
+        text = ""
+        for path, *contents in rows:
+            name = os.path.basename(path)
+            text += f"\nDIR {os.path.dirname(path)}/\n"
+            for content in contents:
+                is_link = isinstance(content, tuple)
+                data = content[1].encode() if is_link else content
+                text += f"FILE 0 0 90019 1 1 {'GONE' if data is None else hashlib.md5(data).hexdigest()} {name}\n"
+                if data is not None:
+                    self.server.replies[f"{BASE}{path}.zip"] = (packed_link(name, content[1]) if is_link
+                                                                else release.zipped(name, data))
+        self.offer_text(text.encode())
+
+    def run_over(self, status, *words, options=()):
+        """A run that ends with `status`, says each of `words` and needs little memory."""
+        with open(os.path.join(self.desk.folder, "output"), "w+b") as log:
+            run = self.start("--agree", "--pref:_rename_folder=0", "--changed=overwrite", *options, stdout=log,
+                             stderr=log)
+            _, ended, used = os.wait4(run.pid, 0)
+            run.returncode = os.waitstatus_to_exitcode(ended)
+            log.seek(0)
+            said = installer.text_of(log.read())
+        self.assertEqual(run.returncode, status, said)
+        self.assertLess(used.ru_maxrss, MEMORY_KB)
+        for one in words:
+            self.assertIn(one, said)
+        return said
+
+    def refused(self, status, *words, options=()):
+        before = folders.snapshot(self.dest)
+        said = self.run_over(status, *words, options=options)
+        self.assert_same(before)
+        return said
+
+    def test_rows_that_no_folder_can_hold_are_refused_before_anything_is_done(self):
+        row = b"\nDIR %b\nFILE 0 0 90019 1 1 " + SIGN_OF_X + b" %b\n"
+        leaves, long = "found a path that leaves the folder I install to!", "found a path that is too long for any disk!"
+        cases = {
+            "climbs": (row % (b"All/", b"../outside/precious.txt"), leaves),
+            "climbs from a folder": (row % (b"All/Airfoils/../../../outside/", b"precious.txt"), leaves),
+            "withdrawn outside": (b"\nDIR All/../outside/\nFILE 0 0 1 1 1 GONE precious.txt\n", leaves),
+            "absolute": (row % (b"All/" + os.fsencode(self.outside) + b"/", b"precious.txt"), leaves),
+            "empty component": (row % (b"All/Airfoils//", b"x"), leaves),
+            "dot component": (row % (b"All/./", b"x"), leaves),
+            "the parent itself": (row % (b"All/Airfoils/", b".."), leaves),
+            "no name": (row % (b"All/Airfoils/", b""), "found a path that has no file!"),
+            "a folder's name": (row % (b"All/", b"Airfoils/"), "found a path that has no file!"),
+            "backslash": (row % (b"All/", b"..\\x"), "I got a bad dirchar!"),
+            "256 bytes": (row % (b"All/", b"n" * 256), long),
+            "600 bytes": (row % (b"All/" + (b"d" * 99 + b"/") * 5, b"n" * 100), long),
+            "more than the disk": (b"\nDIR All/\nFILE 0 0 1 2147483647 2147483647 x x\n", ""),
+        }
+        for case, (text, words) in cases.items():
+            with self.subTest(case=case):
+                self.offer_text(text)
+                self.refused(1, words)
+
+    def test_rows_that_are_odd_do_no_harm(self):
+        longest = "n" * 255
+        for number, fields in enumerate((b"-9 -9 -9 -9 -2147483648", b"9 0 99999999999999999999 -1 -1", b"x 0 y z z")):
+            name = f"odd {number}"
+            self.server.replies[f"{BASE}All/Airfoils/{name}.zip"] = release.zipped(name, b"x")
+            self.offer_text(b"\nDIR All/Airfoils/\nFILE %b %b %b\n" % (fields, SIGN_OF_X, name.encode()))
+            self.run_over(0)
+            self.assertIn("Airfoils/" + name, folders.snapshot(self.dest))
+        self.offer((f"All/Airfoils/{longest}", b"x"))
+        self.run_over(0)
+        self.assertIn("Airfoils/" + longest, folders.snapshot(self.dest))
+        self.offer_text(b"\nDIR All/Airfoils/\nFILE 0 0 1 1 1 " + SIGN_OF_X + b" odd 0\0/../../../outside/precious.txt\n")
+        self.refused(0)
+        for text in (b"0123", b"NONE", b"f" * 5000):
+            self.offer_text(b"\nDIR All/Airfoils/\nFILE 0 0 1 1 1 " + text + b" odd 0\n")
+            self.refused(1, CANNOT_EXTRACT, "Airfoils/odd 0")
+
+    def test_users_link_out_of_the_folder_is_named_before_anything_is_touched(self):
+        scenery = os.path.join(self.dest, "Custom Scenery")
+        os.symlink(self.outside, scenery)
+        for rows in ([("All/Airfoils/new.afl", b"new"), ("All/Custom Scenery/World/new.txt", b"new")],
+                     [("All/Airfoils/new.afl", b"new"), ("All/Custom Scenery/precious.txt", b"mine", None)]):
+            self.offer(*rows)
+            self.assertNotIn(CANNOT_EXTRACT, self.refused(1, LEADS_OUT, scenery))
+        # Where nothing below it is to be done it may stay as it is.
+        self.offer(("All/Airfoils/new.afl", b"new"), ("All/Custom Scenery/precious.txt", b"mine"))
+        self.run_over(0)
+        self.assertTrue(os.path.islink(scenery))
+
+    def test_link_that_the_release_itself_laid_is_no_way_out(self):
+        for number, target in enumerate((self.outside, "../../../outside", "/", "..")):
+            with self.subTest(target=target):
+                door = f"All/Airfoils/door{number}"
+                self.offer((door, ("link", target)))
+                self.run_over(0)
+                self.assertEqual(os.readlink(f"{self.dest}/Airfoils/door{number}"), target)
+                if not target.endswith("outside"):
+                    continue
+                for rows in ((door + "/precious.txt", b"mine", b"theirs"), (door + "/precious.txt", b"mine", None),
+                             (door + "/deep/er/x.txt", b"theirs")):
+                    self.offer(rows)
+                    self.refused(1, f"Airfoils/door{number}")
+                # Link and file in one release, in either order.
+                again = (door + "a", ("link", target)), (door + "a/escaped.txt", b"theirs")
+                for rows in (again, again[::-1]):
+                    self.offer(*rows)
+                    self.run_over(1)
+        # Nor is what it leads to made a program.
+        self.offer(("All/Velaris.app/Contents/MacOS/Velaris", ("link", os.path.join(self.outside, "precious.txt"))))
+        self.run_over(0)
+
+    def test_file_of_the_user_where_a_folder_is_needed_ends_the_run(self):
+        self.put("Aircraft", "mine")
+        self.offer(("All/Aircraft/Heron/new.acf", b"new"))
+        self.refused(1, os.path.join(self.dest, "Aircraft"))
+
+    def test_wrong_content_from_one_mirror_is_fetched_from_another(self):
+        right = installer.keep_up(self, servers.FaultServer(self.publisher.web))
+        self.server.replies[LIST] = release.server_list(NAME, [self.host, right.address]).encode()
+        for path in self.new.tree.items:
+            self.server.replies[f"{BASE}{path}.zip"] = release.zipped(os.path.basename(path), b"a trap")
+        for number, zipped in enumerate((two_files("directory.txt", self.text, "0.zip", b"x"), b"<html>",
+                                         release.zipped("../directory.txt", self.text))):
+            self.server.replies[CATALOGUE] = zipped
+            where = os.path.join(self.dest, f"copy {number}")       # which mirror is asked first is a matter of chance
+            self.install("--pref:_rename_folder=0", dest=where)
+            self.assert_installed(dict(self.new.tree.installed()), where)
+
+    def test_wrong_content_from_all_ends_the_run_and_keeps_the_old_file(self):
+        good = self.new.tree.items["All/" + MANUAL].data
+        self.put(MANUAL, "old")
+        packed, bomb = release.zipped("Manual.pdf", good), release.zipped("Manual.pdf", bytes(BOMB))
+        lies = {
+            "other bytes": release.zipped("Manual.pdf", b"x" * len(good)),
+            "another name": release.zipped("Surprise.pdf", good),
+            "out of the folder": release.zipped("../../../outside/precious.txt", good),
+            "absolute": release.zipped(os.path.join(self.outside, "precious.txt"), good),
+            "a second file": two_files("Manual.pdf", good, "Surprise.pdf", b"x"),
+            "a folder": release.zipped("Manual.pdf/", b""),
+            "a link": packed_link("Manual.pdf", "/etc/passwd"),
+            "nothing": b"PK\5\6" + bytes(18),
+            "a bomb": bomb,
+            "a bomb that claims little": claiming(bomb, len(good)),
+            "a claim of 4 GB": claiming(packed, 0xfffffffe),
+            "a claim of more": claiming(packed, 0xffffffff),
+            "packed beyond the end": claiming(packed, packed=0x7fffffff),
+            "two stories": claiming(packed, len(good) - 1, central_only=True),
+        }
+        for lie, zipped in lies.items():
+            with self.subTest(lie=lie):
+                self.put(MANUAL, "old")
+                self.server.replies[MANUAL_ZIP] = zipped
+                asked = self.server.asked.count(MANUAL_ZIP)
+                said = self.refused(1, CANNOT_EXTRACT, os.path.join(self.dest, MANUAL))
+                self.assertEqual(said.count(CANNOT_EXTRACT), 1)
+                self.assertEqual(self.server.asked.count(MANUAL_ZIP) - asked, 3)
+
+    def test_archive_of_the_user_beside_a_file_stays_when_its_transfer_is_broken_off(self):
+        self.put(MANUAL, "old")
+        mine = os.path.join(self.dest, MANUAL + ".zip")
+        with open(mine, "wb") as out:
+            out.write(release.zipped("mine.txt", b"mine"))
+        self.server.script[MANUAL_ZIP] = [servers.stall]
+        self.refused(4, options=("--give_up=0.5",))
+
+    def test_transfer_without_end_or_sense_is_broken_off(self):
+        self.put(MANUAL, "old")
+        block = bytes(1 << 16)
+        length = b"Content-Length: %b\r\n\r\n"
+        for path in (LIST, MANUAL_ZIP):
+            for case, fault in {"no end": flood(b"\r\n", block), "100 MB": flood(length % b"100000000", block),
+                                "a length below 0": flood(length % b"-5", block),
+                                "a length beyond all": flood(length % (b"9" * 20), block),
+                                "headers without end": flood(b"", b"X-More: x\r\n" * 99),
+                                "a header without end": flood(b"", b"x" * 9999)}.items():
+                with self.subTest(path=path, case=case):
+                    self.server.script = {path: [fault]}
+                    said = self.refused(4, "I give up", options=("--give_up=0.7",))
+                    self.assertRegex(said, "endless headers|more than the [0-9]+ bytes that it may send")
+
+    def test_catalogue_that_is_a_bomb_is_refused_and_told_once(self):
+        rows = b"FILE 0 0 1 1 1 0 x\n" * (BOMB // 19)
+        bombs = release.zipped("directory.txt", self.text + bytes(BOMB)), release.zipped("directory.txt", self.text + rows)
+        del rows
+        for zipped in (*bombs, claiming(bombs[0], 0xfffffffe)):
+            self.server.replies[CATALOGUE] = zipped
+            said = self.refused(4, options=("--give_up=1.5",))
+            self.assertEqual(said.count("DIR-scan: " + CANNOT_EXTRACT), 1)
+            self.assertGreater(self.desk.log().count("DIR-scan: " + CANNOT_EXTRACT), 2)
+
+
+if __name__ == "__main__":
+    installer.main()
