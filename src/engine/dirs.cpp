@@ -267,7 +267,7 @@ static int remove_folders_in_the_way() {
 // The first folder on the way to `folder` that leads out of the destination; "" if none does.
 static std::string way_out(const beneath_folder& root, const std::string& folder) {
     for (std::size_t slash = folder.find('/'); !folder.empty(); slash = folder.find('/', slash + 1)) {
-        const std::string part = folder.substr(0, slash);
+        std::string part = folder.substr(0, slash);
         const int err = beneath_folder(root, part).error();
         if (err == EXDEV) return part;
         if (err || slash == std::string::npos) break;

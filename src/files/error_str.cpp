@@ -64,6 +64,8 @@ static const err_msg kErrMsgs[] = {
     {ESPIPE, "Illegal seek"},
     {ESRCH, "No such process"},
     {EXDEV, "Cross-device link"},
+    {EDQUOT, "Your share of this disk is full"},
+    {ELOOP, "Too many links lead to one another"},
 
     {-43, "File not found"},
     {-50, "param err"},

@@ -45,7 +45,7 @@ static bool can_hold_report(const std::string& folder, const std::string& path) 
 static bool take_folder_for_report(const std::string& folder) {
     const std::string path = folder + "crash_log.txt";
     if (folder.empty() || path.size() >= sizeof crash_log_path || !can_hold_report(folder, path)) return false;
-    std::strcpy(crash_log_path, path.c_str());
+    path.copy(crash_log_path, sizeof crash_log_path - 1);
     return true;
 }
 

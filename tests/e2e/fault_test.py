@@ -64,7 +64,8 @@ class FaultTest(installer.Scene):
         one.script["/serverlist.txt"] = [servers.reset, servers.refuse(500), servers.serve]
         one.script[BASE + "directory.txt.zip"] = [servers.hang_up, servers.promise_more, servers.serve]
         paths = list(fetched_in_order(made))
-        for path in dice.sample(paths, FILES * 2 // 5):
+        # An empty file has no bytes to be corrupted: such a fault would rightly pass.
+        for path in dice.sample([path for path in paths if "flat plate" not in path], FILES * 2 // 5):
             one.script[path] = troubles(dice)
         # At the very end, where all of them wait at the same time.
         for path, fault in zip(paths[-len(SILENT):], SILENT):

@@ -4,7 +4,6 @@ import sys
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
-import folders
 import installer
 import release
 import servers
@@ -67,26 +66,6 @@ class NetworkTest(installer.Scene):
         outcome = self.install()
         self.assert_complete()
         self.assertNotRegex(outcome.out, r"(?m)^\d+% .* -\d", "a size or a time below nothing")
-
-    def test_corrupted_file_ends_the_run_and_leaves_the_old_one_whole(self):
-        where = os.path.join(self.folder, "copy")
-        old = self.new.tree.copy().remove("All/Instructions/Manual.pdf")
-        self.place(old.installed(), where)
-        self.put("Aircraft/Heron/Heron.acf", "mine", where)
-        before = folders.snapshot(where)
-        server = installer.faulty(self, self.publisher, self.new)
-        server.script[HERON] = [servers.corrupt]
-        self.host = server.address
-        outcome = self.install("--changed=overwrite", "--pref:_rename_folder=0", dest=where, status=1)
-        self.assertIn("The installer cannot extract a file.", outcome.err)
-        self.assertIn(os.path.join(where, "Aircraft/Heron/Heron.acf"), outcome.err)
-        self.assertIn("The installation was not completed because an error occurred.", outcome.out)
-        after = folders.snapshot(where)
-        after.pop("Instructions/Manual.pdf", None)      # whole or not there; the last comparison tells
-        self.assertEqual(folders.differences(before, after), [])
-        server.script.clear()
-        self.install("--changed=overwrite", "--pref:_rename_folder=0", dest=where)
-        self.assert_installed(self.new.tree.installed(), where)
 
     def test_proxy_is_the_only_way_out(self):
         self.publisher.announce(self.new, ["mirror.example"])

@@ -105,16 +105,17 @@ TEST_F(flow_steps, a_refusal_a_cancel_or_another_run_leaves_every_file) {
     EXPECT_TRUE(is_folder("withdrawn"));
 }
 
-TEST_F(flow_steps, a_reset_deletes_partial_zips_of_active_streams_only) {
-    put({{"a.zip", "part"}, {"b.zip", "part"}, {"c.zip", "part"}});
-    for (const char* path : {"All/a", "All/b", "All/c"})
+TEST_F(flow_steps, a_reset_deletes_only_partial_zips_of_active_streams) {
+    put({{"a.zip", "part"}, {"b.zip", "part"}, {"c.zip", "content"}, {"mine", ""}});
+    ASSERT_EQ(file_to_zip(dest_dir_path + "mine", dest_dir_path + "d.zip"), 0);
+    for (const char* path : {"All/a", "All/b", "All/c", "Linux/c.zip", "All/d"})
         row(path, "1");
     read();
-    next = {3, 1, {1, 0, 1, 1}, {}, {0, 1, 3, 2}, 0, 1, 2, 3, 4};
+    next = {5, 1, {1, 0, 1, 1}, {}, {2, 1, 4, 0}, 0, 1, 2, 3, 4};
     flow_quit();
     EXPECT_EQ(app_done, 1);
-    EXPECT_EQ(on_disk({"a.zip", "b.zip", "c.zip"}), "part");
-    EXPECT_TRUE(is_there("b.zip"));
+    EXPECT_EQ(on_disk({"a.zip", "b.zip", "c.zip"}), "partcontent");
+    EXPECT_TRUE(is_there("b.zip") && is_there("d.zip"));
     EXPECT_EQ(next.all_done, 1);
     EXPECT_EQ(static_cast<float>(next.next_file + next.files_done) + next.disk_kb + next.down_kb + next.part_kb, 0);
     EXPECT_EQ(next.stream_on[0] + 2 * next.stream_on[1] + 4 * next.stream_on[2] + 8 * next.stream_on[3], 3);

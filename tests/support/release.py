@@ -8,6 +8,7 @@ import dataclasses
 import io
 import os
 import random
+import stat
 import struct
 import subprocess
 import zipfile
@@ -169,11 +170,19 @@ class Release:
         return 0 if item.target is not None else len(item.data)
 
 
-def zipped(name, data):
+def zipped(name, data, *more):
+    """An archive of one file, or with `more` (name, data) behind it."""
     buffer = io.BytesIO()
     with zipfile.ZipFile(buffer, "w", zipfile.ZIP_DEFLATED) as archive:
-        archive.writestr(name, data)
+        for entry in ((name, data), *more):
+            archive.writestr(*entry)
     return buffer.getvalue()
+
+
+def zipped_link(name, target):
+    link = zipfile.ZipInfo(name)
+    link.create_system, link.external_attr = 3, (stat.S_IFLNK | 0o755) << 16
+    return zipped(link, target)
 
 
 def server_list(name, servers, version=820, title="SERVERS"):
