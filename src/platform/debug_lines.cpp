@@ -111,7 +111,7 @@ bool read_header(cursor& unit, unsigned offset_size, line_header& header) {
     cursor head = unit.part(unit.take_unsigned(offset_size));
     header.program = unit;
     header.instruction_size = head.take<std::uint8_t>();
-    head.skip(header.version >= 4 ? 2 : 1);  // operations of an instruction; whether rows begin statements
+    head.skip(header.version >= 4 ? 2 : 1);       // operations of an instruction; whether rows begin statements
     header.line_base = head.take<std::int8_t>();  // NOLINT(bugprone-signed-char-misuse): a number with a sign
     header.line_range = head.take<std::uint8_t>();
     header.opcode_base = head.take<std::uint8_t>();
