@@ -25,8 +25,6 @@ try:
 except ImportError as missing:
     sys.exit(f"demo_window.py: Python's {missing.name} is missing; run scripts/setup first")
 
-INSTALL, QUIT, PREFERENCES = (490, 89), (985, 89), (50, 750)
-AGREE = (262 + 430, 234 + 21)
 KEEP = (162 + 96, 311 + 28)
 SYSTEMS = (212 + 200, 194 + 313)
 LOG_ACTIONS = "--pref:_log_actions=1"
@@ -67,25 +65,6 @@ def running(display, installer, *words, **environment):
         program.wait()
 
 
-def has_colour(picture, box, colour):
-    left, bottom, right, top = box
-    part = picture.crop((left, desktop.HEIGHT - top, right, desktop.HEIGHT - bottom))
-    return any(all(abs(have - want) < 25 for have, want in zip(pixel, colour))
-               for _, pixel in part.getcolors(part.width * part.height))
-
-
-def is_live(window):
-    """INSTALL is green."""
-    picture = window.grab()
-    red, green, _ = picture.getpixel((455, desktop.HEIGHT - 83))
-    return window.screen(picture) == "main" and green > red + 10
-
-
-def is_complete(window):
-    picture = window.grab()
-    return window.screen(picture) == "main" and has_colour(picture, (150, 605, 900, 625), (0, 102, 0))
-
-
 class Story:
     def __init__(self, display, album):
         self.display, self.album = display, album
@@ -106,18 +85,18 @@ class Story:
 
     def install(self, installer, list_host, destination):
         with running(self.display, installer, "-path", destination, f"--list_host={list_host}", LOG_ACTIONS) as window:
-            self.wait(lambda: is_live(window), "the offer")
+            self.wait(window.install_is_live, "the offer")
             self.album.keep("offer", window.wait_still())
             self.tell("The window shows the offer. She clicks INSTALL.")
-            self.click(window, INSTALL)
+            self.click(window, desktop.INSTALL)
             self.wait(lambda: window.screen() == "agreement", "the agreement")
             self.album.keep("agreement", window.wait_still())
             self.tell("It asks for her agreement. She clicks I AGREE.")
-            self.click(window, AGREE)
+            self.click(window, desktop.AGREE)
             self.answer_questions(window)
             self.album.keep("complete", window.wait_still())
             self.tell("INSTALLATION COMPLETE! She clicks QUIT.")
-            self.click(window, QUIT)
+            self.click(window, desktop.QUIT)
             self.wait(lambda: window.process.poll() is not None, "the end")
             if window.process.returncode:
                 sys.exit(f"demo_window.py: the installer ended with status {window.process.returncode}")
@@ -125,7 +104,7 @@ class Story:
     def answer_questions(self, window):
         """KEEP THE OLD FILE, for as long as it asks."""
         seen = None
-        while not is_complete(window):
+        while not window.is_complete():
             if window.screen() != "changed file":
                 seen = None
                 time.sleep(0.05)
@@ -136,15 +115,14 @@ class Story:
                 time.sleep(0.05)
                 continue
             seen = question.tobytes()
-            self.album.keep("changed-file-to-delete" if self.asks_to_delete(question) else "changed-file", question)
+            self.album.keep("changed-file-to-delete" if self.asks_to_delete(window) else "changed-file", question)
             self.tell("It found a file that she had changed. She clicks KEEP THE OLD FILE.")
             self.click(window, KEEP)
 
     @staticmethod
-    def asks_to_delete(picture):
+    def asks_to_delete(window):
         """The question of a deletion is the longer one."""
-        line = (162 + 380, 311 + 76, 162 + 440, 311 + 88)
-        return has_colour(picture, line, (36, 43, 53))
+        return window.has_colour((162 + 380, 311 + 76, 162 + 440, 311 + 88), (36, 43, 53))
 
 
 class Faults:
@@ -234,7 +212,7 @@ class Pictures:
         os.makedirs(destination)
         with self.open(destination=destination) as window:
             self.keep("not-enough-space", window,
-                      lambda: has_colour(window.grab(), (140, 34, 700, 45), (255, 51, 51)))
+                      lambda: window.has_colour((140, 34, 700, 45), (255, 51, 51)))
 
     def scanning(self):
         """A file of some gigabytes that is in the way takes its time to be signed."""
@@ -255,11 +233,8 @@ class Pictures:
             self.album.keep("scanning", window.grab())
 
     def start_install(self, window):
-        if not desktop.until(lambda: is_live(window), 60):
-            sys.exit("demo_window.py: INSTALL did not become live")
-        window.click(*INSTALL)
-        window.wait_for("agreement")
-        window.click(*AGREE)
+        if not desktop.until(window.install_is_live, 60) or not window.install_and_agree():
+            sys.exit("demo_window.py: the install could not be started")
 
     def installing(self):
         gate = self.faults.fresh().hold_after(150)
@@ -271,7 +246,7 @@ class Pictures:
             gate.open()
 
     def red_status(self, window):
-        return has_colour(window.grab(), (140, 34, 1010, 66), (255, 0, 0))
+        return window.has_colour((140, 34, 1010, 66), (255, 0, 0))
 
     def cannot_download(self):
         server = self.faults.fresh()
@@ -299,7 +274,7 @@ class Pictures:
         self.faults.fresh()
         with self.open("--pref:_stream_count=3") as window:
             window.wait_for("main")
-            window.click(*PREFERENCES)
+            window.click(*desktop.PREFERENCES)
             window.wait_for("preferences")
             self.album.keep("preferences", window.wait_still())
             window.click(*SYSTEMS)
@@ -323,7 +298,7 @@ class Pictures:
         self.faults.fresh()
         with self.open(destination=os.path.dirname(os.path.abspath(__file__)), PATH="/nonexistent") as window:
             window.wait_for("main")
-            window.click(70, 89)
+            window.click(*desktop.DESTINATION)
             self.keep("folder-chooser", window, lambda: window.screen() == "folder")
 
 

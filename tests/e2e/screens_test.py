@@ -11,10 +11,8 @@ import installer
 import release
 import servers
 
-INSTALL, QUIT, DESTINATION, PREFERENCES, PATH_FIELD = (490, 89), (985, 89), (70, 89), (50, 750), (300, 89)
-HEADER, STATUS = (150, 605, 900, 625), (140, 34, 1010, 66)      # left, bottom, right, top
-SCREENS = {"agreement": (500, 300), "preferences": (600, 380), "alert": (420, 250), "changed file": (700, 146),
-           "folder": (600, 460)}
+PATH_FIELD = (300, 89)
+SCREENS = {name: size for size, name in desktop.WINDOWS.items()}
 CHANGED = "Aircraft/Heron/notes.txt"
 DROPPED = "Aircraft/Heron/old.txt"
 HEAVY = "Resources/scenery.bin"
@@ -39,7 +37,6 @@ def at(screen, x, y):
     return (desktop.WIDTH - width) // 2 + x, (desktop.HEIGHT - height) // 2 + y
 
 
-AGREE, REFUSE = at("agreement", 430, 21), at("agreement", 342, 21)
 ANSWERS = {1: (96, 53), 2: (96, 28), 4: (308, 53), 5: (308, 28), 3: (584, 28)}
 
 
@@ -70,45 +67,29 @@ class ScreensTest(installer.Scene):
     def offer(self, *options, **how):
         """... up to the offer: INSTALL is live."""
         window = self.open(*options, **how)
-        self.assertTrue(desktop.until(lambda: self.install_is_live(window)), "INSTALL never became live")
+        self.assertTrue(desktop.until(window.install_is_live), "INSTALL never became live")
         return window
-
-    def install_is_live(self, window):
-        red, green, _ = window.pixel(455, 82)
-        return window.screen() == "main" and green > red + 10
 
     def assert_shows(self, window, screen):
         self.assertTrue(window.wait_for(screen), f"{screen} wanted, {window.screen()} seen")
 
-    def has_colour(self, window, area, colour):
-        left, bottom, right, top = area
-        picture = window.grab().crop((left, desktop.HEIGHT - top, right, desktop.HEIGHT - bottom))
-        return any(all(abs(have - want) < 25 for have, want in zip(pixel, colour))
-                   for _, pixel in picture.getcolors(picture.width * picture.height))
-
-    def complete(self, window):
-        """INSTALLATION COMPLETE!, in green."""
-        return window.screen() == "main" and self.has_colour(window, HEADER, (0, 102, 0))
-
     def assert_completes(self, window):
-        self.assertTrue(desktop.until(lambda: self.complete(window)), "no end of the install")
+        self.assertTrue(desktop.until(window.is_complete), "no end of the install")
 
     def quit(self, window):
-        window.click(*QUIT)
+        window.click(*desktop.QUIT)
         self.assertEqual(window.process.wait(30), 0)
         self.assertEqual(os.listdir(self.desk.tmp), [])
 
     def test_a_new_copy_by_clicks_refused_first(self):
         window = self.offer()
-        window.click(*INSTALL)
+        window.click(*desktop.INSTALL)
         self.assert_shows(window, "agreement")
-        window.click(*REFUSE)
+        window.click(*desktop.REFUSE)
         self.assert_shows(window, "main")
-        self.assertTrue(self.install_is_live(window))
+        self.assertTrue(window.install_is_live())
         self.assertFalse(any(facts[0] == "file" for facts in folders.snapshot(self.dest).values()))
-        window.click(*INSTALL)
-        self.assert_shows(window, "agreement")
-        window.click(*AGREE)
+        self.assertTrue(window.install_and_agree(), "no agreement")
         self.assert_completes(window)
         self.assert_installed(self.new.tree.installed())
         self.quit(window)
@@ -123,13 +104,10 @@ class ScreensTest(installer.Scene):
                 self.put(DROPPED, "mine too\n")
                 before = folders.snapshot(self.dest)
                 window = self.offer("--pref:_rename_folder=0")
-                window.click(*INSTALL)
-                self.assert_shows(window, "agreement")
-                window.click(*AGREE)
+                self.assertTrue(window.install_and_agree(), "no agreement")
                 self.assert_shows(window, "changed file")
                 # 1, 2: one file each; 4, 5: the folder; 3: the end of it.
-                done = (lambda w=window: self.install_is_live(w)) if answer == 3 else \
-                    (lambda w=window: self.complete(w))
+                done = window.install_is_live if answer == 3 else window.is_complete
                 self.assertTrue(desktop.click_through(window, {"changed file": at("changed file", x, y)}, done))
                 if answer == 3:
                     self.assertEqual(folders.snapshot(self.dest)[CHANGED], before[CHANGED])
@@ -146,10 +124,10 @@ class ScreensTest(installer.Scene):
         with open(helper, "w", encoding="utf-8") as script:
             script.write(f'#!/bin/sh\necho "{chosen}"\n')
         os.chmod(helper, 0o755)
-        for place in (DESTINATION, PATH_FIELD):
+        for place in (desktop.DESTINATION, PATH_FIELD):
             window = self.offer()
             window.click(*place)
-            self.assertTrue(desktop.until(lambda w=window: w.screen() == "main" and self.install_is_live(w)))
+            self.assertTrue(desktop.until(window.install_is_live))
             self.quit(window)
             self.assertEqual(self.desk.preferences()["_dest_dir_path"], chosen + "/Velaris/")
 
@@ -158,7 +136,7 @@ class ScreensTest(installer.Scene):
         os.makedirs(inner)
         only_ours = {"PATH": self.desk.bin}     # no dialog of the desktop's
         window = self.offer(**only_ours)
-        window.click(*DESTINATION)
+        window.click(*desktop.DESTINATION)
         self.assert_shows(window, "folder")
         window.click(*at("folder", 300, 82))
         window.keys("End", *["BackSpace"] * 120)
@@ -169,7 +147,7 @@ class ScreensTest(installer.Scene):
         window.wait_still()
         window.click(*at("folder", 410, 28))
         self.assert_shows(window, "main")
-        window.click(*DESTINATION)
+        window.click(*desktop.DESTINATION)
         self.assert_shows(window, "folder")
         window.click(*at("folder", 540, 28))
         self.assert_shows(window, "main")
@@ -184,9 +162,7 @@ class ScreensTest(installer.Scene):
         window = self.offer()
         for server, y in ((self.server, 578), (other, 558)):
             window.click(142, y + 3)
-        window.click(*INSTALL)
-        self.assert_shows(window, "agreement")
-        window.click(*AGREE)
+        self.assertTrue(window.install_and_agree(), "no agreement")
         self.assert_completes(window)
         files = [path for _, path in other.requests()[before:] if path.endswith(".zip") and "directory" not in path]
         self.assertGreaterEqual(len(files), len(self.new.tree.installed()))
@@ -194,7 +170,7 @@ class ScreensTest(installer.Scene):
 
     def test_preferences_by_mouse_and_keyboard_are_kept(self):
         window = self.offer()
-        window.click(*PREFERENCES)
+        window.click(*desktop.PREFERENCES)
         self.assert_shows(window, "preferences")
         for y in (265, 230, 190, 150):          # processor, name of the folder, always ask, streams by hand
             window.click(*at("preferences", 30, y + 4))
@@ -225,7 +201,7 @@ class ScreensTest(installer.Scene):
         # The next start reads them back: always ask, once cancelled, and the box for the processor is ticked.
         os.symlink("/bin/false", os.path.join(self.desk.bin, "zenity"))
         window = self.open(dest=False)
-        window.click(*PREFERENCES)
+        window.click(*desktop.PREFERENCES)
         self.assert_shows(window, "preferences")
         window.wait_still()
         ticked, clear = (window.grab().crop(box_of(*at("preferences", 30, y + 3))).tobytes() for y in (265, 230))
@@ -238,7 +214,7 @@ class ScreensTest(installer.Scene):
     def test_a_proxy_typed_in_is_used(self):
         proxy = installer.keep_up(self, servers.Tinyproxy(os.path.join(self.folder, "proxy")))
         window = self.offer()
-        window.click(*PREFERENCES)
+        window.click(*desktop.PREFERENCES)
         self.assert_shows(window, "preferences")
         window.keys("Tab")
         window.type("127.0.0.1")
@@ -247,9 +223,7 @@ class ScreensTest(installer.Scene):
         window.wait_still()
         window.keys("Return")
         self.assert_shows(window, "main")
-        window.click(*INSTALL)
-        self.assert_shows(window, "agreement")
-        window.click(*AGREE)
+        self.assertTrue(window.install_and_agree(), "no agreement")
         self.assert_completes(window)
         self.assertGreaterEqual(len(proxy.requests()), len(self.new.tree.installed()))
         self.assert_installed(self.new.tree.installed())
@@ -260,18 +234,14 @@ class ScreensTest(installer.Scene):
         self.host = held.address
         gate = held.hold_after(3)
         window = self.offer()
-        window.click(*INSTALL)
-        self.assert_shows(window, "agreement")
-        window.click(*AGREE)
+        self.assertTrue(window.install_and_agree(), "no agreement")
         self.assertTrue(gate.reached.wait(30), "nothing was asked for")
         self.assert_shows(window, "main")
         self.quit(window)
         gate.open()
         self.host = self.server.address
         window = self.offer()
-        window.click(*INSTALL)
-        self.assert_shows(window, "agreement")
-        window.click(*AGREE)
+        self.assertTrue(window.install_and_agree(), "no agreement")
         self.assert_completes(window)
         self.assert_installed(self.new.tree.installed())
         self.quit(window)
@@ -283,7 +253,7 @@ class ScreensTest(installer.Scene):
         self.addCleanup(os.close, other_run)
         fcntl.flock(other_run, fcntl.LOCK_EX)
         for acknowledge in (lambda: window.keys("Return"), lambda: window.click(*at("alert", 210, 18))):
-            window.click(*INSTALL)
+            window.click(*desktop.INSTALL)
             self.assert_shows(window, "alert")
             window.click(*at("alert", 408, 242))    # no corner closes it
             self.assertEqual(window.screen(), "alert")
@@ -295,7 +265,7 @@ class ScreensTest(installer.Scene):
         self.assertEqual(self.desk.log().count("Another copy of this program is at work on this folder:"), 2)
 
     def test_the_window_managers_close_box_is_quit(self):
-        for screen, opener in (("main", None), ("preferences", PREFERENCES), ("agreement", INSTALL)):
+        for screen, opener in (("main", None), ("preferences", desktop.PREFERENCES), ("agreement", desktop.INSTALL)):
             with self.subTest(screen):
                 window = self.offer("--pref:_stream_count=4")
                 if opener:

@@ -17,6 +17,9 @@ BACK = (51, 67, 86)                     # round every window of the program's ow
 WINDOWS = {(500, 300): "agreement", (600, 380): "preferences", (420, 250): "alert", (700, 146): "changed file",
            (600, 460): "folder", (420, 120): "folder wait"}
 DEADLINE = 30
+# Where to click on the main screen, and on the agreement.
+INSTALL, QUIT, DESTINATION, PREFERENCES = (490, 89), (985, 89), (70, 89), (50, 750)
+AGREE, REFUSE = (262 + 430, 234 + 21), (262 + 342, 234 + 21)
 
 
 class Display:
@@ -114,6 +117,30 @@ class Window:
             elif time.monotonic() - since >= seconds:
                 return now
         return before
+
+    def has_colour(self, area, colour):
+        """Somewhere in `area`: left, bottom, right, top."""
+        left, bottom, right, top = area
+        picture = self.grab().crop((left, HEIGHT - top, right, HEIGHT - bottom))
+        return any(all(abs(have - want) < 25 for have, want in zip(pixel, colour))
+                   for _, pixel in picture.getcolors(picture.width * picture.height))
+
+    def install_is_live(self):
+        """The offer stands: INSTALL is green."""
+        red, green, _ = self.pixel(455, 82)
+        return self.screen() == "main" and green > red + 10
+
+    def is_complete(self):
+        """INSTALLATION COMPLETE!, in green."""
+        return self.screen() == "main" and self.has_colour((150, 605, 900, 625), (0, 102, 0))
+
+    def install_and_agree(self):
+        """True once the agreement was there and was given."""
+        self.click(*INSTALL)
+        if not self.wait_for("agreement"):
+            return False
+        self.click(*AGREE)
+        return True
 
     def close_box(self):
         """What a window manager sends when its close box is pressed."""
