@@ -302,7 +302,6 @@ static void sweep() {
         const std::string below = folder->substr(dest_dir_path.size(), folder->size() - dest_dir_path.size() - 1);
         if (root.look(below, facts) != 0 || !S_ISDIR(facts.st_mode)) continue;
         if (opensave_getitems(*folder, kind_any, names, kinds) > 0) continue;
-        root.remove_file(below + "/" + zip_part_name);
         log_action("cleanup: DELETING  file ", *folder, root.remove_folder(below));
     }
 }

@@ -1,20 +1,6 @@
-// PNG, into each of the three forms that a picture is loaded in.
-#include "fuzz/fuzz.h"
-#include "gfx/tex.h"
+#include "fuzz/picture.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const memory_file picture(view_of(data, size));
-    for (const int format : {tex_format_rgba, tex_format_rgb, tex_format_alpha}) {
-        const bool alive = survives([&] {
-            xmap_class file;
-            TEX_image_desc desc;
-            std::vector<unsigned char> pixels;
-            const int loaded = TEX_load_png(picture.path(), file, desc, format, pixels);
-            must(!loaded || (pixels.size() == TEX_bytes_needed_for_image(desc) && desc.format == format),
-                 "there are as many pixels as the image needs");
-            if (loaded) TEX_flip_y(desc, pixels.data());
-        });
-        must(alive, "no picture ends the run");
-    }
+    check_picture(TEX_load_png, data, size);
     return 0;
 }
