@@ -18,8 +18,7 @@ constexpr int most_columns = 10;  // that have working arrows
 constexpr int cursor_up = 13, cursor_down = 14;
 
 // The keyboard's queue and place, shared by all fields: only the one that has the keyboard uses them.
-int char_slot[focus_queue_length], vkey_slot[focus_queue_length], flag_slot[focus_queue_length],
-    id_slot[focus_queue_length], ctr_slot = 0;
+key_slots slots;
 int hot_digit = 0;
 
 double ten_to(int power) {
@@ -73,19 +72,6 @@ void use_key(field& f, int c, int vkey) {
     if (c == '-' && f.max >= 0) f.value = -std::fabs(f.value);
 }
 
-// Uses the keys that are meant for this field, and takes key-ups out as well. An empty queue starts anew.
-void use_keys(field& f, int id) {
-    bool some_left = false;
-    for (int i = 0; i < ctr_slot; ++i) {
-        if (id_slot[i] == id) {
-            if (!(flag_slot[i] & key_goes_up)) use_key(f, char_slot[i], vkey_slot[i]);
-            id_slot[i] = 0;
-        }
-        some_left |= id_slot[i] != 0;
-    }
-    if (!some_left) ctr_slot = 0;
-}
-
 void use_arrows(field& f) {
     const float middle = f.y + 3;
     if (mnw.menu_open != -1 || !mouse_in(f.x, f.y - 18, f.right(), f.y + 24)) return;
@@ -134,10 +120,9 @@ int BTN_flt_range(float x, float y, float* value, int digits, int decimals, floa
     help_in(x, y - 2, f.right(), y + 8, parts.help);
     const int take = pressed_in(x, y - 2, f.right(), y + 8);
     if (take) hot_digit = static_cast<int>((mnw.mouse_x - 2 - x) / 10);
-    const int focused = BTN_register_focus(id, char_slot, vkey_slot, flag_slot, id_slot, &ctr_slot, focus_queue_length,
-                                           accept_moves | accept_digits | accept_signs, take);
+    const bool focused = slots.join_ring(id, accept_moves | accept_digits | accept_signs, take);
     if (focused) hot_digit = std::clamp(hot_digit, 0, digits - 1);
-    use_keys(f, id);
+    slots.drain(id, [&f](int c, int vkey, int) { use_key(f, c, vkey); });
     use_arrows(f);
     const float before = *value;
     *value = held_and_rounded(f);

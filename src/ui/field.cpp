@@ -22,35 +22,6 @@ constexpr float below = 2;
 constexpr char blanks[] = {' ', '\t', '\r', '\n', '\v', '\f'};
 constexpr float room_right = 1024;  // the line of a field goes on beyond what is seen, and never wraps
 
-// The keys on their way to the fields of one function.
-struct key_slots {
-    int char_slot[focus_queue_length], vkey_slot[focus_queue_length], flag_slot[focus_queue_length],
-        id_slot[focus_queue_length];
-    int ctr_slot;
-
-    int join_ring(int id, int accept, int take) {
-        return BTN_register_focus(id, char_slot, vkey_slot, flag_slot, id_slot, &ctr_slot, focus_queue_length, accept,
-                                  take);
-    }
-    bool hold_some_of(int id) const { return std::find(id_slot, id_slot + ctr_slot, id) != id_slot + ctr_slot; }
-
-    // Hands over the keys of one field that went down, and closes the gaps.
-    template <typename key_use>
-    void drain(int id, key_use use) {
-        int kept = 0;
-        for (int i = 0; i < ctr_slot; ++i) {
-            if (id_slot[i] == id) {
-                if (!(flag_slot[i] & key_goes_up)) use(char_slot[i], vkey_slot[i], flag_slot[i]);
-                continue;
-            }
-            for (int* slot : {char_slot, vkey_slot, flag_slot, id_slot})
-                slot[kept] = slot[i];
-            ++kept;
-        }
-        ctr_slot = kept;
-    }
-};
-
 bool is_printable(int character) {
     return (character >= 32 && character <= 126) || (character >= 160 && character <= 255);
 }

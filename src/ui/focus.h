@@ -5,6 +5,7 @@
 // Threads: main thread only.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 // Kinds of keys that a widget takes; an unwanted key goes on to the key commands.
@@ -48,3 +49,32 @@ void BTN_unfocus_any();
 void BTN_focus_any();  // the first of the ring
 void BTN_window_has_focus();
 int BTN_no_focus_yet();
+
+// The keys on their way to the widgets of one function, which keeps it as a static.
+struct key_slots {
+    int char_slot[focus_queue_length], vkey_slot[focus_queue_length], flag_slot[focus_queue_length],
+        id_slot[focus_queue_length];
+    int ctr_slot;
+
+    int join_ring(int id, int accept, int take) {
+        return BTN_register_focus(id, char_slot, vkey_slot, flag_slot, id_slot, &ctr_slot, focus_queue_length, accept,
+                                  take);
+    }
+    bool hold_some_of(int id) const { return std::find(id_slot, id_slot + ctr_slot, id) != id_slot + ctr_slot; }
+
+    // Hands over the keys of one widget that went down, and closes the gaps.
+    template <typename key_use>
+    void drain(int id, key_use use) {
+        int kept = 0;
+        for (int i = 0; i < ctr_slot; ++i) {
+            if (id_slot[i] == id) {
+                if (!(flag_slot[i] & key_goes_up)) use(char_slot[i], vkey_slot[i], flag_slot[i]);
+                continue;
+            }
+            for (int* slot : {char_slot, vkey_slot, flag_slot, id_slot})
+                slot[kept] = slot[i];
+            ++kept;
+        }
+        ctr_slot = kept;
+    }
+};
