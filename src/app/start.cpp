@@ -10,9 +10,7 @@
 #include "engine/flow.h"
 #include "engine/stg.h"
 #include "files/scan.h"
-#include "net/down.h"
 #include "platform/folders.h"
-#include "runtime/cmdline.h"
 #include "runtime/log.h"
 
 static std::string folder_of(int which) {
@@ -49,24 +47,4 @@ void app_start(int argc, char* const* argv) {
         dest_dir_path = folder_argument(argv[2]);
     else if (stg.always_ask_dir)
         pick_dest_path();
-}
-
-bool list_host_option(std::string& host, std::string& problem) {
-    host = default_list_host;
-    if (!cmdline.has_option("--list_host")) return true;
-    host = cmdline.get_option("--list_host");
-    if (host_port_is_valid(host)) return true;
-    problem = "--list_host wants HOST or HOST:PORT with a port from 1 to 65535, and not '" + host + "'";
-    return false;
-}
-
-bool target_os_option(int& target_os, std::string& problem) {
-    if (!cmdline.has_option("--target_os")) return true;
-    const std::string value = cmdline.get_option("--target_os");
-    if (value == "1" || value == "2" || value == "3") {
-        target_os = value[0] - '0';
-        return true;
-    }
-    problem = "--target_os wants 1 (Macintosh), 2 (Windows) or 3 (Linux), and not '" + value + "'";
-    return false;
 }

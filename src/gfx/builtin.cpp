@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "gfx/colr.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "gfx/tman.h"
 
 // Made at build time from the pictures in art/rendered.

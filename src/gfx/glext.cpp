@@ -12,7 +12,7 @@
 
 #include "gfx/glext_names.h"
 #include "gfx/oglp.h"
-#include "platform/display.h"
+#include "display/display.h"
 #include "runtime/cmdline.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"

@@ -8,9 +8,9 @@
 #include "files/io_utils.h"
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "gfx/tman.h"
-#include "platform/display.h"
+#include "display/display.h"
 #include "runtime/xtim.h"
 
 void (*OGL_swap)() = display_swap;

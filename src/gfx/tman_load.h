@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 
 struct tex_load_vars {
     int fail_mode = 0;

@@ -1,6 +1,6 @@
 #include "runtime/product.h"
 
-const char* const version_text = "Velaris 9.00 Beta-19";
+const char* const version_text = VELARIS_VERSION_TEXT;
 const char* const build_date = VELARIS_BUILD_DATE;
 
 const char* const default_list_host = VELARIS_LIST_HOST;

@@ -14,7 +14,7 @@ extern const int install_type;  // kept beside the others; nothing depends on it
 constexpr int platform_os = 3;
 
 extern const char* const version_text;  // "Velaris 9.00 Beta-19"
-constexpr int version_number = 90019;
+constexpr int version_number = VELARIS_VERSION_NUMBER;  // 90019; it and the text come from the project's version
 extern const char* const build_date;  // as "Jan 21 2008 21:49:09"
 
 extern const char* const default_list_host;  // where "/serverlist.txt" is fetched

@@ -8,7 +8,7 @@
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
 #include "gfx/tman.h"
-#include "platform/display.h"
+#include "display/display.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"

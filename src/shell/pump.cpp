@@ -4,12 +4,11 @@
 #include <cmath>
 #include <vector>
 
-#include "engine/stg.h"
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "gfx/tman.h"
-#include "platform/display.h"
+#include "display/display.h"
 #include "runtime/oops.h"
 #include "runtime/thread.h"
 #include "runtime/xtim.h"
@@ -54,7 +53,7 @@ bool is_special(int number) {
 
 int wait_ms() {
     if (mnw.wind_id == wind_alert) return alert_wait_ms;
-    return stg.use_max_cpu ? 0 : tick_ms;
+    return shell_hooks.may_use_max_cpu && shell_hooks.may_use_max_cpu() ? 0 : tick_ms;
 }
 
 // From the surface's pixels, y down, to the open window's units, y up.

@@ -5,7 +5,7 @@
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
-#include "platform/display.h"
+#include "display/display.h"
 #include "runtime/debug.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"

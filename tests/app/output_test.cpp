@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "app/json.h"
+#include "app/console/json.h"
 #include "app/progress_line.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "app/console_options.h"
+#include "app/console/options.h"
 #include "app/dest.h"
 #include "app/pref.h"
 #include "app/start.h"

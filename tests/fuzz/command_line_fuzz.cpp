@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "app/console_options.h"
+#include "app/console/options.h"
 #include "app/pref.h"
 #include "engine/stg.h"
 #include "files/scan.h"

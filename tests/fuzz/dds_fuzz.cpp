@@ -1,6 +1,6 @@
 // DDS: the blocks are used where they lie in the file, and are unpacked into plain pixels.
 #include "fuzz/fuzz.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const memory_file picture(view_of(data, size));

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "fuzz/fuzz.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 
 template <class reader>
 void check_picture(reader load, const std::uint8_t* data, std::size_t size) {

@@ -6,7 +6,7 @@
 #include "fuzz/fuzz.h"
 #include "gfx/gl_calls.h"
 #include "gfx/mnw.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "gfx/text.h"
 #include "gfx/tman.h"
 

@@ -1,4 +1,4 @@
-#include "platform/display.h"
+#include "display/display.h"
 
 #include <SDL.h>
 #include <gtest/gtest.h>

@@ -15,7 +15,7 @@
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/tman.h"
-#include "platform/display.h"
+#include "display/display.h"
 
 // Read by the leak checker of a build that has one: what the window's libraries keep for themselves is not ours.
 extern "C" const char* __lsan_default_suppressions() {

@@ -8,7 +8,7 @@
 #include "gfx/colr.h"
 #include "gfx/gl_calls.h"
 #include "gfx/gl_window.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "gfx/tman.h"
 #include "support/scratch.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "gfx/fixtures/fixtures.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "support/alerts.h"
 
 TEST(tex_image, sizes_sum_up_over_the_levels) {

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "gfx/fixtures/fixtures.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "support/alerts.h"
 #include "support/scratch.h"
 

@@ -4,7 +4,7 @@
 
 #include "gfx/colr.h"
 #include "gfx/fixtures/fixtures.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 
 static bytes decoded(const TEX_image_desc& desc, const bytes& blocks) {
     const TEX_image_desc plain = {tex_format_rgba, desc.width, desc.height, 0, 0};

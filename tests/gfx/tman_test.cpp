@@ -8,7 +8,7 @@
 #include "gfx/glext.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
-#include "gfx/tex.h"
+#include "gfx/images/tex.h"
 #include "runtime/cmdline.h"
 #include "runtime/opened_log.h"
 #include "support/alerts.h"

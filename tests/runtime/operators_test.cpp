@@ -1,4 +1,4 @@
-#include "runtime/operators.h"
+#include "app/programs/operators.h"
 
 #include <gtest/gtest.h>
 

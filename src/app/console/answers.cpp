@@ -1,0 +1,129 @@
+#include "app/console/answers.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "app/console/output.h"
+#include "app/dest.h"
+#include "app/progress_line.h"
+#include "engine/flow.h"
+#include "engine/front.h"
+#include "engine/stg.h"
+#include "platform/interrupt.h"
+#include "runtime/oops.h"
+
+static console_options options;
+static int agreed = 0;  // asked once a run
+
+// A question goes where the results do not.
+static std::FILE* question_stream() {
+    return options.json ? stderr : stdout;
+}
+
+// One line typed by the user, without its end. False at the end of the input and when a signal asks for the end.
+static bool read_answer(const char* prompt, std::string& answer) {
+    std::fputs(prompt, question_stream());
+    std::fflush(question_stream());
+    answer.clear();
+    for (;;) {
+        pollfd fds[2] = {{STDIN_FILENO, POLLIN, 0}, {interrupt_wake_fd(), POLLIN, 0}};
+        poll(fds, 2, -1);
+        if (interrupt_requested()) return false;
+        if (!fds[0].revents) continue;
+        char c = 0;
+        if (read(STDIN_FILENO, &c, 1) != 1) return false;
+        if (c == '\n') return true;
+        answer += c;
+    }
+}
+
+static int ask_agreement() {
+    if (agreed || options.agree) return agreed = 1;
+    std::FILE* out = question_stream();
+    std::fputs(
+        "Use Velaris for whatever you like.\n"
+        "You agree to not make copies of Velaris.\n"
+        "You agree to not distribute the artwork from Velaris, OR ANY DERIVATIVE OF THAT ARTWORK, without permission "
+        "from Tarvex.\n",
+        out);
+    if (!isatty(STDIN_FILENO)) {
+        console_problem("There is no terminal to ask for your agreement; run again with --agree if you agree.");
+        return 0;
+    }
+    std::string answer;
+    if (!read_answer("Do you agree? [y/N] ", answer)) return 0;
+    agreed = answer == "y" || answer == "Y" || answer == "yes";
+    return agreed;
+}
+
+static int ask_changed(const std::string& file, int removing) {
+    const char* verb = removing ? "DELETE" : "OVERWRITE";
+    std::fprintf(question_stream(), "%s\n%s\n%s\n",
+                 removing ? "I am about to DELETE:" : "I am about to install:", printable(file).c_str(),
+                 removing ? "because we no longer use this file, but it appears you have modified it. What to do?"
+                          : "but it appears you have modified this file. What to do?");
+    std::fprintf(question_stream(),
+                 "  1 %s THE OLD FILE\n  2 KEEP THE OLD FILE\n  3 CANCEL THE WHOLE INSTALLATION!\n"
+                 "  4 %s EVERY OLD FILE IN THIS DIRECTORY\n  5 KEEP EVERY OLD FILE IN THIS DIRECTORY\n",
+                 verb, verb);
+    std::string answer;
+    while (read_answer("Your choice [1-5]: ", answer))
+        if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '5') return answer[0] - '0';
+    return 3;
+}
+
+static int answer_changed(const std::string& file, int removing) {
+    switch (options.changed) {
+        case changed_files::keep:
+            return 2;
+        case changed_files::overwrite:
+            return 1;
+        case changed_files::ask:
+            return ask_changed(file, removing);
+        default:
+            console_problem("You changed " + file +
+                            ". Say with --changed=keep or --changed=overwrite what to do with such files.");
+            return 3;
+    }
+}
+
+static void scan_progress(float lo, float value, float hi, int phase, const std::string&, const std::string& item) {
+    const double share = hi > lo ? static_cast<double>((value - lo) / (hi - lo)) : 0;
+    console_scan_progress(
+        share, phase == 0 ? "Currently SCANNING the directory text file." : "Currently EXAMINING the hard disk.", item);
+    // A scan is one long call that has touched nothing yet, so this is the one place that can end a run from within.
+    if (!interrupt_requested()) return;
+    flow_quit();
+    MACIBM_finishup(1);
+    alert_front.leave(130);
+}
+
+static int typed_folder(const std::string& message, const std::string&, const std::string& start, std::string& chosen) {
+    if (!isatty(STDIN_FILENO)) return 0;
+    std::fprintf(question_stream(), "%s\n", message.c_str());
+    const std::string prompt = "Folder [" + start + "]: ";
+    if (!read_answer(prompt.c_str(), chosen) || chosen.empty()) return 0;
+    if (chosen.find_first_of(":\\\r") != std::string::npos || chosen[0] != '/') {
+        console_problem("Please name the folder by its whole path, from /, without ':' or '\\'. Nothing was changed.");
+        return 0;
+    }
+    while (chosen.size() > 1 && chosen.back() == '/')
+        chosen.pop_back();
+    return 1;
+}
+
+void console_answers_install(const console_options& chosen) {
+    options = chosen;
+    front.handle_EULA = ask_agreement;
+    front.select_alert = answer_changed;
+    front.dir_progress_bar = scan_progress;
+    front.file_finished = console_file;
+    front.destination_busy = [] {
+        console_problem("Another run is at work on " + dest_dir_path +
+                        ". Nothing was changed; try again when it has ended.");
+    };
+    choose_folder = typed_folder;
+}

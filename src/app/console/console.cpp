@@ -1,0 +1,211 @@
+#include "app/console/console.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "app/console/answers.h"
+#include "app/console/options.h"
+#include "app/console/output.h"
+#include "app/exit_status.h"
+#include "app/options.h"
+#include "app/pref.h"
+#include "app/start.h"
+#include "engine/directory.h"
+#include "engine/flow.h"
+#include "engine/stg.h"
+#include "files/scan.h"
+#include "net/http.h"
+#include "platform/interrupt.h"
+#include "runtime/cmdline.h"
+#include "runtime/startup.h"
+#include "runtime/thread.h"
+#include "runtime/xtim.h"
+
+namespace {
+
+constexpr int still_running = -1;
+
+constexpr int longest_wait_ms = 250;  // so that times are noticed: 30 seconds of silence, --give_up, progress
+
+// What one pass of the loop leaves behind: whether the next may follow at once.
+enum class after_pass { go_on, wait_for_data };
+
+struct run_t {
+    console_options options;
+    double last_failure_said = -1;
+    std::string failure_said;
+    double last_finish = 0;  // when something was last finished, for --give_up
+    int seen_finish = -1;    // a number that moves whenever something is finished
+};
+
+double now() {
+    return static_cast<double>(xtim_class::microsecs()) * 1e-6;
+}
+
+void end_process(int status) {
+    console_end(status);
+    std::exit(status);
+}
+
+// What the network says goes out once, and then at most every five seconds: a run may retry for hours.
+void say_failure(run_t& run) {
+    const std::string& text = http.last_failure();
+    if (text == run.failure_said || (run.last_failure_said >= 0 && now() - run.last_failure_said < 5)) return;
+    run.failure_said = text;
+    run.last_failure_said = now();
+    console_sentence({text + " - I am trying again.", colour_error});
+}
+
+after_pass after_transfer(run_t& run, int slot, int result) {
+    if (result == net_failed) say_failure(run);
+    return http.slots[slot] || http.is_pausing(slot) ? after_pass::wait_for_data : after_pass::go_on;
+}
+
+// Whether some stream can take a file or start a transfer now, without any data coming in.
+after_pass streams_wait_for() {
+    const int files = static_cast<int>(sim_info.size());
+    for (int s = 0; s < stream_max; ++s) {
+        if (!next.stream_on[s]) continue;
+        const int slot = s + 2;
+        const bool takes_a_file = next.stream_fresh[s] && next.next_file < files;
+        const bool starts =
+            !next.stream_fresh[s] && next.stream_file[s] < files && !http.slots[slot] && !http.is_pausing(slot);
+        if (takes_a_file || starts) return after_pass::go_on;
+    }
+    return after_pass::wait_for_data;
+}
+
+after_pass work_on_files(run_t& run) {
+    flow_file_work_once();
+    // The window smooths the share over its frames; a line of text shows it as it is.
+    if (flow.tot_disk_req > 0) flow.totl_inst_rat = std::min(next.disk_kb / flow.tot_disk_req, 1.0f);
+    if (stg.install_state == install_over) return after_pass::go_on;
+    console_install_progress(false);
+    if (stg.down_failed) say_failure(run);
+    return streams_wait_for();
+}
+
+int start_install(const run_t& run) {
+    console_offer();
+    if (run.options.check) {
+        console_plan();
+        return status_complete;
+    }
+    if (!flow_install_is_live()) return status_failed;
+    flow_install();
+    if (interrupt_requested()) return still_running;
+    if (flow.busy) return status_busy;
+    if (flow.declined) return status_declined;
+    return still_running;
+}
+
+// One pass through the flow's steps in their order; what the window does in a frame.
+int pass(run_t& run, after_pass& after) {
+    after = after_pass::go_on;
+    if (stg.server_cnt == -1) {
+        after = after_transfer(run, 0, flow_server_list());
+        if (app_done) return status_failed;
+        if (stg.server_cnt == -1) return still_running;
+    }
+    if (stg.server_cnt == 0) {
+        console_flow_sentences();
+        return status_failed;
+    }
+    flow_make_paths();
+    if (stg.dir_state == dir_fetching) after = after_transfer(run, 1, flow_directory());
+    if (stg.dir_state == dir_unread) {
+        console_flow_sentences();
+        flow_scan();
+        after = after_pass::go_on;
+    }
+    if (stg.dir_state == dir_failed) {
+        console_flow_sentences();
+        return status_failed;
+    }
+    if (stg.dir_state != dir_ready) return still_running;
+    if (stg.install_state == install_idle) {
+        flow_disk_space();
+        console_flow_sentences();
+        return start_install(run);
+    }
+    if (stg.install_state == install_running) after = work_on_files(run);
+    if (stg.install_state != install_over) return still_running;
+    console_install_progress(true);
+    console_flow_sentences();
+    return stg.install_failed ? status_failed : status_complete;
+}
+
+bool gave_up(run_t& run) {
+    const int finished = next.files_done + (stg.server_cnt >= 0) + stg.dir_state + 4 * stg.install_state;
+    if (finished != run.seen_finish) {
+        run.seen_finish = finished;
+        run.last_finish = now();
+    }
+    return run.options.give_up_seconds > 0 && now() - run.last_finish > run.options.give_up_seconds;
+}
+
+void wait_for(const run_t& run, after_pass after) {
+    if (after == after_pass::go_on) return;
+    int ms = longest_wait_ms;
+    if (run.options.give_up_seconds > 0) {
+        const double left = run.options.give_up_seconds - (now() - run.last_finish);
+        ms = std::clamp(static_cast<int>(left * 1000) + 1, 1, ms);
+    }
+    http.wait(ms, interrupt_wake_fd());
+}
+
+int run_flow(run_t& run) {
+    for (;;) {
+        xtim.xtim_update();
+        THREAD_check_exception(1);
+        if (interrupt_requested()) {
+            flow_quit();
+            return status_interrupted;
+        }
+        after_pass after{};
+        const int status = pass(run, after);
+        if (status != still_running) return status;
+        console_flow_sentences();
+        if (gave_up(run)) {
+            flow_quit();
+            console_problem("I give up: nothing was finished for " + cmdline.get_option("--give_up") + " seconds. " +
+                            http.last_failure());
+            return status_gave_up;
+        }
+        wait_for(run, after);
+    }
+}
+
+}  // namespace
+
+int console_main(int argc, char* const* argv) {
+    cmdline_own_usage = installer_usage;
+    alert_front.leave = end_process;
+    alert_front.show = console_alert;
+    alert_front.save_settings = [] { pref.IO_set(pref_installer, scan_write); };
+    runtime_start(argc, argv);
+
+    run_t run;
+    std::string problem;
+    const bool usable = read_console_options(argc, argv, isatty(STDIN_FILENO) != 0, run.options, problem);
+    console_open(run.options);
+    if (!usable) {
+        console_problem(problem);
+        MACIBM_finishup(0);
+        console_end(status_usage);
+        return status_usage;
+    }
+    console_answers_install(run.options);
+    catch_interrupts();
+    THREAD_make_workers();
+    app_start(argc, argv);
+    stg.target_os = run.options.target_os;
+    flow.list_host = run.options.list_host;
+
+    const int status = run_flow(run);
+    MACIBM_finishup(1);
+    console_end(status);
+    return status;
+}

@@ -1,0 +1,144 @@
+#include "app/window/main_screen.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "app/dest.h"
+#include "app/window/prefs.h"
+#include "app/window/sprites.h"
+#include "app/words.h"
+#include "engine/flow.h"
+#include "engine/stg.h"
+#include "gfx/oglp.h"
+#include "gfx/text.h"
+#include "runtime/oops.h"
+#include "runtime/xtim.h"
+#include "shell/pump.h"
+#include "ui/butn.h"
+#include "ui/frames.h"
+
+namespace {
+
+constexpr float base_x1 = 132, base_x2 = 1016;  // the progress bar
+constexpr int globe_first = 8, globe_last = 23, globe_at_rest = 21;
+
+int globe_frame = globe_first;
+
+void draw_text(const sentence& said, float x, float y, float wrap) {
+    OGL_string(said.colour, x, y, said.text, wrap, charset_text, align_left);
+}
+
+// 1 when the user wants to pick another folder.
+int draw_destination() {
+    BTN_frame1(bar_field, 285, 89, 300, 0);
+    draw_text({fit_text(latin1_of_path(dest_dir_path), 286, 1), 45}, 142, 86, 9999);
+    draw_text(
+        {"Click on the 'DESTINATION' button below to choose the copy of Velaris you wish to update, or choose the "
+         "destination you wish to install a new copy of Velaris to!"},
+        134, 112, 9999);
+    if (stg.install_state == install_running) return 0;
+    const int on_button = interface_rect(10, 78, 513, 166, 126, 22, 1, tint_green);
+    return on_button || pressed_in(135, 79, 435, 99);
+}
+
+// The list's author writes a label; what he writes must not be able to break one.
+std::string server_label(std::size_t server) {
+    std::string label = server_desc[server];
+    while (!label.empty() && label.back() == '{')
+        label.pop_back();
+    return latin1_of_path(label);
+}
+
+void draw_servers() {
+    for (int i = 0; i < stg.server_cnt; ++i)
+        BTN_is_int(142, 578 - 20 * static_cast<float>(i), &stg.server_sel, i,
+                   server_label(static_cast<std::size_t>(i)));
+}
+
+// 1 when INSTALL was clicked while the click means something.
+int draw_install() {
+    if (stg.install_state != install_idle) return 0;
+    const bool live = flow_install_is_live();
+    return interface_rect(450, 78, 640, 166, 83, 22, live, live ? tint_green : tint_red) && live;
+}
+
+void turn_globe() {
+    if (stg.install_state != install_running)
+        globe_frame = globe_at_rest;
+    else if (xtim.once_act[ot10])
+        globe_frame = globe_frame == globe_last ? globe_first : globe_frame + 1;
+}
+
+void draw_header() {
+    interface_rect(0, 595, 644, 33, 128, 86, 0, tint_white);
+    interface_icon(29, 608, globe_frame);
+    if (install_name != no_install_name) {
+        BTN_frame2(box_picture, 135, 600, 790, 72, fit_text("NET: " + install_name, 770, 1));
+        BTN_frame2(box_picture, 935, 600, 80, 72, "Download");
+        std::string size;
+        set_size_str(stg.down_size, &size);
+        draw_text({size}, 954, 635, 700);
+    }
+    draw_text(header_sentence(), 154, 615, 700);
+}
+
+void draw_status() {
+    BTN_frame2(box_picture, 135, 32, 880, 40, "");
+    const status_sentences status = status_lines();
+    for (int i = 0; i < 3; ++i)
+        draw_text({fit_text(latin1_of_path(status.line[i].text), 864, 1), status.line[i].colour}, 144,
+                  58.0f - 10.0f * static_cast<float>(i), 9999);
+    const bool moving = stg.install_state == install_running && flow.totl_inst_rat > 0.02f;
+    BTN_progress_bar(base_x1, base_x2, 15, moving ? flow.totl_inst_rat : -1.0f);
+}
+
+}  // namespace
+
+static void draw_screen() {
+    draw_background();
+    flow_server_list();
+    flow_make_paths();
+    flow_directory();
+    if (draw_destination() && pick_dest_path()) flow_destination_picked();
+    flow_scan();
+    turn_globe();
+    draw_servers();
+    if (BTN_action(50, 750, -1, 0, 1, "preferences", "-")) handle_prefs();
+    draw_header();
+    if (draw_install()) flow_install();
+    if (interface_rect(700, 78, 822, 235, 116, 22, 1, tint_green)) go_to_URL(shop_url);
+    if (interface_rect(960, 78, 780, 166, 51, 22, 1, tint_green) || quit_requested()) flow_quit();
+    if (stg.install_state == install_running) flow_file_work();
+    flow_disk_space();
+    draw_status();
+}
+
+void APP_update() {
+    const int opened = MACIBM_windows_opened();
+    draw_screen();
+    // A window that came and went in the middle has painted over the first half.
+    if (MACIBM_windows_opened() != opened && !app_done) draw_screen();
+}
+
+void dir_progress_bar(float lo, float value, float hi, int phase, const std::string& label, const std::string& item) {
+    constexpr float dx = 512, dy = 138;
+    // A frame of a software renderer costs more than many a file; nobody sees more than so many in a second.
+    constexpr std::int64_t shortest_us = 33'000;
+    static std::int64_t last_shown = -shortest_us;
+    static int last_phase = -1;
+    const std::int64_t now = xtim_class::microsecs();
+    if (now - last_shown < shortest_us && phase == last_phase) return;
+    last_shown = now;
+    last_phase = phase;
+    draw_background();
+    const float x = (mnw.wind_dx - dx) / 2, y = (mnw.wind_dy - dy) / 2;
+    BTN_frame2(box_picture, x + 20, y + 20, 472, 98, "");
+    const float share = lo == hi ? 0.52f : std::clamp(0.04f + 0.96f * (value - lo) / (hi - lo), 0.04f, 1.0f);
+    BTN_progress_bar(x + 30, x + 482, y + 35, share);
+    const char* phase_text =
+        phase == 0 ? "Currently SCANNING the directory text file." : "Currently EXAMINING the hard disk.";
+    OGL_string(colour_text, x + 32, y + 100, label, 452, charset_text, align_left);
+    OGL_string(colour_text, x + 32, y + 80, phase_text, 452, charset_text, align_left);
+    OGL_string(colour_text, x + 32, y + 60, fit_text(latin1_of_path(item), 440, 1), 452, charset_text, align_left);
+    OGL_sbuff();
+}

@@ -1,0 +1,5 @@
+// prefs.h: the preferences, in a window of their own. Every change takes effect at once; they are written to their
+// file when the program ends.
+#pragma once
+
+void handle_prefs();  // returns when the window is closed

@@ -1,0 +1,15 @@
+// key_codes.h: the window library's keys as the program's own: a virtual key, and the character of keys that type none.
+// Private to display_*.cpp.
+#pragma once
+
+#include <SDL.h>
+
+struct display_key {
+    int vkey;                 // 0: none of ours
+    unsigned char character;  // of the editing keys, which the library reports without text; else 0
+    bool printable;           // text may follow
+};
+display_key display_key_of(const SDL_Keysym& key);
+
+// One character of UTF-8 text as Latin-1, 0 if it has no place there. `text` moves on by it and never past its end.
+unsigned char display_next_latin1(const char*& text);
