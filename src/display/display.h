@@ -39,7 +39,7 @@ struct display_event {
     int x = 0, y = 0;             // of a press or release, the event's own position
     int wheel = 0;                // notches, away from the user positive
     unsigned char character = 0;  // Latin-1, by the user's layout; 0 for none
-    int vkey = 0;                 // virtual key, keys.h; 0 for none
+    int vkey = 0;                 // virtual_keys.h; 0 for none
     bool shift = false, alt = false, control = false;
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "display/virtual_keys.h"
+
 namespace {
 
 struct key_row {
@@ -13,18 +15,18 @@ struct key_row {
 
 // What a layout moves around. Letters and digits count on from their first.
 constexpr key_row printable_keys[] = {
-    {SDLK_SPACE, SDL_SCANCODE_SPACE, 32},
-    {SDLK_EQUALS, SDL_SCANCODE_EQUALS, 176},
-    {SDLK_MINUS, SDL_SCANCODE_MINUS, 177},
-    {SDLK_RIGHTBRACKET, SDL_SCANCODE_RIGHTBRACKET, 178},
-    {SDLK_LEFTBRACKET, SDL_SCANCODE_LEFTBRACKET, 179},
-    {SDLK_QUOTE, SDL_SCANCODE_APOSTROPHE, 180},
-    {SDLK_SEMICOLON, SDL_SCANCODE_SEMICOLON, 181},
-    {SDLK_BACKSLASH, SDL_SCANCODE_BACKSLASH, 182},
-    {SDLK_COMMA, SDL_SCANCODE_COMMA, 183},
-    {SDLK_SLASH, SDL_SCANCODE_SLASH, 184},
-    {SDLK_PERIOD, SDL_SCANCODE_PERIOD, 185},
-    {SDLK_BACKQUOTE, SDL_SCANCODE_GRAVE, 186},
+    {SDLK_SPACE, SDL_SCANCODE_SPACE, vk_space},
+    {SDLK_EQUALS, SDL_SCANCODE_EQUALS, vk_equal},
+    {SDLK_MINUS, SDL_SCANCODE_MINUS, vk_minus},
+    {SDLK_RIGHTBRACKET, SDL_SCANCODE_RIGHTBRACKET, vk_right_bracket},
+    {SDLK_LEFTBRACKET, SDL_SCANCODE_LEFTBRACKET, vk_left_bracket},
+    {SDLK_QUOTE, SDL_SCANCODE_APOSTROPHE, vk_quote},
+    {SDLK_SEMICOLON, SDL_SCANCODE_SEMICOLON, vk_semicolon},
+    {SDLK_BACKSLASH, SDL_SCANCODE_BACKSLASH, vk_backslash},
+    {SDLK_COMMA, SDL_SCANCODE_COMMA, vk_comma},
+    {SDLK_SLASH, SDL_SCANCODE_SLASH, vk_slash},
+    {SDLK_PERIOD, SDL_SCANCODE_PERIOD, vk_period},
+    {SDLK_BACKQUOTE, SDL_SCANCODE_GRAVE, vk_backquote},
 };
 
 struct fixed_key {
@@ -34,17 +36,32 @@ struct fixed_key {
 };
 
 constexpr fixed_key editing_keys[] = {
-    {SDLK_BACKSPACE, 8, 8},  {SDLK_TAB, 9, 9},     {SDLK_CLEAR, 12, 0},    {SDLK_RETURN, 13, 13},
-    {SDLK_ESCAPE, 27, 27},   {SDLK_PAGEUP, 33, 0}, {SDLK_PAGEDOWN, 34, 0}, {SDLK_END, 35, 0},
-    {SDLK_HOME, 36, 0},      {SDLK_LEFT, 37, 28},  {SDLK_UP, 38, 30},      {SDLK_RIGHT, 39, 29},
-    {SDLK_DOWN, 40, 31},     {SDLK_SELECT, 41, 0}, {SDLK_EXECUTE, 43, 0},  {SDLK_PRINTSCREEN, 44, 0},
-    {SDLK_INSERT, 45, 0},    {SDLK_DELETE, 46, 8}, {SDLK_HELP, 47, 0},     {SDLK_RETURN2, 187, 13},
-    {SDLK_KP_ENTER, 188, 0},
+    {SDLK_BACKSPACE, vk_back, char_back},
+    {SDLK_TAB, vk_tab, char_tab},
+    {SDLK_CLEAR, vk_clear, 0},
+    {SDLK_RETURN, vk_return, char_return},
+    {SDLK_ESCAPE, vk_escape, char_escape},
+    {SDLK_PAGEUP, vk_page_up, 0},
+    {SDLK_PAGEDOWN, vk_page_down, 0},
+    {SDLK_END, vk_end, 0},
+    {SDLK_HOME, vk_home, 0},
+    {SDLK_LEFT, vk_left, char_left},
+    {SDLK_UP, vk_up, char_up},
+    {SDLK_RIGHT, vk_right, char_right},
+    {SDLK_DOWN, vk_down, char_down},
+    {SDLK_SELECT, vk_select, 0},
+    {SDLK_EXECUTE, vk_execute, 0},
+    {SDLK_PRINTSCREEN, vk_snapshot, 0},
+    {SDLK_INSERT, vk_insert, 0},
+    {SDLK_DELETE, vk_delete, char_back},
+    {SDLK_HELP, vk_help, 0},
+    {SDLK_RETURN2, vk_enter, char_return},
+    {SDLK_KP_ENTER, vk_numpad_enter, 0},
 };
 
 constexpr fixed_key keypad_signs[] = {
-    {SDLK_KP_MULTIPLY, 106, 0}, {SDLK_KP_PLUS, 107, 0},   {SDLK_KP_MINUS, 109, 0},
-    {SDLK_KP_PERIOD, 110, 0},   {SDLK_KP_DIVIDE, 111, 0}, {SDLK_KP_EQUALS, 189, 0},
+    {SDLK_KP_MULTIPLY, vk_numpad_times, 0}, {SDLK_KP_PLUS, vk_numpad_plus, 0},     {SDLK_KP_MINUS, vk_numpad_minus, 0},
+    {SDLK_KP_PERIOD, vk_numpad_period, 0},  {SDLK_KP_DIVIDE, vk_numpad_divide, 0}, {SDLK_KP_EQUALS, vk_numpad_equal, 0},
 };
 
 // What the keypad's 0 to 9 and "." do while Num Lock is off; 0: the 5, which does nothing.
@@ -90,9 +107,9 @@ display_key display_key_of(const SDL_Keysym& key) {
         return {row->vkey, row->character, false};
     if (const fixed_key* row = find_key(std::begin(keypad_signs), std::end(keypad_signs), code))
         return {row->vkey, 0, true};
-    if (code >= SDLK_KP_1 && code <= SDLK_KP_0) return {96 + digit_behind(code - SDLK_KP_1), 0, true};
-    if (code >= SDLK_F1 && code <= SDLK_F12) return {112 + (code - SDLK_F1), 0, false};
-    if (code >= SDLK_F13 && code <= SDLK_F24) return {124 + (code - SDLK_F13), 0, false};
+    if (code >= SDLK_KP_1 && code <= SDLK_KP_0) return {vk_numpad_0 + digit_behind(code - SDLK_KP_1), 0, true};
+    if (code >= SDLK_F1 && code <= SDLK_F12) return {vk_f1 + (code - SDLK_F1), 0, false};
+    if (code >= SDLK_F13 && code <= SDLK_F24) return {vk_f13 + (code - SDLK_F13), 0, false};
     const bool has_name = (code & SDLK_SCANCODE_MASK) != 0;  // a key that types nothing, such as Shift
     return {has_name ? 0 : vkey_of_printable(key), 0, !has_name};
 }

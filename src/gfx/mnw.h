@@ -3,6 +3,8 @@
 // Lifetimes: the first group stays, the second belongs to the open logical window, the third to one frame.
 #pragma once
 
+#include "runtime/window_ids.h"
+
 struct mnw_t {
     // The drawing surface and the requests of start-up.
     int screen_dx = 1024, screen_dy = 768, screen_depth = 32;
@@ -17,9 +19,9 @@ struct mnw_t {
     int tex_quality = 5;  // 0 to 5: 1/32 to full resolution
 
     // The logical window.
-    int wind_id = -1;    // -1 before the first one; 0 the main screen; 995 an alert
-    int wind_req = -1;   // last asked for
-    int modal_wind = 0;  // the open window is a dialog
+    int wind_id = wind_none;   // window_ids.h
+    int wind_req = wind_none;  // last asked for
+    int modal_wind = 0;        // the open window is a dialog
     float wind_x = 0, wind_y = 0, wind_dx = 1024, wind_dy = 768;
     int menu_open = -1;  // index of the open menu, -1 for none
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "runtime/log.h"
+#include "runtime/window_ids.h"
 
 xtim_class xtim;
 
@@ -13,13 +14,9 @@ static constexpr int frames_measured = 10;
 static constexpr float shortest_period = 0.0010000999f, longest_period = 0.05263158f;  // about 1/999 and 1/19 second
 static constexpr float once_period[once_count] = {10, 5, 2, 1, 0.5f, 0.2f, 0.1f, 0.05f, 0.025f};
 
-static bool is_modal(int window) {
-    return window >= 995 && window <= 999;
-}
-
 void xtim_class::smooth(smoothing& store, double now) {
     // Time spent elsewhere, on a modal screen or with the other store, is no part of these frames.
-    if (is_modal(top_window) || measured_last != &store) {
+    if (wind_is_question(top_window) || measured_last != &store) {
         store.last_time = now;
         store.frames = 0;
     } else if (++store.frames == frames_measured) {

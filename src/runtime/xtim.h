@@ -12,8 +12,8 @@ enum { ot01, ot02, ot05, ot1, ot2, ot5, ot10, ot20, ot40, once_count };
 
 class xtim_class {
   public:
-    // One frame. `top` is the logical window that is open: 995 to 999 are modal screens, on which nothing is
-    // measured, so that a long stay does not read as one long frame.
+    // One frame. `top` is the logical window that is open (window_ids.h): on questions nothing is measured, so that a
+    // long stay does not read as one long frame.
     void xtim_update(int top = 0);
     // The same with the clock told, in seconds from any start.
     void update_at(double now, int top);

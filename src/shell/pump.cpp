@@ -4,11 +4,11 @@
 #include <cmath>
 #include <vector>
 
+#include "display/display.h"
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "gfx/tman.h"
-#include "display/display.h"
 #include "runtime/oops.h"
 #include "runtime/thread.h"
 #include "runtime/xtim.h"
@@ -34,22 +34,11 @@ const struct {
     const char* title;  // null: as it stands in stls
     float dx, dy;
 } windows[] = {
-    {wind_agreement, "EULA", 500, 300},
-    {wind_prefs, "Prefs", 600, 380},
-    {wind_folder, nullptr, 600, 460},
-    {wind_folder_wait, nullptr, 420, 120},
-    {993, "Livery", 561, 474},
-    {994, nullptr, 600, 300},
-    {wind_alert, nullptr, 420, 250},
-    {996, nullptr, 300, 166},
-    {wind_changed_file, nullptr, 700, 146},
-    {998, nullptr, 561, 474},
-    {999, nullptr, 330, 474},
+    {wind_agreement, "EULA", 500, 300},    {wind_prefs, "Prefs", 600, 380},   {wind_folder, nullptr, 600, 460},
+    {wind_folder_wait, nullptr, 420, 120}, {wind_livery, "Livery", 561, 474}, {wind_message, nullptr, 600, 300},
+    {wind_alert, nullptr, 420, 250},       {wind_notice, nullptr, 300, 166},  {wind_changed_file, nullptr, 700, 146},
+    {wind_tall, nullptr, 561, 474},        {wind_keys, nullptr, 330, 474},
 };
-
-bool is_special(int number) {
-    return number >= wind_first_special && number <= wind_last_special;
-}
 
 int wait_ms() {
     if (mnw.wind_id == wind_alert) return alert_wait_ms;
@@ -186,8 +175,8 @@ void mouse_help_per_wind(int number) {
     const float still = xtim.real_time - mnw.time_moved;
     if (!stls.help.empty() && still > help_after_seconds) draw_help(stls.help);
     stls.help.clear();
-    const bool hidden = (number == 0 && still > hide_after_seconds) || mnw.cursor_code > 1;
-    display_show_cursor(!hidden || is_special(number));
+    const bool hidden = (number == wind_main && still > hide_after_seconds) || mnw.cursor_code > 1;
+    display_show_cursor(!hidden || wind_is_special(number));
     if (mnw.cursor_code > 2) draw_cursor(mnw.cursor_code);
 }
 
@@ -230,7 +219,7 @@ static void close_window() {
 
 void MACIBM_handleclick(int force) {
     if (!force && click_in_menu()) return;
-    if (mnw.wind_id <= wind_main || (mnw.wind_id >= wind_alert && mnw.wind_id <= wind_last_special)) return;
+    if (mnw.wind_id <= wind_main || wind_is_question(mnw.wind_id)) return;
     if (force && mnw.wind_id == wind_folder) return;  // there Return opens the folder that was typed
     if (!force && !in_closing_corner()) return;
     BTN_zap_boxes(1);
@@ -244,7 +233,7 @@ void MACIBM_event_proc() {
     mnw.mouse_down = mnw.mouse_up = mnw.key_event = 0;
     xtim.profile_chart("init", 0);
     close_open_window = close_window;
-    if (mnw.wind_id == -1) MACIBM_startwind(wind_main, 0);
+    if (mnw.wind_id == wind_none) MACIBM_startwind(wind_main, 0);
     xtim.profile_chart("startwin", 0);
     take_events();
     take_quit();

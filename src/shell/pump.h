@@ -2,18 +2,7 @@
 // desktop, and a number that says which screen is open in it.
 #pragma once
 
-// Logical windows. Those from 993 to 999 are special: no close box, and Return is theirs.
-enum : int {
-    wind_main = 0,
-    wind_agreement = 1,
-    wind_prefs = 2,
-    wind_folder = 3,       // the program's own folder chooser
-    wind_folder_wait = 4,  // the desktop's folder dialog is open
-    wind_first_special = 993,
-    wind_alert = 995,
-    wind_changed_file = 997,
-    wind_last_special = 999
-};
+#include "runtime/window_ids.h"
 
 void MACIBM_event_proc();
 void MACIBM_startwind(int number, int arg);  // opens a logical window and closes the one before

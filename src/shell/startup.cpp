@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "display/display.h"
 #include "gfx/builtin.h"
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
-#include "display/display.h"
 #include "runtime/debug.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -67,7 +67,7 @@ void MACIBM_init(int argc, char* const* argv) {
     keys.keys_io(0);
     MACIBM_clear_menus(1);
     menu_chosen = shell_hooks.handle_menu;
-    MACIBM_startwind(-1, 0);
+    MACIBM_startwind(wind_none, 0);
     OGL_pix_specs(0);
     ogl_inited = 1;
     alert_front.show = alert_screen_show;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "display/virtual_keys.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -48,7 +49,6 @@ void move_hot(const field& f, int by) {
 }
 
 void use_key(field& f, int c, int vkey) {
-    constexpr int vk_left = 37, vk_up = 38, vk_right = 39, vk_down = 40;
     hot_digit = std::clamp(hot_digit, 0, f.digits - 1);
     switch (vkey) {
         case vk_left:

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "display/virtual_keys.h"
 #include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
@@ -28,7 +29,7 @@ bool is_printable(int character) {
 
 // Delete, which is Backspace for the engine, and the arrows.
 bool is_caret_key(int character) {
-    return character == 8 || (character >= 28 && character <= 31);
+    return character == char_back || (character >= char_left && character <= char_down);
 }
 
 constexpr int chars_accept = accept_moves | accept_letters | accept_digits | accept_signs | accept_printable;
@@ -45,7 +46,7 @@ void draw_box(float x, float y, char c, bool with_caret) {
 
 // A character goes into its box and the caret to the next one; left and right move it. 1 if the text changed.
 int type_into_box(char* text, int max, int& caret, int character) {
-    const int step = character == 28 ? -1 : character == 29 || is_printable(character) ? 1 : 0;
+    const int step = character == char_left ? -1 : character == char_right || is_printable(character) ? 1 : 0;
     const int at = caret;
     caret = std::clamp(caret + step, 0, std::max(max - 1, 0));
     if (!is_printable(character) || max <= 0 || text[at] == static_cast<char>(character)) return 0;

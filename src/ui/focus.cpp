@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "display/virtual_keys.h"
 #include "gfx/mnw.h"
 
 std::vector<focus_info_t> focus_ring;
@@ -9,20 +10,15 @@ int focus_id = 0, wind_focus = 0;
 
 namespace {
 
-constexpr int alert_window = 995;
-constexpr int vk_tab = 9;
-
 bool any_of_them(int code, int first, int last) {
     return code >= first && code <= last;
 }
 
 int class_of_key(int c, int vkey) {
-    constexpr int vk_back = 8, vk_return = 13, vk_escape = 27, vk_delete = 46, vk_enter = 187;
-    constexpr int vk_page_up = 33, vk_down = 40;  // with the other page keys, Home, End and the arrows between them
     if (vkey == vk_escape) return accept_escape;
     if (vkey == vk_delete || vkey == vk_back) return accept_delete;
     if (vkey == vk_enter || vkey == vk_return) return accept_return;
-    if (any_of_them(vkey, vk_page_up, vk_down)) return accept_moves;
+    if (any_of_them(vkey, vk_page_up, vk_down)) return accept_moves;  // Home, End and the arrows lie between
     if (vkey == vk_tab) return accept_tab;
     if (c == '+' || c == '-') return accept_signs;
     if (any_of_them(c, '0', '9')) return accept_digits;
@@ -83,7 +79,7 @@ int BTN_register_focus(int id, int* chars, int* vkeys, int* flags, int* ids, int
 }
 
 int BTN_dispatch_to_focus(int c, int vkey, int flags) {
-    if (mnw.wind_id == alert_window) return 0;
+    if (mnw.wind_id == wind_alert) return 0;
     const bool goes_up = (flags & key_goes_up) != 0;
     const member widget = focused_member();
     if (widget == focus_ring.end()) {

@@ -122,7 +122,7 @@ void draw_corners(bool pushed) {
 }
 
 bool has_corners() {
-    return mnw.wind_id != 0 && (mnw.wind_id < 995 || mnw.wind_id > 999);
+    return mnw.wind_id != wind_main && !wind_is_question(mnw.wind_id);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "display/virtual_keys.h"
 #include "gfx/mnw.h"
 #include "runtime/cmnd.h"
 #include "ui/focus.h"
@@ -12,9 +13,7 @@ keys_class keys;
 
 namespace {
 
-enum : int { vk_back = 8, vk_return = 13, vk_escape = 27, vk_period = 185, vk_enter = 187 };
 constexpr int modifiers = key_shift | key_alt | key_control;
-constexpr int keyless_window = 999;  // runs no commands
 
 bool is_return(int vkey) {
     return vkey == vk_return || vkey == vk_enter;
@@ -53,7 +52,7 @@ void keys_class::handle_key(int character, int vkey, int flags) {
     if (BTN_dispatch_to_focus(character, vkey, flags)) return;
     if (!goes_up) {
         tell_screens(character, vkey);
-        if (is_return(vkey) && mnw.wind_id != 0) {
+        if (is_return(vkey) && mnw.wind_id != wind_main) {
             if (close_open_window) close_open_window();
             return;
         }
@@ -61,7 +60,7 @@ void keys_class::handle_key(int character, int vkey, int flags) {
     }
     last_vkey = vkey;
     last_flags = flags;
-    if (goes_up || mnw.wind_id == keyless_window) return;
+    if (goes_up || mnw.wind_id == wind_keys) return;
     if (is_return(vkey) || (vkey && !mnw.keys_off)) execute_key_cmnd(vkey, flags);
 }
 

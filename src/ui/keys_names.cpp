@@ -3,6 +3,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "display/virtual_keys.h"
 #include "ui/focus.h"
 #include "ui/keys.h"
 
@@ -16,39 +17,45 @@ struct key_name {
 
 // clang-format off
 constexpr key_name kKeyNameTable[] = {
-    {8, "QRNK_VK_BACKSPACE", "Backspace"}, {9, "QRNK_VK_TAB", "Tab"}, {12, "QRNK_VK_CLEAR", "Clear"},
-    {13, "QRNK_VK_RETURN", "Return"}, {27, "QRNK_VK_ESCAPE", "Escape"}, {32, "QRNK_VK_SPACE", "Space"},
-    {33, "QRNK_VK_PAGEUP", "PageUp"}, {34, "QRNK_VK_PAGEDOWN", "PageDown"}, {35, "QRNK_VK_END", "End"},
-    {36, "QRNK_VK_HOME", "Home"}, {37, "QRNK_VK_LEFT", "Left"}, {38, "QRNK_VK_UP", "Up"},
-    {39, "QRNK_VK_RIGHT", "Right"}, {40, "QRNK_VK_DOWN", "Down"}, {41, "QRNK_VK_SELECT", "Select"},
-    {42, "QRNK_VK_PRINT", "Print"}, {43, "QRNK_VK_EXECUTE", "Execute"}, {44, "QRNK_VK_SNAPSHOT", "Snapshot"},
-    {45, "QRNK_VK_INSERT", "Insert"}, {46, "QRNK_VK_DELETE", "Delete"}, {47, "QRNK_VK_HELP", "Help"},
-    {48, "QRNK_VK_0", "0"}, {49, "QRNK_VK_1", "1"}, {50, "QRNK_VK_2", "2"}, {51, "QRNK_VK_3", "3"},
-    {52, "QRNK_VK_4", "4"}, {53, "QRNK_VK_5", "5"}, {54, "QRNK_VK_6", "6"}, {55, "QRNK_VK_7", "7"},
-    {56, "QRNK_VK_8", "8"}, {57, "QRNK_VK_9", "9"}, {65, "QRNK_VK_A", "A"}, {66, "QRNK_VK_B", "B"},
-    {67, "QRNK_VK_C", "C"}, {68, "QRNK_VK_D", "D"}, {69, "QRNK_VK_E", "E"}, {70, "QRNK_VK_F", "F"},
-    {71, "QRNK_VK_G", "G"}, {72, "QRNK_VK_H", "H"}, {73, "QRNK_VK_I", "I"}, {74, "QRNK_VK_J", "J"},
-    {75, "QRNK_VK_K", "K"}, {76, "QRNK_VK_L", "L"}, {77, "QRNK_VK_M", "M"}, {78, "QRNK_VK_N", "N"},
-    {79, "QRNK_VK_O", "O"}, {80, "QRNK_VK_P", "P"}, {81, "QRNK_VK_Q", "Q"}, {82, "QRNK_VK_R", "R"},
-    {83, "QRNK_VK_S", "S"}, {84, "QRNK_VK_T", "T"}, {85, "QRNK_VK_U", "U"}, {86, "QRNK_VK_V", "V"},
-    {87, "QRNK_VK_W", "W"}, {88, "QRNK_VK_X", "X"}, {89, "QRNK_VK_Y", "Y"}, {90, "QRNK_VK_Z", "Z"},
-    {96, "QRNK_VK_NUMPAD_0", "Numpad-0"}, {97, "QRNK_VK_NUMPAD_1", "Numpad-1"}, {98, "QRNK_VK_NUMPAD_2", "Numpad-2"},
-    {99, "QRNK_VK_NUMPAD_3", "Numpad-3"}, {100, "QRNK_VK_NUMPAD_4", "Numpad-4"}, {101, "QRNK_VK_NUMPAD_5", "Numpad-5"},
-    {102, "QRNK_VK_NUMPAD_6", "Numpad-6"}, {103, "QRNK_VK_NUMPAD_7", "Numpad-7"}, {104, "QRNK_VK_NUMPAD_8", "Numpad-8"},
-    {105, "QRNK_VK_NUMPAD_9", "Numpad-9"}, {106, "QRNK_VK_NUMPAD_MULTIPLY", "Numpad-*"},
-    {107, "QRNK_VK_NUMPAD_ADD", "Numpad-+"}, {109, "QRNK_VK_NUMPAD_SUBTRACT", "Numpad--"},
-    {110, "QRNK_VK_NUMPAD_DECIMAL", "Numpad-."}, {111, "QRNK_VK_NUMPAD_DIVIDE", "Numpad-/"}, {112, "QRNK_VK_F1", "F1"},
-    {113, "QRNK_VK_F2", "F2"}, {114, "QRNK_VK_F3", "F3"}, {115, "QRNK_VK_F4", "F4"}, {116, "QRNK_VK_F5", "F5"},
-    {117, "QRNK_VK_F6", "F6"}, {118, "QRNK_VK_F7", "F7"}, {119, "QRNK_VK_F8", "F8"}, {120, "QRNK_VK_F9", "F9"},
-    {121, "QRNK_VK_F10", "F10"}, {122, "QRNK_VK_F11", "F11"}, {123, "QRNK_VK_F12", "F12"}, {124, "QRNK_VK_F13", "F13"},
-    {125, "QRNK_VK_F14", "F14"}, {126, "QRNK_VK_F15", "F15"}, {127, "QRNK_VK_F16", "F16"}, {128, "QRNK_VK_F17", "F17"},
-    {129, "QRNK_VK_F18", "F18"}, {130, "QRNK_VK_F19", "F19"}, {131, "QRNK_VK_F20", "F20"}, {132, "QRNK_VK_F21", "F21"},
-    {133, "QRNK_VK_F22", "F22"}, {134, "QRNK_VK_F23", "F23"}, {135, "QRNK_VK_F24", "F24"}, {176, "QRNK_VK_EQUAL", "="},
-    {177, "QRNK_VK_MINUS", "-"}, {178, "QRNK_VK_RIGHT_BRACKET", "]"}, {179, "QRNK_VK_LEFT_BRACKET", "["},
-    {180, "QRNK_VK_QUOTE", "'"}, {181, "QRNK_VK_SEMICOLON", ";"}, {182, "QRNK_VK_BACKSLASH", "\\"},
-    {183, "QRNK_VK_COMMA", ","}, {184, "QRNK_VK_SLASH", "/"}, {185, "QRNK_VK_PERIOD", "."},
-    {186, "QRNK_VK_BACKQUOTE", "`"}, {187, "QRNK_VK_ENTER", "Enter"}, {188, "QRNK_VK_NUMPAD_ENTER", "Numpad-Enter"},
-    {189, "QRNK_VK_NUMPAD_EQUAL", "Numpad-="},
+    {vk_back, "QRNK_VK_BACKSPACE", "Backspace"}, {vk_tab, "QRNK_VK_TAB", "Tab"}, {vk_clear, "QRNK_VK_CLEAR", "Clear"},
+    {vk_return, "QRNK_VK_RETURN", "Return"}, {vk_escape, "QRNK_VK_ESCAPE", "Escape"},
+    {vk_space, "QRNK_VK_SPACE", "Space"}, {vk_page_up, "QRNK_VK_PAGEUP", "PageUp"},
+    {vk_page_down, "QRNK_VK_PAGEDOWN", "PageDown"}, {vk_end, "QRNK_VK_END", "End"}, {vk_home, "QRNK_VK_HOME", "Home"},
+    {vk_left, "QRNK_VK_LEFT", "Left"}, {vk_up, "QRNK_VK_UP", "Up"}, {vk_right, "QRNK_VK_RIGHT", "Right"},
+    {vk_down, "QRNK_VK_DOWN", "Down"}, {vk_select, "QRNK_VK_SELECT", "Select"}, {vk_print, "QRNK_VK_PRINT", "Print"},
+    {vk_execute, "QRNK_VK_EXECUTE", "Execute"}, {vk_snapshot, "QRNK_VK_SNAPSHOT", "Snapshot"},
+    {vk_insert, "QRNK_VK_INSERT", "Insert"}, {vk_delete, "QRNK_VK_DELETE", "Delete"}, {vk_help, "QRNK_VK_HELP", "Help"},
+    {'0', "QRNK_VK_0", "0"}, {'1', "QRNK_VK_1", "1"}, {'2', "QRNK_VK_2", "2"}, {'3', "QRNK_VK_3", "3"},
+    {'4', "QRNK_VK_4", "4"}, {'5', "QRNK_VK_5", "5"}, {'6', "QRNK_VK_6", "6"}, {'7', "QRNK_VK_7", "7"},
+    {'8', "QRNK_VK_8", "8"}, {'9', "QRNK_VK_9", "9"}, {'A', "QRNK_VK_A", "A"}, {'B', "QRNK_VK_B", "B"},
+    {'C', "QRNK_VK_C", "C"}, {'D', "QRNK_VK_D", "D"}, {'E', "QRNK_VK_E", "E"}, {'F', "QRNK_VK_F", "F"},
+    {'G', "QRNK_VK_G", "G"}, {'H', "QRNK_VK_H", "H"}, {'I', "QRNK_VK_I", "I"}, {'J', "QRNK_VK_J", "J"},
+    {'K', "QRNK_VK_K", "K"}, {'L', "QRNK_VK_L", "L"}, {'M', "QRNK_VK_M", "M"}, {'N', "QRNK_VK_N", "N"},
+    {'O', "QRNK_VK_O", "O"}, {'P', "QRNK_VK_P", "P"}, {'Q', "QRNK_VK_Q", "Q"}, {'R', "QRNK_VK_R", "R"},
+    {'S', "QRNK_VK_S", "S"}, {'T', "QRNK_VK_T", "T"}, {'U', "QRNK_VK_U", "U"}, {'V', "QRNK_VK_V", "V"},
+    {'W', "QRNK_VK_W", "W"}, {'X', "QRNK_VK_X", "X"}, {'Y', "QRNK_VK_Y", "Y"}, {'Z', "QRNK_VK_Z", "Z"},
+    {vk_numpad_0, "QRNK_VK_NUMPAD_0", "Numpad-0"}, {vk_numpad_0 + 1, "QRNK_VK_NUMPAD_1", "Numpad-1"},
+    {vk_numpad_0 + 2, "QRNK_VK_NUMPAD_2", "Numpad-2"}, {vk_numpad_0 + 3, "QRNK_VK_NUMPAD_3", "Numpad-3"},
+    {vk_numpad_0 + 4, "QRNK_VK_NUMPAD_4", "Numpad-4"}, {vk_numpad_0 + 5, "QRNK_VK_NUMPAD_5", "Numpad-5"},
+    {vk_numpad_0 + 6, "QRNK_VK_NUMPAD_6", "Numpad-6"}, {vk_numpad_0 + 7, "QRNK_VK_NUMPAD_7", "Numpad-7"},
+    {vk_numpad_0 + 8, "QRNK_VK_NUMPAD_8", "Numpad-8"}, {vk_numpad_0 + 9, "QRNK_VK_NUMPAD_9", "Numpad-9"},
+    {vk_numpad_times, "QRNK_VK_NUMPAD_MULTIPLY", "Numpad-*"}, {vk_numpad_plus, "QRNK_VK_NUMPAD_ADD", "Numpad-+"},
+    {vk_numpad_minus, "QRNK_VK_NUMPAD_SUBTRACT", "Numpad--"}, {vk_numpad_period, "QRNK_VK_NUMPAD_DECIMAL", "Numpad-."},
+    {vk_numpad_divide, "QRNK_VK_NUMPAD_DIVIDE", "Numpad-/"}, {vk_f1, "QRNK_VK_F1", "F1"},
+    {vk_f1 + 1, "QRNK_VK_F2", "F2"}, {vk_f1 + 2, "QRNK_VK_F3", "F3"}, {vk_f1 + 3, "QRNK_VK_F4", "F4"},
+    {vk_f1 + 4, "QRNK_VK_F5", "F5"}, {vk_f1 + 5, "QRNK_VK_F6", "F6"}, {vk_f1 + 6, "QRNK_VK_F7", "F7"},
+    {vk_f1 + 7, "QRNK_VK_F8", "F8"}, {vk_f1 + 8, "QRNK_VK_F9", "F9"}, {vk_f1 + 9, "QRNK_VK_F10", "F10"},
+    {vk_f1 + 10, "QRNK_VK_F11", "F11"}, {vk_f1 + 11, "QRNK_VK_F12", "F12"}, {vk_f13, "QRNK_VK_F13", "F13"},
+    {vk_f13 + 1, "QRNK_VK_F14", "F14"}, {vk_f13 + 2, "QRNK_VK_F15", "F15"}, {vk_f13 + 3, "QRNK_VK_F16", "F16"},
+    {vk_f13 + 4, "QRNK_VK_F17", "F17"}, {vk_f13 + 5, "QRNK_VK_F18", "F18"}, {vk_f13 + 6, "QRNK_VK_F19", "F19"},
+    {vk_f13 + 7, "QRNK_VK_F20", "F20"}, {vk_f13 + 8, "QRNK_VK_F21", "F21"}, {vk_f13 + 9, "QRNK_VK_F22", "F22"},
+    {vk_f13 + 10, "QRNK_VK_F23", "F23"}, {vk_f13 + 11, "QRNK_VK_F24", "F24"}, {vk_equal, "QRNK_VK_EQUAL", "="},
+    {vk_minus, "QRNK_VK_MINUS", "-"}, {vk_right_bracket, "QRNK_VK_RIGHT_BRACKET", "]"},
+    {vk_left_bracket, "QRNK_VK_LEFT_BRACKET", "["}, {vk_quote, "QRNK_VK_QUOTE", "'"},
+    {vk_semicolon, "QRNK_VK_SEMICOLON", ";"}, {vk_backslash, "QRNK_VK_BACKSLASH", "\\"},
+    {vk_comma, "QRNK_VK_COMMA", ","}, {vk_slash, "QRNK_VK_SLASH", "/"}, {vk_period, "QRNK_VK_PERIOD", "."},
+    {vk_backquote, "QRNK_VK_BACKQUOTE", "`"}, {vk_enter, "QRNK_VK_ENTER", "Enter"},
+    {vk_numpad_enter, "QRNK_VK_NUMPAD_ENTER", "Numpad-Enter"}, {vk_numpad_equal, "QRNK_VK_NUMPAD_EQUAL", "Numpad-="},
 };
 // clang-format on
 static_assert(std::size(kKeyNameTable) == 110);
@@ -57,15 +64,19 @@ struct ascii_key {
     int ascii, vkey, flags;
 };
 
-// What is no letter and no digit, on a US keyboard. 28 to 31 are the arrows.
+// What is no letter and no digit, on a US keyboard.
 // clang-format off
 constexpr ascii_key kAsciiTranslations[] = {
-    {8, 8, 0}, {9, 9, 0}, {13, 13, 0}, {27, 27, 0}, {28, 37, 0}, {29, 39, 0}, {30, 38, 0}, {31, 40, 0},
-    {' ', ' ', 0}, {'!', '1', 1}, {'"', 180, 1}, {'#', '3', 1}, {'$', '4', 1}, {'%', '5', 1}, {'&', '7', 1},
-    {'\'', 180, 0}, {'(', '9', 1}, {')', '0', 1}, {'*', '8', 1}, {'+', 176, 1}, {',', 183, 0}, {'-', 177, 0},
-    {'.', 185, 0}, {'/', 184, 0}, {':', 181, 1}, {';', 181, 0}, {'<', 183, 1}, {'=', 176, 0}, {'>', 185, 1},
-    {'?', 184, 1}, {'@', '2', 1}, {'[', 179, 0}, {'\\', 182, 0}, {']', 178, 0}, {'^', '6', 1}, {'_', 177, 1},
-    {'`', 186, 0}, {'{', 179, 1}, {'|', 182, 1}, {'}', 178, 1}, {'~', 186, 1},
+    {char_back, vk_back, 0}, {char_tab, vk_tab, 0}, {char_return, vk_return, 0}, {char_escape, vk_escape, 0},
+    {char_left, vk_left, 0}, {char_right, vk_right, 0}, {char_up, vk_up, 0}, {char_down, vk_down, 0},
+    {' ', vk_space, 0}, {'!', '1', key_shift}, {'"', vk_quote, key_shift}, {'#', '3', key_shift}, {'$', '4', key_shift},
+    {'%', '5', key_shift}, {'&', '7', key_shift}, {'\'', vk_quote, 0}, {'(', '9', key_shift}, {')', '0', key_shift},
+    {'*', '8', key_shift}, {'+', vk_equal, key_shift}, {',', vk_comma, 0}, {'-', vk_minus, 0}, {'.', vk_period, 0},
+    {'/', vk_slash, 0}, {':', vk_semicolon, key_shift}, {';', vk_semicolon, 0}, {'<', vk_comma, key_shift},
+    {'=', vk_equal, 0}, {'>', vk_period, key_shift}, {'?', vk_slash, key_shift}, {'@', '2', key_shift},
+    {'[', vk_left_bracket, 0}, {'\\', vk_backslash, 0}, {']', vk_right_bracket, 0}, {'^', '6', key_shift},
+    {'_', vk_minus, key_shift}, {'`', vk_backquote, 0}, {'{', vk_left_bracket, key_shift},
+    {'|', vk_backslash, key_shift}, {'}', vk_right_bracket, key_shift}, {'~', vk_backquote, key_shift},
 };
 // clang-format on
 

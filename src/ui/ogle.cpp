@@ -4,11 +4,10 @@
 #include <cmath>
 #include <utility>
 
+#include "display/virtual_keys.h"
 #include "ui/ogle_layout.h"
 
 namespace {
-
-enum : char { key_backspace = 8, key_left = 28, key_right = 29, key_up = 30, key_down = 31 };
 
 // Bounds and rectangles.
 enum : int { left = 0, bottom = 1, right = 2, top = 3 };
@@ -173,13 +172,13 @@ void OGLE_Drag(OGLE_Rec* rec, float x, float y) {
 
 void OGLE_Key(OGLE_Rec* rec, char c, int shift) {
     OGLE_NormalizeSelectionInternal(rec);
-    const bool vertical = c == key_up || c == key_down;
+    const bool vertical = c == char_up || c == char_down;
     if (!vertical) rec->caret_x = -1;
     if (vertical) {
-        move_caret(rec, OGLE_CharPosVerticalAdjust(rec, active_position(rec), c == key_up ? -1 : 1), shift);
-    } else if (c == key_left || c == key_right) {
-        move_sideways(rec, c == key_left ? -1 : 1, shift);
-    } else if (c == key_backspace) {
+        move_caret(rec, OGLE_CharPosVerticalAdjust(rec, active_position(rec), c == char_up ? -1 : 1), shift);
+    } else if (c == char_left || c == char_right) {
+        move_sideways(rec, c == char_left ? -1 : 1, shift);
+    } else if (c == char_back) {
         if (rec->sel_start == rec->sel_end && rec->sel_start == 0) return;
         if (rec->sel_start == rec->sel_end) --rec->sel_start;
         replace_selection(rec, &c, &c);

@@ -3,7 +3,7 @@
 // start that the table held before the edit.
 #pragma once
 
-#include "ui/ogle.h"
+#include "ui/ogle_rec.h"
 
 struct ogle_text {
     const char *begin, *end;
