@@ -52,14 +52,14 @@ static std::string fit(const std::string& text, const std::string& item, int col
 }
 
 void progress_line::draw(double share, const std::string& text, const std::string& item) {
-    const int percent = static_cast<int>(std::clamp(share, 0.0, 1.0) * 100);
+    const std::string percent = share < 0 ? "" : std::to_string(static_cast<int>(std::min(share, 1.0) * 100)) + "% ";
     if (on_terminal) {
-        const std::string head = bar(share, 24) + " " + std::to_string(percent) + "% ";
+        const std::string head = share < 0 ? "" : bar(share, 24) + " " + percent;
         const std::string tail = fit(text, item, terminal_columns() - static_cast<int>(head.size()) - 1);
         std::fprintf(stream, "\r%s%s\033[K", head.c_str(), tail.c_str());
         drawn = true;
     } else {
-        std::fprintf(stream, "%d%% %s%s%s\n", percent, printable(text).c_str(), item.empty() ? "" : " ",
+        std::fprintf(stream, "%s%s%s%s\n", percent.c_str(), printable(text).c_str(), item.empty() ? "" : " ",
                      printable(item).c_str());
     }
     std::fflush(stream);

@@ -8,7 +8,7 @@
 class progress_line {
   public:
     void open(std::FILE* out, bool in_place);
-    // `share` 0 to 1. `now` in seconds. A terminal's line is redrawn at most ten times a second.
+    // `share` 0 to 1, negative while the end is not known. `now` in seconds. A terminal's line is redrawn at most ten times a second.
     // Where the line is too narrow, `item` loses its middle first.
     void show(double share, const std::string& text, const std::string& item, double now);
     void show_last(double share, const std::string& text);  // whatever the time; a line of its own

@@ -11,6 +11,37 @@
 #include "runtime/hl_string.h"
 #include "runtime/xtim.h"
 
+const char* const agreement[3] = {
+    "Use Velaris for whatever you like.", "You agree to not make copies of Velaris.",
+    "You agree to not distribute the artwork from Velaris, OR ANY DERIVATIVE OF THAT ARTWORK, without permission "
+    "from Tarvex."};
+
+changed_question question_about(bool removing) {
+    if (removing)
+        return {"I am about to DELETE:",
+                "because we no longer use this file, but it appears you have modified it. What to do?"};
+    return {"I am about to install:", "but it appears you have modified this file. What to do?"};
+}
+
+const char* answer_words(int answer, bool removing) {
+    switch (answer) {
+        case 1:
+            return removing ? "DELETE THE OLD FILE" : "OVERWRITE THE OLD FILE";
+        case 2:
+            return "KEEP THE OLD FILE";
+        case 4:
+            return removing ? "DELETE EVERY OLD FILE IN THIS DIRECTORY" : "OVERWRITE EVERY OLD FILE IN THIS DIRECTORY";
+        case 5:
+            return "KEEP EVERY OLD FILE IN THIS DIRECTORY";
+        default:
+            return "CANCEL THE WHOLE INSTALLATION!";
+    }
+}
+
+const char* scan_phase_words(int phase) {
+    return phase == 0 ? "Currently SCANNING the directory text file." : "Currently EXAMINING the hard disk.";
+}
+
 void set_size_str(float kilobytes, std::string* out) {
     const float meg = kilobytes * 0.001f;
     if (meg < 1000) {
@@ -45,31 +76,31 @@ static std::string check_text() {
 }
 
 sentence header_sentence() {
-    if (next.all_done) return {"INSTALLATION COMPLETE!", colour_good_news};
-    if (stg.server_cnt == -1) return {"Looking for servers... you need internet for this...", colour_text};
-    if (stg.server_cnt == 0) return {"I could not find any servers to get Velaris from!", colour_bad_news};
+    if (next.all_done) return {"INSTALLATION COMPLETE!", tone::good_news};
+    if (stg.server_cnt == -1) return {"Looking for servers... you need internet for this..."};
+    if (stg.server_cnt == 0) return {"I could not find any servers to get Velaris from!", tone::bad_news};
     switch (stg.dir_state) {
         case dir_fetching:
-            return {check_text(), colour_text};
+            return {check_text()};
         case dir_unread:
-            return {"I have downloaded the directory of files I need, and am now trying to read it...", colour_text};
+            return {"I have downloaded the directory of files I need, and am now trying to read it..."};
         case dir_failed:
             return {std::string("I can not find a version of Velaris on the net! Grab a new installer from ") +
                         maker_site + ", or check net service!",
-                    colour_bad_news};
+                    tone::bad_news};
         default:
             break;
     }
-    if (stg.install_state == install_running) return {"OK I am installing this now...", colour_text};
+    if (stg.install_state == install_running) return {"OK I am installing this now..."};
     if (!path_is_to_a_sim())
         return {
             "To make the download a LOT faster, if you have an earlier version of Velaris 9 on your hard drive, "
             "choose that with the DESTINATION button below, and I will UPDATE THAT FOLDER!",
-            colour_text};
+            tone::plain};
     return {
         "You have selected an earlier version of Velaris in the DESTINATION field below, so I will update that "
         "installation  by just grabbing new updated files!",
-        colour_text};
+        tone::plain};
 }
 
 install_pace get_install_pace(const next_t& table) {
@@ -138,9 +169,8 @@ static void idle_lines(sentence (&line)[3]) {
         if (!(flow.tot_availabl > 0)) return;
         line[1].text =
             "You have " + size_text(flow.tot_availabl) + " of drive space available for the selected directory.";
-        line[2] = flow.disk_space_avail
-                      ? sentence{"You may install at will.", colour_good_news}
-                      : sentence{"You don't have enough disk space to install this!", colour_bad_news};
+        line[2] = flow.disk_space_avail ? sentence{"You may install at will.", tone::good_news}
+                                        : sentence{"You don't have enough disk space to install this!", tone::bad_news};
     }
 }
 
@@ -149,21 +179,21 @@ static void over_lines(sentence (&line)[3]) {
         line[0].text = "INSTALLATION COMPLETE!";
         return;
     }
-    line[0] = {"The installation was not completed because an error occurred.", colour_error};
-    line[1] = {"Velaris is not fully installed or updated and may not run correctly.", colour_error};
+    line[0] = {"The installation was not completed because an error occurred.", tone::error};
+    line[1] = {"Velaris is not fully installed or updated and may not run correctly.", tone::error};
     line[2] = {
         "Please try a different server, hard drive, or directory, or contact Customer Support for help with this "
         "problem.",
-        colour_error};
+        tone::error};
 }
 
 static void failing_lines(sentence (&line)[3]) {
-    line[0] = {"I can NOT download the file '" + crnt_file_path + "'!", colour_error};
+    line[0] = {"I can NOT download the file '" + crnt_file_path + "'!", tone::error};
     line[1] = {
         "Your internet connection may not be working, or the server could be undergoing maintainance or an "
         "upgrade right now.",
-        colour_error};
-    line[2] = {"I am trying another server now to see if I can still get you a download...", colour_error};
+        tone::error};
+    line[2] = {"I am trying another server now to see if I can still get you a download...", tone::error};
 }
 
 status_sentences status_lines() {

@@ -1,25 +1,40 @@
-// words.h: the sentences of the main screen, made from the state of the install. The window draws them, the console
-// prints them.
+// words.h: what an install says and asks, in words and without a place or a colour: the window draws it, the console
+// prints it.
+// Threads: main thread only; the sentences are made anew from the state of the install with each call.
 #pragma once
 
 #include <string>
 
 #include "engine/stg.h"
 
-// Slots of the colour table.
-enum : int { colour_bad_news = 1, colour_good_news = 13, colour_text = 46, colour_error = 69 };
+// What kind of news a sentence is. Each face has a colour for it.
+enum class tone { plain, good_news, bad_news, error };
 
 struct sentence {
     std::string text;
-    int colour = colour_text;
+    tone kind = tone::plain;
 };
 
-sentence header_sentence();
+sentence header_sentence();  // what the program is doing, in one sentence; never empty
 
+// What there is to install, how far it is, how it ended. Lines that have nothing to say are empty.
 struct status_sentences {
     sentence line[3];
 };
 status_sentences status_lines();
+
+// What the user agrees to, a paragraph each.
+extern const char* const agreement[3];
+
+// The question about a file that the user changed: one line above the file's path and one below it.
+struct changed_question {
+    const char *above, *below;
+};
+changed_question question_about(bool removing);
+// What the user can answer; `answer` as in front.h.
+const char* answer_words(int answer, bool removing);
+
+const char* scan_phase_words(int phase);  // `phase` as in front.h
 
 // "12.34 Meg" or, from 1000 on, "1.23 Gig", of kilobytes of 1000 bytes.
 void set_size_str(float kilobytes, std::string* out);

@@ -28,16 +28,16 @@ TEST(Header, SaysTheFirstThingThatFits) {
     struct {
         int all_done, servers, dir_state, install_state;
         const char* starts;
-        int colour;
+        tone kind;
     } const cases[] = {
-        {1, -1, 0, 0, "INSTALLATION COMPLETE!", colour_good_news},
-        {0, -1, 0, 0, "Looking for servers", colour_text},
-        {0, 0, 0, 0, "I could not find any servers", colour_bad_news},
+        {1, -1, 0, 0, "INSTALLATION COMPLETE!", tone::good_news},
+        {0, -1, 0, 0, "Looking for servers", tone::plain},
+        {0, 0, 0, 0, "I could not find any servers", tone::bad_news},
         {0, 1, dir_fetching, 0, "I am checking the net for the latest version of Velaris right now, and I am 0% done",
-         colour_text},
-        {0, 1, dir_failed, 0, "I can not find a version of Velaris on the net!", colour_bad_news},
-        {0, 1, dir_ready, install_running, "OK I am installing this now...", colour_text},
-        {0, 1, dir_ready, install_idle, "To make the download a LOT faster", colour_text},
+         tone::plain},
+        {0, 1, dir_failed, 0, "I can not find a version of Velaris on the net!", tone::bad_news},
+        {0, 1, dir_ready, install_running, "OK I am installing this now...", tone::plain},
+        {0, 1, dir_ready, install_idle, "To make the download a LOT faster", tone::plain},
     };
     dest_dir_path = "/no such folder/";
     for (const auto& c : cases) {
@@ -47,7 +47,7 @@ TEST(Header, SaysTheFirstThingThatFits) {
         stg.install_state = c.install_state;
         const sentence said = header_sentence();
         EXPECT_EQ(said.text.rfind(c.starts, 0), 0u) << said.text;
-        EXPECT_EQ(said.colour, c.colour) << said.text;
+        EXPECT_EQ(said.kind, c.kind) << said.text;
     }
 }
 
@@ -74,7 +74,7 @@ TEST(Status, OffersOnlyWhatTheVolumeHolds) {
     EXPECT_EQ(status_lines().line[2].text, "You may install at will.");
     flow.disk_space_avail = 0;
     EXPECT_EQ(status_lines().line[2].text, "You don't have enough disk space to install this!");
-    EXPECT_EQ(status_lines().line[2].colour, colour_bad_news);
+    EXPECT_EQ(status_lines().line[2].kind, tone::bad_news);
 }
 
 TEST(Status, AFailingDownloadIsSaidInEveryState) {
@@ -83,7 +83,7 @@ TEST(Status, AFailingDownloadIsSaidInEveryState) {
     for (const int state : {install_idle, install_running, install_over}) {
         stg.install_state = state;
         EXPECT_EQ(status_lines().line[0].text, "I can NOT download the file '/a/b.zip'!");
-        EXPECT_EQ(status_lines().line[2].colour, colour_error);
+        EXPECT_EQ(status_lines().line[2].kind, tone::error);
     }
 }
 

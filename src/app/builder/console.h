@@ -1,5 +1,4 @@
 // console.h: the builder's face on a terminal: progress, results to standard output, alerts to standard error.
-// On a terminal progress is two lines redrawn in place; elsewhere a plain line at most every five seconds or five percent.
 #pragma once
 
 #include <string>

@@ -9,6 +9,7 @@
 #include "app/console/output.h"
 #include "app/dest.h"
 #include "app/progress_line.h"
+#include "app/words.h"
 #include "engine/flow.h"
 #include "engine/front.h"
 #include "engine/stg.h"
@@ -42,13 +43,8 @@ static bool read_answer(const char* prompt, std::string& answer) {
 
 static int ask_agreement() {
     if (agreed || options.agree) return agreed = 1;
-    std::FILE* out = question_stream();
-    std::fputs(
-        "Use Velaris for whatever you like.\n"
-        "You agree to not make copies of Velaris.\n"
-        "You agree to not distribute the artwork from Velaris, OR ANY DERIVATIVE OF THAT ARTWORK, without permission "
-        "from Tarvex.\n",
-        out);
+    for (const char* paragraph : agreement)
+        std::fprintf(question_stream(), "%s\n", paragraph);
     if (!isatty(STDIN_FILENO)) {
         console_problem("There is no terminal to ask for your agreement; run again with --agree if you agree.");
         return 0;
@@ -60,15 +56,10 @@ static int ask_agreement() {
 }
 
 static int ask_changed(const std::string& file, int removing) {
-    const char* verb = removing ? "DELETE" : "OVERWRITE";
-    std::fprintf(question_stream(), "%s\n%s\n%s\n",
-                 removing ? "I am about to DELETE:" : "I am about to install:", printable(file).c_str(),
-                 removing ? "because we no longer use this file, but it appears you have modified it. What to do?"
-                          : "but it appears you have modified this file. What to do?");
-    std::fprintf(question_stream(),
-                 "  1 %s THE OLD FILE\n  2 KEEP THE OLD FILE\n  3 CANCEL THE WHOLE INSTALLATION!\n"
-                 "  4 %s EVERY OLD FILE IN THIS DIRECTORY\n  5 KEEP EVERY OLD FILE IN THIS DIRECTORY\n",
-                 verb, verb);
+    const changed_question question = question_about(removing != 0);
+    std::fprintf(question_stream(), "%s\n%s\n%s\n", question.above, printable(file).c_str(), question.below);
+    for (int choice = 1; choice <= 5; ++choice)
+        std::fprintf(question_stream(), "  %d %s\n", choice, answer_words(choice, removing != 0));
     std::string answer;
     while (read_answer("Your choice [1-5]: ", answer))
         if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '5') return answer[0] - '0';
@@ -92,8 +83,7 @@ static int answer_changed(const std::string& file, int removing) {
 
 static void scan_progress(float lo, float value, float hi, int phase, const std::string&, const std::string& item) {
     const double share = hi > lo ? static_cast<double>((value - lo) / (hi - lo)) : 0;
-    console_scan_progress(
-        share, phase == 0 ? "Currently SCANNING the directory text file." : "Currently EXAMINING the hard disk.", item);
+    console_scan_progress(share, scan_phase_words(phase), item);
     // A scan is one long call that has touched nothing yet, so this is the one place that can end a run from within.
     if (!interrupt_requested()) return;
     flow_quit();

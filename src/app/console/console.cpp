@@ -55,7 +55,7 @@ void say_failure(run_t& run) {
     if (text == run.failure_said || (run.last_failure_said >= 0 && now() - run.last_failure_said < 5)) return;
     run.failure_said = text;
     run.last_failure_said = now();
-    console_sentence({text + " - I am trying again.", colour_error});
+    console_sentence({text + " - I am trying again.", tone::error});
 }
 
 after_pass after_transfer(run_t& run, int slot, int result) {

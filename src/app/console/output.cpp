@@ -49,16 +49,17 @@ void print_json(const json_object& object) {
     std::fflush(stdout);
 }
 
-const char* escape_of(int colour) {
-    switch (colour) {
-        case colour_good_news:
+const char* escape_of(tone kind) {
+    switch (kind) {
+        case tone::good_news:
             return "\033[32m";
-        case colour_bad_news:
-        case colour_error:
+        case tone::bad_news:
+        case tone::error:
             return "\033[31m";
-        default:
-            return nullptr;
+        case tone::plain:
+            break;
     }
+    return nullptr;
 }
 
 // Percentages change all the time; a sentence that differs only in its digits is the same one to a log of plain lines.
@@ -108,7 +109,7 @@ void console_sentence(const sentence& said) {
         return;
     }
     progress.clear();
-    const char* escape = output.colour ? escape_of(said.colour) : nullptr;
+    const char* escape = output.colour ? escape_of(said.kind) : nullptr;
     std::printf("%s%s%s\n", escape ? escape : "", printable(said.text).c_str(), escape ? "\033[0m" : "");
     std::fflush(stdout);
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "app/words.h"
+#include "app/window/tones.h"
 #include "files/io_utils.h"
 #include "files/opensave.h"
 #include "gfx/oglp.h"

@@ -6,6 +6,7 @@
 #include "app/dest.h"
 #include "app/window/prefs.h"
 #include "app/window/sprites.h"
+#include "app/window/tones.h"
 #include "app/words.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
@@ -24,17 +25,17 @@ constexpr int globe_first = 8, globe_last = 23, globe_at_rest = 21;
 
 int globe_frame = globe_first;
 
-void draw_text(const sentence& said, float x, float y, float wrap) {
-    OGL_string(said.colour, x, y, said.text, wrap, charset_text, align_left);
+void draw_text(const std::string& text, float x, float y, float wrap, int colour = colour_text) {
+    OGL_string(colour, x, y, text, wrap, charset_text, align_left);
 }
 
 // 1 when the user wants to pick another folder.
 int draw_destination() {
     BTN_frame1(bar_field, 285, 89, 300, 0);
-    draw_text({fit_text(latin1_of_path(dest_dir_path), 286, 1), 45}, 142, 86, 9999);
+    draw_text(fit_text(latin1_of_path(dest_dir_path), 286, 1), 142, 86, 9999, 45);
     draw_text(
-        {"Click on the 'DESTINATION' button below to choose the copy of Velaris you wish to update, or choose the "
-         "destination you wish to install a new copy of Velaris to!"},
+        "Click on the 'DESTINATION' button below to choose the copy of Velaris you wish to update, or choose the "
+        "destination you wish to install a new copy of Velaris to!",
         134, 112, 9999);
     if (stg.install_state == install_running) return 0;
     const int on_button = interface_rect(10, 78, 513, 166, 126, 22, 1, tint_green);
@@ -77,17 +78,18 @@ void draw_header() {
         BTN_frame2(box_picture, 935, 600, 80, 72, "Download");
         std::string size;
         set_size_str(stg.down_size, &size);
-        draw_text({size}, 954, 635, 700);
+        draw_text(size, 954, 635, 700);
     }
-    draw_text(header_sentence(), 154, 615, 700);
+    const sentence header = header_sentence();
+    draw_text(header.text, 154, 615, 700, colour_of(header.kind));
 }
 
 void draw_status() {
     BTN_frame2(box_picture, 135, 32, 880, 40, "");
     const status_sentences status = status_lines();
     for (int i = 0; i < 3; ++i)
-        draw_text({fit_text(latin1_of_path(status.line[i].text), 864, 1), status.line[i].colour}, 144,
-                  58.0f - 10.0f * static_cast<float>(i), 9999);
+        draw_text(fit_text(latin1_of_path(status.line[i].text), 864, 1), 144, 58.0f - 10.0f * static_cast<float>(i),
+                  9999, colour_of(status.line[i].kind));
     const bool moving = stg.install_state == install_running && flow.totl_inst_rat > 0.02f;
     BTN_progress_bar(base_x1, base_x2, 15, moving ? flow.totl_inst_rat : -1.0f);
 }
@@ -135,10 +137,8 @@ void dir_progress_bar(float lo, float value, float hi, int phase, const std::str
     BTN_frame2(box_picture, x + 20, y + 20, 472, 98, "");
     const float share = lo == hi ? 0.52f : std::clamp(0.04f + 0.96f * (value - lo) / (hi - lo), 0.04f, 1.0f);
     BTN_progress_bar(x + 30, x + 482, y + 35, share);
-    const char* phase_text =
-        phase == 0 ? "Currently SCANNING the directory text file." : "Currently EXAMINING the hard disk.";
     OGL_string(colour_text, x + 32, y + 100, label, 452, charset_text, align_left);
-    OGL_string(colour_text, x + 32, y + 80, phase_text, 452, charset_text, align_left);
+    OGL_string(colour_text, x + 32, y + 80, scan_phase_words(phase), 452, charset_text, align_left);
     OGL_string(colour_text, x + 32, y + 60, fit_text(latin1_of_path(item), 440, 1), 452, charset_text, align_left);
     OGL_sbuff();
 }

@@ -1,7 +1,7 @@
 #include "app/window/questions.h"
 
 #include "app/window/sprites.h"
-#include "app/words.h"
+#include "app/window/tones.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "shell/pump.h"
@@ -19,11 +19,8 @@ static void draw_agreement() {
     const auto say = [](float y, const char* text) {
         OGL_string(colour_text, left, y, text, wrap, charset_text, align_left);
     };
-    say(250, "Use Velaris for whatever you like.");
-    say(230, "You agree to not make copies of Velaris.");
-    say(210,
-        "You agree to not distribute the artwork from Velaris, OR ANY DERIVATIVE OF THAT ARTWORK, without permission "
-        "from Tarvex.");
+    for (int i = 0; i < 3; ++i)
+        say(250.0f - 20.0f * static_cast<float>(i), agreement[i]);
     const auto answer = [](bool yes) {
         agreed = yes;
         MACIBM_startwind(wind_main, 0);
@@ -46,16 +43,10 @@ namespace {
 
 struct answer_button {
     float x, y, width;
-    const char* label[2];  // by whether the file is to be removed
     int answer;
 };
 constexpr answer_button answers[] = {
-    {96, 53, 160, {"OVERWRITE THE OLD FILE", "DELETE THE OLD FILE"}, 1},
-    {96, 28, 160, {"KEEP THE OLD FILE", "KEEP THE OLD FILE"}, 2},
-    {308, 53, 260, {"OVERWRITE EVERY OLD FILE IN THIS DIRECTORY", "DELETE EVERY OLD FILE IN THIS DIRECTORY"}, 4},
-    {308, 28, 260, {"KEEP EVERY OLD FILE IN THIS DIRECTORY", "KEEP EVERY OLD FILE IN THIS DIRECTORY"}, 5},
-    {584, 28, 200, {"CANCEL THE WHOLE INSTALLATION!", "CANCEL THE WHOLE INSTALLATION!"}, 3},
-};
+    {96, 53, 160, 1}, {96, 28, 160, 2}, {308, 53, 260, 4}, {308, 28, 260, 5}, {584, 28, 200, 3}};
 constexpr int cancel = 3;
 
 // One frame; the answer, or 0.
@@ -67,12 +58,13 @@ int draw_changed_file(const std::string& file, int removing) {
     const auto say = [wrap](float y, const std::string& text) {
         OGL_string(colour_text, left, y, text, wrap, charset_text, align_left);
     };
-    say(100, removing ? "I am about to DELETE:" : "I am about to install:");
+    const changed_question question = question_about(removing != 0);
+    say(100, question.above);
     say(90, fit_text(latin1_of_path(file), wrap, 1));
-    say(80, removing ? "because we no longer use this file, but it appears you have modified it. What to do?"
-                     : "but it appears you have modified this file. What to do?");
+    say(80, question.below);
     for (const answer_button& button : answers)
-        if (BTN_action(button.x, button.y, button.width, 0, 1, button.label[removing != 0], "-")) return button.answer;
+        if (BTN_action(button.x, button.y, button.width, 0, 1, answer_words(button.answer, removing != 0), "-"))
+            return button.answer;
     return 0;
 }
 

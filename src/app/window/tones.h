@@ -1,0 +1,20 @@
+// tones.h: the colour of each kind of sentence, a slot of the table of colours.
+#pragma once
+
+#include "app/words.h"
+
+enum : int { colour_bad_news = 1, colour_good_news = 13, colour_text = 46, colour_error = 69 };
+
+constexpr int colour_of(tone kind) {
+    switch (kind) {
+        case tone::good_news:
+            return colour_good_news;
+        case tone::bad_news:
+            return colour_bad_news;
+        case tone::error:
+            return colour_error;
+        case tone::plain:
+            break;
+    }
+    return colour_text;
+}
