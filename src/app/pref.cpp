@@ -4,7 +4,7 @@
 
 #include "engine/stg.h"
 #include "files/scan.h"
-#include "net/http.h"
+#include "net/proxy.h"
 #include "platform/folders.h"
 #include "runtime/oops.h"
 
@@ -57,9 +57,9 @@ static void io_installer(scan_class& file) {
     file.int_io(&stg.log_actions, "_log_actions");
     file.int_io(&stg.always_ask_dir, "_always_ask_dir");
     file.str_io(&dest_dir_path, "_dest_dir_path");
-    file.str_io(&http.proxy_host, "_proxy_host");
-    file.str_io(&http.proxy_port_str, "_proxy_port");
-    file.int_io(&http.proxy_port, "_proxy_port_int");
+    file.str_io(&proxy.proxy_host, "_proxy_host");
+    file.str_io(&proxy.proxy_port_str, "_proxy_port");
+    file.int_io(&proxy.proxy_port, "_proxy_port_int");
 }
 
 void pref_class::IO_set(int set, int dir) {

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string_view>
@@ -15,8 +14,8 @@
 
 #include "engine/directory.h"
 #include "engine/front.h"
-#include "engine/grab.h"
 #include "engine/stg.h"
+#include "engine/withdrawn.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/zip_io.h"
@@ -24,11 +23,6 @@
 #include "runtime/oops.h"
 
 typedef std::set<std::string> folder_set;  // below the destination, without a "/" at the end; parents sort first
-
-// What the simulator expects to find, whether a file is installed there or not.
-static const char* const fixed_folders[] = {
-    "Output",    "Output/FMS plans",     "Output/logbooks", "Output/movies", "Output/situations",
-    "Resources", "Resources/preferences"};
 
 // Names at which the release carries links. Anything else that stands there is moved aside, to "_" and the name.
 static const struct {
@@ -53,12 +47,6 @@ static bool make_or_tell(const std::string& path) {
     if (!show_make_dir_err(err)) return true;
     make_dir_error(path, err);
     return false;
-}
-
-bool is_fixed_folder(const std::string& folder) {
-    return std::any_of(std::begin(fixed_folders), std::end(fixed_folders), [&](const char* fixed) {
-        return folder.size() == std::strlen(fixed) + 1 && folder.starts_with(fixed);
-    });
 }
 
 // The same for a folder below the destination, "" for the destination itself. One behind a link that leads out is not

@@ -12,9 +12,6 @@
 
 #include <string>
 
-// A folder that every install makes: below the destination, with its "/".
-bool is_fixed_folder(const std::string& folder);
-
 void make_dirs();  // a failure shows an alert and the install goes on
 void make_dir_error(const std::string& path, int err);
 

@@ -1,20 +1,16 @@
 #include "engine/grab.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <vector>
 
-#include "engine/dirs.h"
 #include "engine/front.h"
 #include "engine/stg.h"
+#include "engine/withdrawn.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
-#include "files/opensave.h"
 #include "files/zip_io.h"
 #include "net/http.h"
 #include "runtime/log.h"
@@ -26,47 +22,6 @@ constexpr int first_stream_slot = 2;  // of the pool
 
 static int file_count() {
     return static_cast<int>(sim_info.size());
-}
-
-static void log_action(const char* what, const std::string& path, int result) {
-    if (stg.log_actions) xer << what << path << ", with result=" << result << ".\n";
-}
-
-// The path without its last component; what is left ends in "/", or is empty.
-static std::string folder_of(const std::string& path) {
-    return path.size() < 2 ? std::string() : path.substr(0, path.rfind('/', path.size() - 2) + 1);
-}
-
-// The folders on the way to a file may be empty now. Those that every install makes stay.
-static void mark_for_sweep(const std::string& installed) {
-    for (std::string folder = folder_of(installed); !folder.empty(); folder = folder_of(folder))
-        if (!is_fixed_folder(folder)) deleted_files.insert(dest_dir_path + folder);
-}
-
-static void fail_install(const char* what, const std::string& error, const std::string& zip,
-                         const std::string& destination) {
-    stg.install_failed = 1;
-    __MACIBM_alert(0, what, "Error: " + error, zip, "Destination: " + destination, t_alert, OOPS_PLACE);
-}
-
-int delete_withdrawn(const file_version_struct& row) {
-    const std::string installed = installed_path(row);
-    const std::string destination = destination_of(row);
-    int result = 0;
-    if (!behind_shipped_link(installed)) {
-        result = destination_folder().remove_file(installed);
-        if (result == EXDEV) result = err_leads_outside;
-        log_action("now we want to nuke a file: DELETING  file ", destination, result);
-        mark_for_sweep(installed);
-        if (result == err_leads_outside)
-            fail_install("I did not delete a file that I no longer want to have!", error_str(result), "", destination);
-        else if (show_del_err(result))
-            __MACIBM_alert(0, "Could not delete a file that I no longer want to have!", error_str(result), destination,
-                           "", t_alert, OOPS_PLACE);
-    }
-    ++next.files_done;
-    front.file_finished(action_deleting, installed, result);
-    return result;
 }
 
 // Kilobytes are cut, and a float holds large ones with gaps; a link may be longer than it counts.
@@ -282,33 +237,9 @@ static bool has_work_left() {
     return false;
 }
 
-// A run that was killed between the last file of a folder and the sweep leaves the folder to the next one.
-static void mark_what_an_earlier_run_emptied() {
-    for (std::size_t file = 0; file < sim_info.size(); ++file) {
-        const file_version_struct& row = sim_info[file].back();
-        if (is_gone(row) && row.sig_have == "NONE" && is_wanted(static_cast<int>(file)))
-            mark_for_sweep(installed_path(row));
-    }
-}
-
-// Folders that became empty, children before their parents.
-static void sweep() {
-    mark_what_an_earlier_run_emptied();
-    const beneath_folder root = destination_folder();
-    for (auto folder = deleted_files.rbegin(); folder != deleted_files.rend(); ++folder) {
-        std::vector<std::string> names;
-        std::vector<int> kinds;
-        struct stat facts;
-        const std::string below = folder->substr(dest_dir_path.size(), folder->size() - dest_dir_path.size() - 1);
-        if (root.look(below, facts) != 0 || !S_ISDIR(facts.st_mode)) continue;
-        if (opensave_getitems(*folder, kind_any, names, kinds) > 0) continue;
-        log_action("cleanup: DELETING  file ", *folder, root.remove_folder(below));
-    }
-}
-
 static void rename_destination() {
-    if (dest_dir_path.empty() || install_name.empty() || install_name.find('/') != std::string::npos) return;
-    const std::string parent = folder_of(dest_dir_path);
+    if (dest_dir_path.size() < 2 || install_name.empty() || install_name.find('/') != std::string::npos) return;
+    const std::string parent = dest_dir_path.substr(0, dest_dir_path.rfind('/', dest_dir_path.size() - 2) + 1);
     const std::string name = dest_dir_path.substr(parent.size(), dest_dir_path.size() - parent.size() - 1);
     if (rename_file(parent, name, install_name) == 0) dest_dir_path = parent + install_name + "/";
 }
@@ -321,7 +252,7 @@ int grab_files() {
     // The last file may have failed in a stream that ended with it.
     if (stg.install_failed) return 1;
     next.all_done = 1;
-    sweep();
+    sweep_folders();
     if (this_install_has_exes && stg.rename_folder) rename_destination();
     return 1;
 }

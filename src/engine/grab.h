@@ -16,6 +16,3 @@ int grab_files();
 // Expands the row's zip and deletes it, but for a disc's. What comes out takes the old file's place only if it signs as
 // the row says. 0 or a code for error_str; is_bad_archive tells whether another server may do better.
 int extract_and_delete_file(const std::string& zip, const file_version_struct& row);
-
-// Deletes the file of a withdrawn row and marks its folders for the sweep. A failure is told to the log and the front.
-int delete_withdrawn(const file_version_struct& row);

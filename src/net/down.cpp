@@ -7,29 +7,12 @@
 #include <string_view>
 
 #include "files/error_str.h"
-#include "net/http.h"
+#include "net/proxy.h"
 #include "runtime/log.h"
 #include "runtime/product.h"
 #include "runtime/xtim.h"
 
-std::vector<std::string> gProxyExclude;
-
 static char read_block[65536];  // shared by all transfers: one of them at a time is at work
-
-bool UseProxy(const char* host, unsigned short) {
-    if (static_cast<std::uint16_t>(http.proxy_port) == 0 || http.proxy_host.empty()) return false;
-    for (const std::string& ending : gProxyExclude)
-        if (std::string_view(host).ends_with(ending)) return false;
-    return true;
-}
-
-unsigned short ProxyPort(const char* host, unsigned short port) {
-    return UseProxy(host, port) ? static_cast<unsigned short>(http.proxy_port) : port;
-}
-
-std::string ProxyHost(const char* host, unsigned short port) {
-    return UseProxy(host, port) ? http.proxy_host : host;
-}
 
 // The whole of `text` as a number without a sign, at most `top`; -1 for anything else.
 static std::int64_t whole_number(std::string_view text, std::int64_t top) {

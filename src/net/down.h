@@ -69,11 +69,6 @@ class down_class {
     std::size_t head_bytes = 0;  // of all header lines taken so far
 };
 
-bool UseProxy(const char* host, unsigned short port);
-unsigned short ProxyPort(const char* host, unsigned short port);
-std::string ProxyHost(const char* host, unsigned short port);
-extern std::vector<std::string> gProxyExclude;  // endings of hosts that are reached directly; empty here
-
 // Cuts ":port" off into `port`. A text without one, or with one that is no port, comes back whole and leaves `port` alone:
 // a look-up of the whole text then fails and names it, where another port would go unnoticed.
 std::string split_host_port(const std::string& host, unsigned short& port);

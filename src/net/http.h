@@ -39,9 +39,6 @@ class http_class {
     std::int64_t bytes_in() const;
     const std::string& last_failure() const { return failure; }  // why the last transfer failed, in plain words
 
-    std::string proxy_host;      // empty for none
-    std::string proxy_port_str;  // as typed
-    int proxy_port = 0;          // 0 for none; used as 16 bits
     down_class* slots[http_slot_count] = {};
 
   private:

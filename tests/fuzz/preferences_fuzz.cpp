@@ -5,22 +5,22 @@
 #include "engine/stg.h"
 #include "files/scan.h"
 #include "fuzz/fuzz.h"
-#include "net/http.h"
+#include "net/proxy.h"
 #include "runtime/cmdline.h"
 #include "support/scratch.h"
 
 static void forget() {
     stg = stg_t{};
-    dest_dir_path = http.proxy_host = http.proxy_port_str = "";
-    http.proxy_port = 0;
+    dest_dir_path = proxy.proxy_host = proxy.proxy_port_str = "";
+    proxy.proxy_port = 0;
 }
 
 static std::string settings() {
     std::string all;
     for (const int number :
-         {stg.use_max_cpu, stg.rename_folder, stg.stream_count, stg.log_actions, stg.always_ask_dir, http.proxy_port})
+         {stg.use_max_cpu, stg.rename_folder, stg.stream_count, stg.log_actions, stg.always_ask_dir, proxy.proxy_port})
         all += std::to_string(number) + "\n";
-    return all + dest_dir_path + "\n" + http.proxy_host + "\n" + http.proxy_port_str;
+    return all + dest_dir_path + "\n" + proxy.proxy_host + "\n" + proxy.proxy_port_str;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <tuple>
 
+#include "net/proxy.h"
 #include "runtime/log.h"
 #include "runtime/xtim.h"
 #include "support/alerts.h"
@@ -65,13 +66,13 @@ TEST_F(Http, TheRequestIsExact) {
 
 TEST_F(Http, AProxyTakesTheRequestAndTheHostIsNotLookedUp) {
     scripted_peer peer(script().send(http_reply("200 OK", "by proxy")));
-    http.proxy_host = "127.0.0.1";
-    http.proxy_port = peer.port();
+    proxy.proxy_host = "127.0.0.1";
+    proxy.proxy_port = peer.port();
     EXPECT_EQ(fetch("mirror...:8080"), net_complete);
     EXPECT_TRUE(
         peer.request(0).starts_with("GET http://mirror...:8080/x.zip HTTP/1.1\r\nConnection: close\r\nHost: "
                                     "mirror...:8080\r\n"));
-    gProxyExclude = {"a longer text than the host...", "r..."};
+    proxy.gProxyExclude = {"a longer text than the host...", "r..."};
     EXPECT_EQ(check("mirror...:8080"), net_failed);
     EXPECT_EQ(http.last_failure(), "mirror...:8080: host unknown for /x.zip");
     EXPECT_EQ(peer.request_count(), 1u);

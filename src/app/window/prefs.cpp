@@ -2,7 +2,7 @@
 
 #include "engine/stg.h"
 #include "gfx/oglp.h"
-#include "net/http.h"
+#include "net/proxy.h"
 #include "runtime/hl_string.h"
 #include "shell/pump.h"
 #include "ui/butn.h"
@@ -60,9 +60,9 @@ static void edit_general() {
 static void edit_proxy() {
     constexpr float x = 85, width = 455;
     constexpr int longest = 65;
-    BTN_enterstring(x, 40, &http.proxy_host, longest, "-proxy host", width, 0);
-    BTN_enterstring(x, 20, &http.proxy_port_str, longest, "-proxy port", width, 0);
-    if (!http.proxy_port_str.empty()) http.proxy_port = str_to_int(http.proxy_port_str);
+    BTN_enterstring(x, 40, &proxy.proxy_host, longest, "-proxy host", width, 0);
+    BTN_enterstring(x, 20, &proxy.proxy_port_str, longest, "-proxy port", width, 0);
+    if (!proxy.proxy_port_str.empty()) proxy.proxy_port = str_to_int(proxy.proxy_port_str);
 }
 
 void handle_prefs() {

@@ -1,0 +1,85 @@
+#include "engine/withdrawn.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <vector>
+
+#include "engine/front.h"
+#include "engine/stg.h"
+#include "files/error_str.h"
+#include "files/io_utils.h"
+#include "files/opensave.h"
+#include "runtime/log.h"
+#include "runtime/oops.h"
+
+bool is_fixed_folder(std::string_view folder) {
+    return std::any_of(std::begin(fixed_folders), std::end(fixed_folders), [&](std::string_view fixed) {
+        return folder.size() == fixed.size() + 1 && folder.starts_with(fixed);
+    });
+}
+
+void log_action(const char* what, const std::string& path, int result) {
+    if (stg.log_actions) xer << what << path << ", with result=" << result << ".\n";
+}
+
+// The path without its last component; what is left ends in "/", or is empty.
+static std::string folder_of(const std::string& path) {
+    return path.size() < 2 ? std::string() : path.substr(0, path.rfind('/', path.size() - 2) + 1);
+}
+
+// The folders on the way to a file may be empty now. Those that every install makes stay.
+static void mark_for_sweep(const std::string& installed) {
+    for (std::string folder = folder_of(installed); !folder.empty(); folder = folder_of(folder))
+        if (!is_fixed_folder(folder)) deleted_files.insert(dest_dir_path + folder);
+}
+
+void fail_install(const char* what, const std::string& error, const std::string& zip, const std::string& destination) {
+    stg.install_failed = 1;
+    __MACIBM_alert(0, what, "Error: " + error, zip, "Destination: " + destination, t_alert, OOPS_PLACE);
+}
+
+int delete_withdrawn(const file_version_struct& row) {
+    const std::string installed = installed_path(row);
+    const std::string destination = destination_of(row);
+    int result = 0;
+    if (!behind_shipped_link(installed)) {
+        result = destination_folder().remove_file(installed);
+        if (result == EXDEV) result = err_leads_outside;
+        log_action("now we want to nuke a file: DELETING  file ", destination, result);
+        mark_for_sweep(installed);
+        if (result == err_leads_outside)
+            fail_install("I did not delete a file that I no longer want to have!", error_str(result), "", destination);
+        else if (show_del_err(result))
+            __MACIBM_alert(0, "Could not delete a file that I no longer want to have!", error_str(result), destination,
+                           "", t_alert, OOPS_PLACE);
+    }
+    ++next.files_done;
+    front.file_finished(action_deleting, installed, result);
+    return result;
+}
+
+// A run that was killed between the last file of a folder and the sweep leaves the folder to the next one.
+static void mark_what_an_earlier_run_emptied() {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
+        const file_version_struct& row = sim_info[file].back();
+        if (is_gone(row) && row.sig_have == "NONE" && is_wanted(static_cast<int>(file)))
+            mark_for_sweep(installed_path(row));
+    }
+}
+
+void sweep_folders() {
+    mark_what_an_earlier_run_emptied();
+    const beneath_folder root = destination_folder();
+    for (auto folder = deleted_files.rbegin(); folder != deleted_files.rend(); ++folder) {
+        std::vector<std::string> names;
+        std::vector<int> kinds;
+        struct stat facts;
+        const std::string below = folder->substr(dest_dir_path.size(), folder->size() - dest_dir_path.size() - 1);
+        if (root.look(below, facts) != 0 || !S_ISDIR(facts.st_mode)) continue;
+        if (opensave_getitems(*folder, kind_any, names, kinds) > 0) continue;
+        log_action("cleanup: DELETING  file ", *folder, root.remove_folder(below));
+    }
+}

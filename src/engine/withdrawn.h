@@ -1,0 +1,26 @@
+// withdrawn.h: files that a release took back: how they are deleted, and the folders that this leaves empty.
+// Threads: main thread only.
+#pragma once
+
+#include <string>
+
+#include "engine/directory.h"
+
+// What the simulator expects to find, whether a file is installed there or not: below the destination, no "/" at the end.
+inline constexpr const char* fixed_folders[] = {
+    "Output",    "Output/FMS plans",     "Output/logbooks", "Output/movies", "Output/situations",
+    "Resources", "Resources/preferences"};
+// A folder that every install makes; `folder` with its "/".
+bool is_fixed_folder(std::string_view folder);
+
+// Deletes the file of a withdrawn row and marks its folders for the sweep. A failure is told to the log and the front.
+int delete_withdrawn(const file_version_struct& row);
+
+// Removes the marked folders that have become empty, children before their parents.
+void sweep_folders();
+
+// One line in the log for a file action, where the user wants them.
+void log_action(const char* what, const std::string& path, int result);
+
+// The install has failed: the flag, and an alert.
+void fail_install(const char* what, const std::string& error, const std::string& zip, const std::string& destination);
