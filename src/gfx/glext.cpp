@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
-#include "gfx/glext_names.h"
-#include "gfx/oglp.h"
 #include "display/display.h"
+#include "gfx/glext_names.h"
+#include "gfx/ren.h"
 #include "runtime/cmdline.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
@@ -72,6 +72,23 @@ constexpr switch_row switch_rows[] = {
     {"--no_fbos", {&OGL_extensions::framebuf_avail}},
     {"--no_threaded_ogl", {&OGL_extensions::threaded_avail}},
     {"--no_sblend", {&OGL_extensions::sblend_avail}},
+};
+
+// What is looked up together: where one entry point of a group is missing, its features are off.
+struct glext_group {
+    const entry_point_names& names;
+    flag features[2];  // that need them; the second may be null
+};
+constexpr glext_group glext_groups[] = {
+    {buffer_entry_points, {&OGL_extensions::vbo_avail}},
+    {program_entry_points, {&OGL_extensions::vprog_avail, &OGL_extensions::fprog_avail}},
+    {attribute_entry_points, {&OGL_extensions::vprog_avail}},
+    {query_entry_points, {&OGL_extensions::occlude_avail}},
+    {shader_entry_points, {&OGL_extensions::shad_objs_avail}},
+    {vertex_shader_entry_points, {&OGL_extensions::vshader_avail}},
+    {framebuffer_entry_points, {&OGL_extensions::framebuf_avail}},
+    {compression_entry_points, {&OGL_extensions::tex_comp_avail}},
+    {blend_entry_points, {&OGL_extensions::sblend_avail}},
 };
 
 // What the driver tells of its programs and shaders; for the log.
@@ -142,7 +159,7 @@ void* find_proc(const char* name) {
 }
 
 bool wanted(const OGL_extensions& ext, const glext_group& group) {
-    return ext.*group.flags[0] || (group.flags[1] && ext.*group.flags[1]);
+    return ext.*group.features[0] || (group.features[1] && ext.*group.features[1]);
 }
 
 void look_up_group(OGL_extensions& ext, const glext_group& group) {
@@ -155,8 +172,8 @@ void look_up_group(OGL_extensions& ext, const glext_group& group) {
         whole = false;
     }
     if (whole) return;
-    ext.*group.flags[0] = 0;
-    if (group.flags[1]) ext.*group.flags[1] = 0;
+    ext.*group.features[0] = 0;
+    if (group.features[1]) ext.*group.features[1] = 0;
 }
 
 void look_up_entry_points(OGL_extensions& ext) {

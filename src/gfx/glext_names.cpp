@@ -122,16 +122,12 @@ static constexpr const char* blend_names[] = {
     "glBlendEquationSeparateEXT",
 };
 
-// clang-format off
-const glext_group glext_groups[] = {
-    {buffer_names, {&OGL_extensions::vbo_avail}},
-    {program_names, {&OGL_extensions::vprog_avail, &OGL_extensions::fprog_avail}},
-    {attribute_names, {&OGL_extensions::vprog_avail}},
-    {query_names, {&OGL_extensions::occlude_avail}},
-    {shader_names, {&OGL_extensions::shad_objs_avail}},
-    {vertex_shader_names, {&OGL_extensions::vshader_avail}},
-    {framebuffer_names, {&OGL_extensions::framebuf_avail}},
-    {compression_names, {&OGL_extensions::tex_comp_avail}},
-    {blend_names, {&OGL_extensions::sblend_avail}},
-};
-// clang-format on
+const entry_point_names buffer_entry_points = buffer_names;
+const entry_point_names program_entry_points = program_names;
+const entry_point_names attribute_entry_points = attribute_names;
+const entry_point_names query_entry_points = query_names;
+const entry_point_names shader_entry_points = shader_names;
+const entry_point_names vertex_shader_entry_points = vertex_shader_names;
+const entry_point_names framebuffer_entry_points = framebuffer_names;
+const entry_point_names compression_entry_points = compression_names;
+const entry_point_names blend_entry_points = blend_names;

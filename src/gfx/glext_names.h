@@ -1,13 +1,16 @@
-// glext_names.h: the entry points that an extension brings, by name. Private to glext*.cpp.
+// glext_names.h: the entry points that an extension brings, by name, a group for each extension. Private to glext.cpp.
 #pragma once
 
 #include <span>
 
-#include "gfx/glext.h"
+using entry_point_names = std::span<const char* const>;
 
-struct glext_group {
-    std::span<const char* const> names;
-    int OGL_extensions::*flags[2];  // the features that need them; the second may be null
-};
-constexpr int glext_group_count = 9;
-extern const glext_group glext_groups[glext_group_count];
+extern const entry_point_names buffer_entry_points;
+extern const entry_point_names program_entry_points;    // of vertex and of fragment programs
+extern const entry_point_names attribute_entry_points;  // of vertex programs
+extern const entry_point_names query_entry_points;
+extern const entry_point_names shader_entry_points;
+extern const entry_point_names vertex_shader_entry_points;
+extern const entry_point_names framebuffer_entry_points;
+extern const entry_point_names compression_entry_points;
+extern const entry_point_names blend_entry_points;

@@ -7,8 +7,6 @@
 #include "gfx/colr.h"
 #include "gfx/tman.h"
 
-ren_t ren;
-
 static constexpr int most_tex_units = 8;
 static constexpr int first_untinted = 46;
 

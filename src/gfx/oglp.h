@@ -7,6 +7,7 @@
 #pragma once
 
 #include "gfx/mnw.h"
+#include "gfx/ren.h"
 
 // The states of OGL_setstate, each a constant, so that a call reads as a list of states.
 enum : int {
@@ -27,14 +28,6 @@ enum : int {
 void OGL_setstate(int fog, int tex_units, int lit, int alpha, int depth_read, int depth_write);
 void OGL_recover();       // to a state in which a screen can be drawn, from the middle of any drawing: an alert came up
 void OGL_forget_state();  // the context is a new one: the cache is read again at the next call
-
-struct ren_t {
-    float alpha_scale = 1.0f;
-    int green_only = 0;
-    const char *vendor = "", *renderer = "", *version = "", *extensions = "";
-    int tex_units = 1;  // that the driver offers
-};
-extern ren_t ren;
 
 void OGL_pix_specs(int which);                                  // scale, surface and viewport for the current window
 void OGL_viewport(int mode);                                    // 2: orthographic on the surface

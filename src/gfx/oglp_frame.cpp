@@ -5,12 +5,12 @@
 #include <cmath>
 #include <string>
 
+#include "display/display.h"
 #include "files/io_utils.h"
 #include "gfx/glext.h"
-#include "gfx/oglp.h"
 #include "gfx/images/tex.h"
+#include "gfx/oglp.h"
 #include "gfx/tman.h"
-#include "display/display.h"
 #include "runtime/xtim.h"
 
 void (*OGL_swap)() = display_swap;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "gfx/tex_bind.h"
 #include "gfx/tman_load.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
@@ -37,21 +38,10 @@ class table_lock {
     }
 };
 
-constexpr int units_remembered = 8;
-struct bound_texture {
-    int tex_id = -1, env = -1;  // -1: not known
-};
-bound_texture bound[units_remembered];
-
-void forget_bound(unsigned tex_id) {
-    for (bound_texture& unit : bound)
-        if (unit.tex_id == static_cast<int>(tex_id)) unit = {};
-}
-
 void drop_texture(tman_class::ref_dat_struct& row) {
     if (row.tex_id) {
         glDeleteTextures(1, &row.tex_id);
-        forget_bound(row.tex_id);
+        TEX_forget_bound(row.tex_id);
     }
     row.tex_id = 0;
     row.byte_count = 0;
@@ -94,16 +84,6 @@ void tell_missing_file(const tman_class::ref_dat_struct& row) {
 }
 
 }  // namespace
-
-void TEX_bind_ref(int tex_id, int unit, int env) {
-    const bool remembered = unit >= 0 && unit < units_remembered;
-    if (remembered && bound[unit].tex_id == tex_id && bound[unit].env == env) return;
-    if (unit > 0) glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-    if (!remembered || bound[unit].tex_id != tex_id) glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(tex_id));
-    if (!remembered || bound[unit].env != env) glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-    if (unit > 0) glActiveTexture(GL_TEXTURE0);
-    if (remembered) bound[unit] = {tex_id, env};
-}
 
 tman_class::ref_dat_struct& tman_class::row_of(int ref) {
     if (ref < 0 || static_cast<std::size_t>(ref) >= ref_dat.size())
@@ -286,10 +266,6 @@ int tman_class::tot_vram() const {
     return bytes;
 }
 
-void tman_class::reset_bind() {
-    std::fill(std::begin(bound), std::end(bound), bound_texture());
-}
-
 void tman_class::forget_textures() {
     const table_lock lock;
     for (ref_dat_struct& row : ref_dat) {
@@ -297,11 +273,4 @@ void tman_class::forget_textures() {
         drop_texture(row);
     }
     reset_bind();
-}
-
-void tman_class::set_blend_level(int unit, float level) {
-    const float colour[4] = {level, level, level, level};
-    if (unit > 0) glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
-    glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, colour);
-    if (unit > 0) glActiveTexture(GL_TEXTURE0);
 }

@@ -9,6 +9,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "gfx/tex_bind.h"
+#include "gfx/tex_flags.h"
+
 enum : int {
     tex_atlas = 388,
     tex_installer = 389,
@@ -18,26 +21,6 @@ enum : int {
     tex_auto = 1131
 };
 enum : int { load_now = 100, load_on_bind = 101, load_never = 102 };
-enum : int {
-    tex_fmt_rgba = 2,
-    tex_fmt_alpha = 3,
-    tex_fmt_rgb = 4,
-    tex_fmt_rgba_too = 5,
-    tex_fmt_depth = 6,
-    tex_fmt_mask = 7,
-    tex_mipmap = 8,
-    tex_clamp = 16,
-    tex_clamp_x = 32,
-    tex_double = 64,
-    tex_half = 128,
-    tex_full = 256,
-    tex_keep_scratch = 512,
-    tex_no_effect = 1024,
-    tex_float16 = 2048,
-    tex_sized8 = 4096,
-    tex_any_size = 8192
-};
-constexpr int fail_is_fatal = 4;
 extern const char* const scratch_name;  // "scratch_array:hardwired textures"
 
 class tman_class {
@@ -67,10 +50,10 @@ class tman_class {
     void force_load_tex(int ref);   // now, if it is not loaded
     int total_texes() const;
     int loaded_texes() const;
-    int tot_vram() const;    // bytes
-    void reset_bind();       // forgets what is bound
+    int tot_vram() const;  // bytes
+    void reset_bind() { TEX_forget_bound(); }
     void forget_textures();  // the context is gone, and the names with it
-    void set_blend_level(int unit, float level);
+    void set_blend_level(int unit, float level) { TEX_set_blend_level(unit, level); }
     const ref_dat_struct* record(int ref) const;  // null if there is none
 
     // A flag for each class of fail mode: 4 installer, others scenery and aircraft; none rises here.
@@ -100,7 +83,3 @@ class tman_class {
     std::unordered_multimap<unsigned, int> tex_hash;  // hash of the name to the reference
 };
 extern tman_class tman;
-
-// Skips what is bound already. Every `env` modulates by the current colour; a changed one is set again.
-void TEX_bind_ref(int tex_id, int unit, int env);
-void check_dxy(int dx, int dy, const std::string& name);  // each from 1 to 2048, or fatal

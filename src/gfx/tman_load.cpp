@@ -8,7 +8,7 @@
 
 #include "gfx/glext.h"
 #include "gfx/mnw.h"
-#include "gfx/tman.h"
+#include "gfx/tex_bind.h"
 #include "runtime/cmdline.h"
 #include "runtime/oops.h"
 

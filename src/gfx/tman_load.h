@@ -5,6 +5,7 @@
 #include <string>
 
 #include "gfx/images/tex.h"
+#include "gfx/tex_flags.h"
 
 struct tex_load_vars {
     int fail_mode = 0;
@@ -18,6 +19,7 @@ struct tex_load_vars {
 bool is_scratch_name(const std::string& name);
 int tex_bytes_per_pixel(int flags);  // 0 for a format that there is not
 int tex_gl_format(int flags);
+void check_dxy(int dx, int dy, const std::string& name);  // each from 1 to 2048, or fatal
 
 int load_texture_io(tex_load_vars& load);  // the pixels; 0 if no file could be read
 void TEX_get_scale(tex_load_vars& load);   // the sizes, and the pixels scaled down to them

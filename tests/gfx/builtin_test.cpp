@@ -6,8 +6,8 @@
 
 #include "gfx/colr.h"
 #include "gfx/gl_window.h"
-#include "gfx/oglp.h"
 #include "gfx/images/tex.h"
+#include "gfx/oglp.h"
 
 TEST(builtin, pictures_are_those_of_the_art_and_leave_the_atlas_with_its_colours) {
     static constexpr const char* names[] = {"installer_sheet", "background_1", "background_2", "interface_atlas"};

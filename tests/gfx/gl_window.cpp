@@ -12,10 +12,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "display/display.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/tman.h"
-#include "display/display.h"
 
 // Read by the leak checker of a build that has one: what the window's libraries keep for themselves is not ours.
 extern "C" const char* __lsan_default_suppressions() {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "gfx/colr.h"
 #include "gfx/fixtures/fixtures.h"
 #include "gfx/images/tex.h"
 
@@ -76,13 +75,14 @@ TEST(tex_s3tc, converts_between_layouts_and_refuses_what_does_not_fit) {
 TEST(tex_s3tc, gamma_keeps_the_order_of_the_ends) {
     const auto first_is_larger = [](const bytes& b) { return b[0] + 256 * b[1] > b[2] + 256 * b[3]; };
     const bytes blocks = random_bytes(24000, 11);
+    unsigned char table[256];
     for (const int floor : {0, 130, 200, 256}) {
         for (int i = 0; i < 256; ++i)
-            colr.gamma[i] = static_cast<unsigned char>(i < floor ? 0 : i * i / 255);
+            table[i] = static_cast<unsigned char>(i < floor ? 0 : i * i / 255);
         for (std::size_t at = 0; at < blocks.size(); at += 8) {
             const bytes block(&blocks[at], &blocks[at] + 8);
             bytes out = block;
-            nv_gamma_correct(out.data());
+            nv_gamma_correct(out.data(), table);
             ASSERT_EQ(first_is_larger(out), first_is_larger(block)) << at;
             ASSERT_TRUE(std::equal(out.begin() + 4, out.end(), block.begin() + 4));
         }

@@ -71,8 +71,8 @@ void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int x_factor, in
 void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels);
 // Alpha 0 where the three differences from `rgb` sum up to less than `tolerance`. RGBA only; others stay as they are.
 void TEX_chroma_key(const TEX_image_desc& desc, unsigned char* pixels, const unsigned char rgb[3], int tolerance);
-// The two end colours of one block of colours, by the table of colr. Their order stays, and so the block's mode.
-void nv_gamma_correct(unsigned char* block);
+// The two end colours of one block of colours, each channel by a table of 256. Their order stays, and so the block's mode.
+void nv_gamma_correct(unsigned char* block, const unsigned char* table);
 
 struct TEX_rect {
     int x, y, dx, dy;

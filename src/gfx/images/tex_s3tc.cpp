@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <utility>
 
-#include "gfx/colr.h"
 #include "gfx/images/tex.h"
 #include "gfx/images/tex_levels.h"
 
@@ -68,16 +67,15 @@ static unsigned DecColor565(unsigned colour, unsigned ceiling) {
     return colour;
 }
 
-static unsigned gamma_565(unsigned colour) {
+static unsigned gamma_565(unsigned colour, const unsigned char* table) {
     const unsigned r = colour >> 11, g = colour >> 5 & 63, b = colour & 31;
-    const unsigned char* table = colr.gamma;
     return unsigned{table[r << 3 | r >> 2]} >> 3 << 11 | unsigned{table[g << 2 | g >> 4]} >> 2 << 5 |
            unsigned{table[b << 3 | b >> 2]} >> 3;
 }
 
-void nv_gamma_correct(unsigned char* block) {
+void nv_gamma_correct(unsigned char* block, const unsigned char* table) {
     const unsigned before[2] = {block[0] | unsigned{block[1]} << 8, block[2] | unsigned{block[3]} << 8};
-    unsigned end[2] = {gamma_565(before[0]), gamma_565(before[1])};
+    unsigned end[2] = {gamma_565(before[0], table), gamma_565(before[1], table)};
     const bool first_leads = before[0] > before[1];
     if (first_leads != (end[0] > end[1])) {
         // The order chooses between four colours and three with a transparent one, so it has to stay.

@@ -1,0 +1,3 @@
+#include "gfx/ren.h"
+
+ren_t ren;
