@@ -33,7 +33,18 @@ bool display_make_context(int samples, context_facts& facts);
 void display_swap();
 void* display_proc_address(const char* name);  // an entry point by name, null if there is none
 
-enum class display_event_kind { key_down, key_up, key_repeat, mouse_down, mouse_up, wheel, redraw, activated, quit };
+enum class display_event_kind {
+    key_down,
+    key_up,
+    key_repeat,
+    mouse_down,
+    mouse_up,
+    wheel,
+    redraw,
+    activated,
+    display_changed,  // another display, or another size or depth of it: what was drawn with may be gone
+    quit
+};
 struct display_event {
     display_event_kind kind;
     int x = 0, y = 0;             // of a press or release, the event's own position

@@ -87,7 +87,12 @@ static void take_other(const SDL_Event& from, std::vector<display_event>& events
         }
         case SDL_WINDOWEVENT:
             if (from.window.event == SDL_WINDOWEVENT_EXPOSED) events.push_back({display_event_kind::redraw});
+            if (from.window.event == SDL_WINDOWEVENT_DISPLAY_CHANGED)
+                events.push_back({display_event_kind::display_changed});
             if (from.window.event == SDL_WINDOWEVENT_FOCUS_GAINED) events.push_back({display_event_kind::activated});
+            return;
+        case SDL_DISPLAYEVENT:
+            events.push_back({display_event_kind::display_changed});
             return;
         case SDL_QUIT:
             events.push_back({display_event_kind::quit});

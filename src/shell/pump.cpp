@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "display/display.h"
+#include "display/virtual_keys.h"
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -24,9 +25,12 @@ constexpr int tick_ms = 17, alert_wait_ms = 167;  // one and ten ticks of a sixt
 constexpr float click_seconds = 0.25f;
 constexpr float help_after_seconds = 1, hide_after_seconds = 10;
 
-bool quit_wanted = false;
-int windows_opened = 0;
-bool in_update = false;  // a modal loop inside the application's update pumps frames of its own
+// Of the process; none of it is ever reset.
+struct {
+    bool quit_wanted;    // the desktop asked for the end; stays set
+    int windows_opened;  // a count
+    bool in_update;      // a modal loop inside the application's update pumps frames of its own
+} pump{};
 
 // Logical windows that are smaller than the canvas; all of them are modal.
 const struct {
@@ -55,6 +59,9 @@ void handle_key(const display_event& event, int event_kind) {
     mnw.key_held = event_kind != key_kind_up;
     mnw.key_event |= mnw.key_held;
     keys.handle_key_raw(event_kind, event.vkey, event.character, event.shift, event.alt, event.control);
+    const bool is_function_key = event.vkey >= vk_f1 && event.vkey <= vk_f24;
+    if (is_function_key && event_kind == key_kind_down && shell_hooks.function_key)
+        shell_hooks.function_key(event.vkey);
 }
 
 void handle_event(const display_event& event) {
@@ -80,7 +87,11 @@ void handle_event(const display_event& event) {
             mnw.wheel_delta += event.wheel;
             break;
         case display_event_kind::quit:
-            quit_wanted = true;
+            pump.quit_wanted = true;
+            break;
+        case display_event_kind::display_changed:
+            MACIBM_setres(1);
+            MACIBM_remake_context();
             break;
         case display_event_kind::redraw:
         case display_event_kind::activated:
@@ -126,14 +137,14 @@ void update_clock() {
 }
 
 void take_quit() {
-    if (quit_wanted && mnw.modal_wind && mnw.wind_id != wind_alert) MACIBM_startwind(wind_main, 0);
+    if (pump.quit_wanted && mnw.modal_wind && mnw.wind_id != wind_alert) MACIBM_startwind(wind_main, 0);
 }
 
 void update_application() {
-    if (mnw.modal_wind || in_update || !shell_hooks.update) return;
-    in_update = true;
+    if (mnw.modal_wind || pump.in_update || !shell_hooks.update) return;
+    pump.in_update = true;
     shell_hooks.update();
-    in_update = false;
+    pump.in_update = false;
     xtim.xtim_running = 0;
 }
 
@@ -164,11 +175,11 @@ void draw_cursor(int code) {
 }  // namespace
 
 int MACIBM_windows_opened() {
-    return windows_opened;
+    return pump.windows_opened;
 }
 
 int quit_requested() {
-    return quit_wanted;
+    return pump.quit_wanted;
 }
 
 void mouse_help_per_wind(int number) {
@@ -181,7 +192,7 @@ void mouse_help_per_wind(int number) {
 }
 
 void MACIBM_startwind(int number, int) {
-    ++windows_opened;
+    ++pump.windows_opened;
     plot_init_lights = 1;
     mouse_help_per_wind(number);
     OGL_viewport(2);

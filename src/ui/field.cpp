@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <memory>
 
 #include "display/virtual_keys.h"
 #include "gfx/colr.h"
@@ -55,17 +56,22 @@ int type_into_box(char* text, int max, int& caret, int character) {
     return 1;
 }
 
-// What the engine works on: set anew by the field that it serves, in every frame.
-float OGLE_x, OGLE_y, OGLE_entry_dx;
-std::string* OGLE_input;
-float OGLE_dx, OGLE_dy;  // scroll
-int OGLE_edit;           // the text was changed
+// All fields share one engine, as only the one that has the keyboard needs it.
+struct {
+    // What the callbacks work on: set by each field when it is drawn, and no longer valid when it has been.
+    float OGLE_x, OGLE_y, OGLE_entry_dx;
+    std::string* OGLE_input;
+    int OGLE_edit;  // the text was changed
 
-// The engine, and whom it served last: 0 for none.
-OGLE_Rec* ogle;
-int focused_field_id;
-int served_frame;
-bool pressed_inside;  // the mouse button that is held went down in the field
+    // Of the field that has the keyboard, from one frame to the next.
+    int focused_field_id;  // the one served last, 0 for none
+    int served_frame;
+    float OGLE_dx, OGLE_dy;  // scroll
+    bool pressed_inside;     // the mouse button that is held went down in the field
+
+    // From the first field drawn to the end of the run.
+    std::unique_ptr<OGLE_Rec, void (*)(OGLE_Rec*)> ogle{nullptr, OGLE_Destroy};
+} host{};
 
 float width_of(const char* begin, const char* end) {
     return text_width({begin, static_cast<std::size_t>(end - begin)});
@@ -89,17 +95,17 @@ void draw_selection(float* rect) {
 }
 
 void visible_bounds(float* bounds) {
-    bounds[0] = OGLE_x;
-    bounds[1] = OGLE_y - below;
-    bounds[2] = OGLE_x + OGLE_entry_dx;
+    bounds[0] = host.OGLE_x;
+    bounds[1] = host.OGLE_y - below;
+    bounds[2] = host.OGLE_x + host.OGLE_entry_dx;
     bounds[3] = bounds[1] + field_line;
 }
 
 void logical_bounds(float* bounds) {
     visible_bounds(bounds);
-    bounds[2] += std::max(room_right, text_width(*OGLE_input));
+    bounds[2] += std::max(room_right, text_width(*host.OGLE_input));
     for (int i = 0; i < 4; ++i)
-        bounds[i] -= i % 2 ? OGLE_dy : OGLE_dx;
+        bounds[i] -= i % 2 ? host.OGLE_dy : host.OGLE_dx;
 }
 
 const OGLE_callbacks OGLE_cbs = {
@@ -107,17 +113,17 @@ const OGLE_callbacks OGLE_cbs = {
     [](OGLE_Rec*, float* bounds) { logical_bounds(bounds); },
     [](OGLE_Rec*, float) {},
     [](OGLE_Rec*, float* xy) {
-        OGLE_dx = xy[0];
-        OGLE_dy = xy[1];
+        host.OGLE_dx = xy[0];
+        host.OGLE_dy = xy[1];
     },
     [](OGLE_Rec*, const char** begin, const char** end) {
-        *begin = OGLE_input->data();
-        *end = *begin + OGLE_input->size();
+        *begin = host.OGLE_input->data();
+        *end = *begin + host.OGLE_input->size();
     },
     [](OGLE_Rec*, int start, int end, const char* begin, const char* end_of_new) {
-        OGLE_edit = 1;
-        OGLE_input->replace(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start), begin,
-                            static_cast<std::size_t>(end_of_new - begin));
+        host.OGLE_edit = 1;
+        host.OGLE_input->replace(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start), begin,
+                                 static_cast<std::size_t>(end_of_new - begin));
     },
     [](OGLE_Rec*) { return field_line; },
     [](OGLE_Rec*, const char* begin, const char* end) { return width_of(begin, end); },
@@ -137,58 +143,63 @@ const OGLE_callbacks OGLE_cbs = {
     },
 };
 
+OGLE_Rec* engine() {
+    if (!host.ogle) host.ogle.reset(OGLE_Create(&OGLE_cbs, nullptr));
+    return host.ogle.get();
+}
+
 void take_keys(key_slots& slots, int id, int max_chars) {
     slots.drain(id, [](int character, int, int flags) {
         if (is_printable(character) || is_caret_key(character))
-            OGLE_Key(ogle, static_cast<char>(character), flags & key_shift);
+            OGLE_Key(engine(), static_cast<char>(character), flags & key_shift);
     });
     const auto most = static_cast<std::size_t>(std::max(max_chars, 0));
-    if (!OGLE_edit || OGLE_input->size() <= most) return;
-    OGLE_input->resize(most);
+    if (!host.OGLE_edit || host.OGLE_input->size() <= most) return;
+    host.OGLE_input->resize(most);
     int start = 0, end = 0;
-    OGLE_GetSelection(ogle, &start, &end);
-    OGLE_Repaginate(ogle);
-    OGLE_SetSelection(ogle, start, end);  // held to what is left
-    OGLE_RevealSelection(ogle);
+    OGLE_GetSelection(engine(), &start, &end);
+    OGLE_Repaginate(engine());
+    OGLE_SetSelection(engine(), start, end);  // held to what is left
+    OGLE_RevealSelection(engine());
 }
 
 // The program may have changed the text since the last frame.
 void follow_text() {
-    OGLE_Repaginate(ogle);
-    const bool shrank = ogle->sel_end > static_cast<int>(OGLE_input->size());
-    if (shrank) OGLE_RevealSelection(ogle);
+    OGLE_Repaginate(engine());
+    const bool shrank = engine()->sel_end > static_cast<int>(host.OGLE_input->size());
+    if (shrank) OGLE_RevealSelection(engine());
 }
 
 // The field has the keyboard. `clicked`: by a press in it, in this frame.
 void serve(key_slots& slots, int id, int max_chars, bool clicked) {
     // The keyboard may have been elsewhere while the field was off the screen.
-    const bool stayed = focused_field_id == id && xtim.frame_count - served_frame <= 1;
-    focused_field_id = id;
-    served_frame = xtim.frame_count;
+    const bool stayed = host.focused_field_id == id && xtim.frame_count - host.served_frame <= 1;
+    host.focused_field_id = id;
+    host.served_frame = xtim.frame_count;
     follow_text();
     if (!stayed) {
-        OGLE_dx = OGLE_dy = 0;
-        if (!clicked) OGLE_SetSelection(ogle, 0, static_cast<int>(OGLE_input->size()));
+        host.OGLE_dx = host.OGLE_dy = 0;
+        if (!clicked) OGLE_SetSelection(engine(), 0, static_cast<int>(host.OGLE_input->size()));
     }
-    if (clicked) OGLE_Click(ogle, mnw.mouse_x, mnw.mouse_y, 0);
-    pressed_inside = clicked || (pressed_inside && stayed && mnw.mouse_held);
-    if (pressed_inside && mnw.mouse_held) OGLE_Drag(ogle, mnw.mouse_x, mnw.mouse_y);
+    if (clicked) OGLE_Click(engine(), mnw.mouse_x, mnw.mouse_y, 0);
+    host.pressed_inside = clicked || (host.pressed_inside && stayed && mnw.mouse_held);
+    if (host.pressed_inside && mnw.mouse_held) OGLE_Drag(engine(), mnw.mouse_x, mnw.mouse_y);
     take_keys(slots, id, max_chars);
 }
 
 // Keys that were typed just before the keyboard went to another field, which may have been served in this frame already.
 void serve_late(key_slots& slots, int id, int max_chars) {
-    const OGLE_Rec of_other = *ogle;
-    const float dx = OGLE_dx, dy = OGLE_dy;
-    const bool mine = focused_field_id == id;
+    const OGLE_Rec of_other = *engine();
+    const float dx = host.OGLE_dx, dy = host.OGLE_dy;
+    const bool mine = host.focused_field_id == id;
     follow_text();
-    const int size = static_cast<int>(OGLE_input->size());
-    if (!mine) OGLE_SetSelection(ogle, size, size);
+    const int size = static_cast<int>(host.OGLE_input->size());
+    if (!mine) OGLE_SetSelection(engine(), size, size);
     take_keys(slots, id, max_chars);
     if (mine) return;
-    *ogle = of_other;
-    OGLE_dx = dx;
-    OGLE_dy = dy;
+    *engine() = of_other;
+    host.OGLE_dx = dx;
+    host.OGLE_dy = dy;
 }
 
 }  // namespace
@@ -200,18 +211,17 @@ int BTN_enterstring(float x, float y, std::string* text, int max_chars, const st
     const bool clicked = pressed_in(x, y, x + width, y + 8);
     const int take = clicked || (auto_focus && BTN_no_focus_yet());
     const bool focused = slots.join_ring(id, field_accept, take);
-    if (!ogle) ogle = OGLE_Create(&OGLE_cbs, nullptr);
-    OGLE_edit = 0;
-    OGLE_x = x;
-    OGLE_y = y;
-    OGLE_entry_dx = width;
-    OGLE_input = text;
+    host.OGLE_edit = 0;
+    host.OGLE_x = x;
+    host.OGLE_y = y;
+    host.OGLE_entry_dx = width;
+    host.OGLE_input = text;
     const std::string before = *text;
     if (focused)
         serve(slots, id, max_chars, clicked);
     else if (slots.hold_some_of(id))
         serve_late(slots, id, max_chars);
-    if (!focused && focused_field_id == id) focused_field_id = 0;
+    if (!focused && host.focused_field_id == id) host.focused_field_id = 0;
 
     const label_parts parts = expand_label(label);
     help_in(x, y, x + width, y + 8, parts.help);
@@ -219,11 +229,11 @@ int BTN_enterstring(float x, float y, std::string* text, int max_chars, const st
     draw_side_labels(x - 12, x + width + 6, y, parts);
     OGL_scissors(x - 1, y - 3, width + 2, field_line);
     if (focused)
-        OGLE_Draw(ogle, 1);
+        OGLE_Draw(engine(), 1);
     else
         OGL_string(text_colour, x, y, *text, 9999, charset_text, align_left);
     OGL_scissors_end();
-    OGLE_input = nullptr;
+    host.OGLE_input = nullptr;
     return *text != before;
 }
 

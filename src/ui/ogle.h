@@ -6,6 +6,8 @@
 // Errors: none; selections are always held to the text.
 #pragma once
 
+#include <memory>
+
 #include "ui/ogle_rec.h"
 
 OGLE_Rec* OGLE_Create(const OGLE_callbacks* cbs, void* ref);
@@ -28,8 +30,8 @@ void* OGLE_GetRef(OGLE_Rec* rec);
 // of that name.
 class OGLE {
   public:
-    OGLE() : rec(OGLE_Create(&to_methods, this)) {}
-    virtual ~OGLE() { OGLE_Destroy(rec); }
+    OGLE() : own(OGLE_Create(&to_methods, this), OGLE_Destroy), rec(own.get()) {}
+    virtual ~OGLE() = default;
     OGLE(const OGLE&) = delete;
     OGLE& operator=(const OGLE&) = delete;
 
@@ -60,7 +62,11 @@ class OGLE {
     virtual void DrawSelectionCB(float* rect) = 0;
     virtual const char* WordBreakCB(const char* begin, const char* end) = 0;
 
-    OGLE_Rec* rec;
+  private:
+    std::unique_ptr<OGLE_Rec, void (*)(OGLE_Rec*)> own;
+
+  protected:
+    OGLE_Rec* const rec;
 
   private:
     static const OGLE_callbacks to_methods;

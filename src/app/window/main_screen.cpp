@@ -21,9 +21,8 @@
 namespace {
 
 constexpr float base_x1 = 132, base_x2 = 1016;  // the progress bar
-constexpr int globe_first = 8, globe_last = 23, globe_at_rest = 21;
 
-int globe_frame = globe_first;
+int globe_frame = icon_globe_first;
 
 void draw_text(const std::string& text, float x, float y, float wrap, int colour = colour_text) {
     OGL_string(colour, x, y, text, wrap, charset_text, align_left);
@@ -38,7 +37,7 @@ int draw_destination() {
         "destination you wish to install a new copy of Velaris to!",
         134, 112, 9999);
     if (stg.install_state == install_running) return 0;
-    const int on_button = interface_rect(10, 78, 513, 166, 126, 22, 1, tint_green);
+    const int on_button = interface_button(10, 78, sprite_destination, 1, tint_green);
     return on_button || pressed_in(135, 79, 435, 99);
 }
 
@@ -60,18 +59,18 @@ void draw_servers() {
 int draw_install() {
     if (stg.install_state != install_idle) return 0;
     const bool live = flow_install_is_live();
-    return interface_rect(450, 78, 640, 166, 83, 22, live, live ? tint_green : tint_red) && live;
+    return interface_button(450, 78, sprite_install, live, live ? tint_green : tint_red) && live;
 }
 
 void turn_globe() {
     if (stg.install_state != install_running)
-        globe_frame = globe_at_rest;
+        globe_frame = icon_globe_at_rest;
     else if (xtim.once_act[ot10])
-        globe_frame = globe_frame == globe_last ? globe_first : globe_frame + 1;
+        globe_frame = globe_frame == icon_globe_last ? icon_globe_first : globe_frame + 1;
 }
 
 void draw_header() {
-    interface_rect(0, 595, 644, 33, 128, 86, 0, tint_white);
+    interface_button(0, 595, sprite_logo, 0, tint_white);
     interface_icon(29, 608, globe_frame);
     if (install_name != no_install_name) {
         BTN_frame2(box_picture, 135, 600, 790, 72, fit_text("NET: " + install_name, 770, 1));
@@ -108,8 +107,8 @@ static void draw_screen() {
     if (BTN_action(50, 750, -1, 0, 1, "preferences", "-")) handle_prefs();
     draw_header();
     if (draw_install()) flow_install();
-    if (interface_rect(700, 78, 822, 235, 116, 22, 1, tint_green)) go_to_URL(shop_url);
-    if (interface_rect(960, 78, 780, 166, 51, 22, 1, tint_green) || quit_requested()) flow_quit();
+    if (interface_button(700, 78, sprite_shop, 1, tint_green)) go_to_URL(shop_url);
+    if (interface_button(960, 78, sprite_quit, 1, tint_green) || quit_requested()) flow_quit();
     if (stg.install_state == install_running) flow_file_work();
     flow_disk_space();
     draw_status();

@@ -25,8 +25,8 @@ static void draw_agreement() {
         agreed = yes;
         MACIBM_startwind(wind_main, 0);
     };
-    if (interface_rect(300, 10, 832, 166, 85, 22, 1, tint_green)) answer(false);
-    if (interface_rect(400, 10, 918, 166, 59, 22, 1, tint_green)) answer(true);
+    if (interface_button(300, 10, sprite_refuse, 1, tint_green)) answer(false);
+    if (interface_button(400, 10, sprite_agree, 1, tint_green)) answer(true);
 }
 
 int handle_EULA() {

@@ -23,6 +23,10 @@ int interface_rect(float x, float y, float tex_x, float tex_y, float w, float h,
     return inside && mnw.mouse_down && mnw.menu_open == -1;
 }
 
+int interface_button(float x, float y, const sprite& picture, int live, int tint) {
+    return interface_rect(x, y, picture.x, picture.y, picture.w, picture.h, live, tint);
+}
+
 int interface_icon(float x, float y, int index) {
     constexpr float cell = 64, lowest = 66;
     const int column = index % 8, row = index / 8;
