@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstring>
 #include <filesystem>
 
 #include "files/error_str.h"
+#include "files/md5_lanes.h"
 #include "support/scratch.h"
 
 static std::string digest(const std::string& text, std::size_t piece) {
@@ -33,6 +35,41 @@ TEST(md5, published_vectors_and_no_seam_between_pieces) {
     MD5_CTX context = {{0xfffffe00, 0}, {}, {}, {}};
     MD5Update(&context, reinterpret_cast<const unsigned char*>(std::string(65, 'q').data()), 65);
     EXPECT_EQ(context.bits[1], 1u) << "the count of bits carries";
+}
+
+// Lengths across both ways of padding and across several buffers; reads of odd sizes; some that fail half-way.
+struct odd_messages : md5_messages {
+    static constexpr std::size_t count = 400;
+    std::vector<std::string> texts, signatures = std::vector<std::string>(count, "never signed");
+    std::vector<std::size_t> at = std::vector<std::size_t>(count);
+    odd_messages() {
+        for (std::size_t i = 0; i < count; ++i) {
+            texts.emplace_back(i % 9 == 0 ? 40000 + i * 997 : i, 'q');
+            for (std::size_t k = 0; k < texts[i].size(); ++k)
+                texts[i][k] = static_cast<char>(k * k * (i + 1) >> 3);
+        }
+    }
+    static bool fails(std::size_t i) { return i % 31 == 7; }
+    std::ptrdiff_t read(std::size_t i, unsigned char* to, std::size_t room) override {
+        const std::size_t take = std::min({room, texts[i].size() - at[i], i % 3 ? room : 777});
+        if (fails(i) && at[i] + take == texts[i].size()) return -1;
+        std::memcpy(to, texts[i].data() + at[i], take);
+        at[i] += take;
+        return static_cast<std::ptrdiff_t>(take);
+    }
+    void signed_as(std::size_t i, const std::string& signature) override { signatures[i] = signature; }
+};
+
+TEST(md5_lanes, sign_as_one_by_one_by_every_means) {
+    for (const md5_means means : {md5_means::alone, md5_means::avx2, md5_means::avx512}) {
+        if (means > best_md5_means()) continue;
+        for (const std::size_t some : {std::size_t{0}, std::size_t{1}, std::size_t{5}, odd_messages::count}) {
+            odd_messages all;
+            md5_sign_all(some, all, means);
+            for (std::size_t i = 0; i < some; ++i)
+                ASSERT_EQ(all.signatures[i], all.fails(i) ? "" : digest(all.texts[i], 50000)) << i << " of " << some;
+        }
+    }
 }
 
 TEST(signature, files_links_and_what_cannot_be_read) {

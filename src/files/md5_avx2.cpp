@@ -1,0 +1,12 @@
+// Compiled for processors with AVX2; called only on those.
+#ifdef __x86_64__
+
+#include "files/md5_kernel.h"
+
+typedef std::uint32_t words __attribute__((vector_size(32)));
+
+void md5_blocks_avx2(md5_lane_states& states, const unsigned char* const* data, std::size_t blocks) {
+    md5_blocks_of_lanes<words>(states, data, blocks);
+}
+
+#endif
