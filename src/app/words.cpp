@@ -23,23 +23,26 @@ changed_question question_about(bool removing) {
     return {"I am about to install:", "but it appears you have modified this file. What to do?"};
 }
 
-const char* answer_words(int answer, bool removing) {
+const char* answer_words(changed_answer answer, bool removing) {
     switch (answer) {
-        case 1:
+        case changed_answer::do_it:
             return removing ? "DELETE THE OLD FILE" : "OVERWRITE THE OLD FILE";
-        case 2:
+        case changed_answer::keep:
             return "KEEP THE OLD FILE";
-        case 4:
+        case changed_answer::do_all:
             return removing ? "DELETE EVERY OLD FILE IN THIS DIRECTORY" : "OVERWRITE EVERY OLD FILE IN THIS DIRECTORY";
-        case 5:
+        case changed_answer::keep_all:
             return "KEEP EVERY OLD FILE IN THIS DIRECTORY";
+        case changed_answer::backup:
+            return removing ? "KEEP A COPY AND DELETE" : "KEEP A COPY AND OVERWRITE";
         default:
             return "CANCEL THE WHOLE INSTALLATION!";
     }
 }
 
-const char* scan_phase_words(int phase) {
-    return phase == 0 ? "Currently SCANNING the directory text file." : "Currently EXAMINING the hard disk.";
+const char* scan_phase_words(scan_phase phase) {
+    return phase == scan_phase::reading_catalogue ? "Currently SCANNING the directory text file."
+                                                  : "Currently EXAMINING the hard disk.";
 }
 
 void set_size_str(float kilobytes, std::string* out) {

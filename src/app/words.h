@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "engine/front.h"
 #include "engine/stg.h"
 
 // What kind of news a sentence is. Each face has a colour for it.
@@ -31,10 +32,10 @@ struct changed_question {
     const char *above, *below;
 };
 changed_question question_about(bool removing);
-// What the user can answer; `answer` as in front.h.
-const char* answer_words(int answer, bool removing);
+// What the user can answer.
+const char* answer_words(changed_answer answer, bool removing);
 
-const char* scan_phase_words(int phase);  // `phase` as in front.h
+const char* scan_phase_words(scan_phase phase);
 
 // "12.34 Meg" or, from 1000 on, "1.23 Gig", of kilobytes of 1000 bytes.
 void set_size_str(float kilobytes, std::string* out);

@@ -9,8 +9,6 @@
 #include "engine/stg.h"
 #include "runtime/log.h"
 
-enum : int { answer_do_it = 1, answer_keep = 2, answer_cancel = 3, answer_do_all = 4, answer_keep_all = 5 };
-
 static file_version_struct& current_row(int file) {
     return sim_info[static_cast<std::size_t>(file)].back();
 }
@@ -37,25 +35,25 @@ struct folder_answers {
 };
 
 // What is to become of a file that the user changed.
-static int ask_about(const file_version_struct& row, folder_answers& answers) {
+static changed_answer ask_about(const file_version_struct& row, folder_answers& answers) {
     const std::string destination = destination_of(row);
     const std::string folder = destination.substr(0, destination.rfind('/') + 1);
-    if (answers.overwrite_dirs.count(folder)) return answer_do_it;
-    if (answers.keep_dirs.count(folder)) return answer_keep;
+    if (answers.overwrite_dirs.count(folder)) return changed_answer::do_it;
+    if (answers.keep_dirs.count(folder)) return changed_answer::keep;
     xer << "File: " << destination << "  sig_want=" << row.sig_want << "  sig_have=" << row.sig_have << "\n";
-    switch (front.select_alert(destination, is_gone(row))) {
-        case answer_do_it:
-            return answer_do_it;
-        case answer_keep:
-            return answer_keep;
-        case answer_do_all:
+    switch (front.select_alert(destination, is_gone(row), "")) {
+        case changed_answer::do_it:
+            return changed_answer::do_it;
+        case changed_answer::keep:
+            return changed_answer::keep;
+        case changed_answer::do_all:
             answers.overwrite_dirs.insert(folder);
-            return answer_do_it;
-        case answer_keep_all:
+            return changed_answer::do_it;
+        case changed_answer::keep_all:
             answers.keep_dirs.insert(folder);
-            return answer_keep;
+            return changed_answer::keep;
         default:
-            return answer_cancel;
+            return changed_answer::cancel;
     }
 }
 
@@ -66,9 +64,9 @@ int choose_files() {
         const verdict decision = decide_file(file);
         bool wanted = decision != verdict::leave;
         if (decision == verdict::ask) {
-            const int answer = ask_about(row, answers);
-            if (answer == answer_cancel) return 0;
-            wanted = answer == answer_do_it;
+            const changed_answer answer = ask_about(row, answers);
+            if (answer == changed_answer::cancel) return 0;
+            wanted = answer == changed_answer::do_it;
             if (!wanted) front.file_finished(action_duplicate, installed_path(row), 0);
         }
         row.do_fetch = wanted && !is_gone(row);

@@ -175,8 +175,8 @@ static bool read_body(xmap_class& map, const std::string& label) {
             if (++rows > most_rows)
                 return refuse("I am reading the directory text file and found more rows than any release has!", path);
             if (rows_read++ % 500 == 0)
-                front.dir_progress_bar(0, static_cast<float>(map.offset()), static_cast<float>(map.length()), 0, label,
-                                       name);
+                front.dir_progress_bar(0, static_cast<float>(map.offset()), static_cast<float>(map.length()),
+                                       scan_phase::reading_catalogue, label, name);
         } else {
             map.TXT_eoln_skip();
         }
@@ -229,7 +229,8 @@ static void examine_disk(const std::string& label) {
         file_version_struct& row = sim_info[i].back();
         destination.assign(dest_dir_path).append(installed_view(row));
         if (i % step == 0)
-            front.dir_progress_bar(0, static_cast<float>(i), static_cast<float>(count), 1, label, destination);
+            front.dir_progress_bar(0, static_cast<float>(i), static_cast<float>(count), scan_phase::examining_disk,
+                                   label, destination);
         row.sig_have = "NONE";
         if (!behind_shipped_link(installed_view(row))) calc_file_md5(destination, row.sig_have);
         row.have_file = row.sig_want == row.sig_have;

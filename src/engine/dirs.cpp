@@ -137,8 +137,8 @@ static bool may_go(const std::string& path, const std::vector<int>& files) {
     const std::string place = dest_dir_path + path;
     if (signature_was_shipped(files.front(), current_row(files.front()).sig_have)) return true;
     if (leads_to_folder(place)) return false;  // the user's own link to a folder serves as one
-    const int answer = front.select_alert(place, 1);
-    return answer == 1 || answer == 4;
+    const changed_answer answer = front.select_alert(place, true, "");
+    return answer == changed_answer::do_it || answer == changed_answer::do_all;
 }
 
 // What the scan saw below a link was not there: it lay where the link led.

@@ -4,10 +4,10 @@
 static int refuse() {
     return 0;
 }
-static int cancel(const std::string&, int) {
-    return 3;
+static changed_answer cancel(const std::string&, bool, const std::string&) {
+    return changed_answer::cancel;
 }
-static void show_no_progress(float, float, float, int, const std::string&, const std::string&) {}
+static void show_no_progress(float, float, float, scan_phase, const std::string&, const std::string&) {}
 static void tell_no_one(int, const std::string&, int) {}
 static void say_nothing() {}
 

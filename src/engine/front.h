@@ -3,14 +3,27 @@
 
 #include <string>
 
+// The user's answer about a file that he changed. The numbers are what is typed on a terminal.
+enum class changed_answer {
+    do_it = 1,     // replace or delete this file
+    keep = 2,      // keep it
+    cancel = 3,    // end the installation here
+    do_all = 4,    // replace or delete every such file of this folder
+    keep_all = 5,  // keep every such file of this folder
+    backup = 6     // keep a copy beside it, then replace or delete it
+};
+
+// What a scan is at.
+enum class scan_phase { reading_catalogue, examining_disk };
+
 struct front_t {
     // The agreement; non-zero when the user agreed.
     int (*handle_EULA)();
-    // A file that the user changed is to be replaced (`removing` 0) or deleted (1). Returns 1 do it, 2 keep it, 3 cancel
-    // the installation, 4 do it for every such file of this folder, 5 keep every such file of this folder.
-    int (*select_alert)(const std::string& file, int removing);
-    // Progress of a scan. `phase` 0: reading the catalogue, 1: examining the disk. Returns at once.
-    void (*dir_progress_bar)(float lo, float value, float hi, int phase, const std::string& label,
+    // A file that the user changed is to be replaced, or deleted (`removing`). `trouble` tells why nobody knows what is in
+    // it, in words; empty for a file that could be read.
+    changed_answer (*select_alert)(const std::string& file, bool removing, const std::string& trouble);
+    // Progress of a scan. Returns at once.
+    void (*dir_progress_bar)(float lo, float value, float hi, scan_phase phase, const std::string& label,
                              const std::string& item);
     // A file is finished: `action` as in stg.file_action (2: kept); `path` is the installed path below the destination;
     // `result` 0 or a code for error_str.

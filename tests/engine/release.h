@@ -54,7 +54,7 @@ class release : public testing::Test {
         questions = finished = "";
         answers.clear();
         front = {[] { return agrees; }, select_alert,
-                 [](float, float, float, int, const std::string&, const std::string&) {}, file_finished,
+                 [](float, float, float, scan_phase, const std::string&, const std::string&) {}, file_finished,
                  [] { questions += "busy;"; }};
         agrees = 1;
         xtim.xtim_update();
@@ -152,12 +152,12 @@ class release : public testing::Test {
         const auto found = served.find(path);
         return found == served.end() ? http_reply("404 Not Found", "") : http_reply("200 OK", found->second);
     }
-    static int select_alert(const std::string& file, int removing) {
+    static changed_answer select_alert(const std::string& file, bool removing, const std::string&) {
         questions += file.substr(dest_dir_path.size()) + (removing ? "-;" : ";");
-        if (answers.empty()) return 3;
+        if (answers.empty()) return changed_answer::cancel;
         const int answer = answers.front();
         answers.erase(answers.begin());
-        return answer;
+        return changed_answer{answer};
     }
     static void file_finished(int action, const std::string& path, int result) {
         finished += std::to_string(action) + path + ":" + std::to_string(result) + ";";

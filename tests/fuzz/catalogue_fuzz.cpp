@@ -46,8 +46,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const memory_file catalogue("I\n900 version\nINSTALLER\n" + std::string(view_of(data, size)));
     stg = stg_t{};
     front = front_t{};
-    front.select_alert = [](const std::string& file, int) { return static_cast<int>(1 + file.size() % 5); };
-    front.dir_progress_bar = [](float lo, float value, float hi, int, const std::string&, const std::string&) {
+    front.select_alert = [](const std::string& file, bool, const std::string&) {
+        return changed_answer{static_cast<int>(1 + file.size() % 6)};
+    };
+    front.dir_progress_bar = [](float lo, float value, float hi, scan_phase, const std::string&, const std::string&) {
         must(lo <= value && value <= hi, "progress stays in its bounds");
     };
     front.file_finished = [](int, const std::string&, int) {};

@@ -27,7 +27,7 @@ bool stop_wanted() {
     return interrupted || terminal_key_pressed('q');
 }
 
-void show_scan(float lo, float value, float hi, int, const std::string& label, const std::string& item) {
+void show_scan(float lo, float value, float hi, scan_phase, const std::string& label, const std::string& item) {
     show_progress(label, item, hi > lo ? (value - lo) / (hi - lo) : 0);
     check_stop();
 }

@@ -55,33 +55,34 @@ static int ask_agreement() {
     return agreed;
 }
 
-static int ask_changed(const std::string& file, int removing) {
-    const changed_question question = question_about(removing != 0);
+static changed_answer ask_changed(const std::string& file, bool removing) {
+    const changed_question question = question_about(removing);
     std::fprintf(question_stream(), "%s\n%s\n%s\n", question.above, printable(file).c_str(), question.below);
     for (int choice = 1; choice <= 5; ++choice)
-        std::fprintf(question_stream(), "  %d %s\n", choice, answer_words(choice, removing != 0));
+        std::fprintf(question_stream(), "  %d %s\n", choice, answer_words(changed_answer{choice}, removing));
     std::string answer;
     while (read_answer("Your choice [1-5]: ", answer))
-        if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '5') return answer[0] - '0';
-    return 3;
+        if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '5') return changed_answer{answer[0] - '0'};
+    return changed_answer::cancel;
 }
 
-static int answer_changed(const std::string& file, int removing) {
+static changed_answer answer_changed(const std::string& file, bool removing, const std::string&) {
     switch (options.changed) {
         case changed_files::keep:
-            return 2;
+            return changed_answer::keep;
         case changed_files::overwrite:
-            return 1;
+            return changed_answer::do_it;
         case changed_files::ask:
             return ask_changed(file, removing);
         default:
             console_problem("You changed " + file +
                             ". Say with --changed=keep or --changed=overwrite what to do with such files.");
-            return 3;
+            return changed_answer::cancel;
     }
 }
 
-static void scan_progress(float lo, float value, float hi, int phase, const std::string&, const std::string& item) {
+static void scan_progress(float lo, float value, float hi, scan_phase phase, const std::string&,
+                          const std::string& item) {
     const double share = hi > lo ? static_cast<double>((value - lo) / (hi - lo)) : 0;
     console_scan_progress(share, scan_phase_words(phase), item);
     // A scan is one long call that has touched nothing yet, so this is the one place that can end a run from within.

@@ -121,12 +121,13 @@ void APP_update() {
     if (MACIBM_windows_opened() != opened && !app_done) draw_screen();
 }
 
-void dir_progress_bar(float lo, float value, float hi, int phase, const std::string& label, const std::string& item) {
+void dir_progress_bar(float lo, float value, float hi, scan_phase phase, const std::string& label,
+                      const std::string& item) {
     constexpr float dx = 512, dy = 138;
     // A frame of a software renderer costs more than many a file; nobody sees more than so many in a second.
     constexpr std::int64_t shortest_us = 33'000;
     static std::int64_t last_shown = -shortest_us;
-    static int last_phase = -1;
+    static scan_phase last_phase{};
     const std::int64_t now = xtim_class::microsecs();
     if (now - last_shown < shortest_us && phase == last_phase) return;
     last_shown = now;

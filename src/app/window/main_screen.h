@@ -4,7 +4,10 @@
 
 #include <string>
 
+#include "engine/front.h"
+
 void APP_update();  // one frame of the main screen and of the flow
 
 // One complete frame of the scan's progress, drawn and shown; no event is handled.
-void dir_progress_bar(float lo, float value, float hi, int phase, const std::string& label, const std::string& item);
+void dir_progress_bar(float lo, float value, float hi, scan_phase phase, const std::string& label,
+                      const std::string& item);

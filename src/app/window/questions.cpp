@@ -1,5 +1,7 @@
 #include "app/window/questions.h"
 
+#include <optional>
+
 #include "app/window/sprites.h"
 #include "app/window/tones.h"
 #include "gfx/oglp.h"
@@ -43,14 +45,16 @@ namespace {
 
 struct answer_button {
     float x, y, width;
-    int answer;
+    changed_answer answer;
 };
-constexpr answer_button answers[] = {
-    {96, 53, 160, 1}, {96, 28, 160, 2}, {308, 53, 260, 4}, {308, 28, 260, 5}, {584, 28, 200, 3}};
-constexpr int cancel = 3;
+constexpr answer_button answers[] = {{96, 53, 160, changed_answer::do_it},
+                                     {96, 28, 160, changed_answer::keep},
+                                     {308, 53, 260, changed_answer::do_all},
+                                     {308, 28, 260, changed_answer::keep_all},
+                                     {584, 28, 200, changed_answer::cancel}};
 
-// One frame; the answer, or 0.
-int draw_changed_file(const std::string& file, int removing) {
+// One frame; the answer, if it was given.
+std::optional<changed_answer> draw_changed_file(const std::string& file, bool removing) {
     constexpr float left = 20;
     const float wrap = mnw.wind_dx - 40;
     OGL_plot_back_col();
@@ -58,27 +62,27 @@ int draw_changed_file(const std::string& file, int removing) {
     const auto say = [wrap](float y, const std::string& text) {
         OGL_string(colour_text, left, y, text, wrap, charset_text, align_left);
     };
-    const changed_question question = question_about(removing != 0);
+    const changed_question question = question_about(removing);
     say(100, question.above);
     say(90, fit_text(latin1_of_path(file), wrap, 1));
     say(80, question.below);
     for (const answer_button& button : answers)
-        if (BTN_action(button.x, button.y, button.width, 0, 1, answer_words(button.answer, removing != 0), "-"))
+        if (BTN_action(button.x, button.y, button.width, 0, 1, answer_words(button.answer, removing), "-"))
             return button.answer;
-    return 0;
+    return std::nullopt;
 }
 
 }  // namespace
 
-int select_alert(const std::string& file, int removing) {
+changed_answer select_alert(const std::string& file, bool removing, const std::string&) {
     stls.title = "You have changed a file";
     MACIBM_startwind(wind_changed_file, 0);
     for (;;) {
-        if (mnw.wind_id != wind_changed_file) return cancel;
-        const int answer = draw_changed_file(file, removing);
+        if (mnw.wind_id != wind_changed_file) return changed_answer::cancel;
+        const auto answer = draw_changed_file(file, removing);
         if (answer) {
             MACIBM_startwind(wind_main, 0);
-            return answer;
+            return *answer;
         }
         MACIBM_event_proc();
     }

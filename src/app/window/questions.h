@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "engine/front.h"
+
 int handle_EULA();  // 1 when the user agreed, now or earlier in this run
-// A file that the user changed is to be replaced or deleted. Answers as in front.h; a window that goes away is a cancel.
-int select_alert(const std::string& file, int removing);
+// A file that the user changed is to be replaced or deleted. A window that goes away is a cancel.
+changed_answer select_alert(const std::string& file, bool removing, const std::string& trouble);
