@@ -116,11 +116,11 @@ bool is_good_file(const std::string& path, int list_mode, int must_open) {
         case 1:
             return !earth && !mars && !moon;
         case 2:
-            return earth && want_reg(reg, path);
+            return earth && want_reg(build.reg, path);
         case 3:
-            return mars && want_reg(reg, path);
+            return mars && want_reg(build.reg, path);
         case 4:
-            return moon && want_reg(reg, path);
+            return moon && want_reg(build.reg, path);
         default:
             build_fatal("I can not tell what type of install this is!", "", "", "", 240);
             return false;

@@ -6,28 +6,24 @@
 #include "runtime/hl_string.h"
 #include "runtime/product.h"
 
-static void check_version(const file_history_struct& history) {
-    for (const file_version_struct& row : history)
-        if (row.version == release_number)
-            build_fatal("You idiot! I already have a version:", float_text("version_number ", release_number),
-                        "in file ", row.path, 526);
-}
-
 void index_history() {
     for (std::size_t i = 0; i < sim_info.size(); ++i) {
         file_version_struct& first = sim_info[i].front();
         std::string key = first.path;
         chop_platform(key, first.platform);
-        if (!sim_info_index.emplace(key, static_cast<int>(i)).second)
+        if (!build.sim_info_index.emplace(key, static_cast<int>(i)).second)
             build_fatal("WARNING: you appear to have a file TWICE in an old directory file.", "", "", first.path, 520);
         first.do_fetch = 1;
-        check_version(sim_info[i]);
+        for (const file_version_struct& row : sim_info[i])
+            if (row.version == build.release_number)
+                build_fatal("You idiot! I already have a version:", float_text("version_number ", build.release_number),
+                            "in file ", row.path, 526);
     }
 }
 
 void write_folder_line(const std::string& dir) {
-    if (dir == prev_dir) return;
-    prev_dir = dir;
+    if (dir == build.prev_dir) return;
+    build.prev_dir = dir;
     ouf << "\nDIR " << dir << "\n";
 }
 
@@ -41,17 +37,10 @@ static void check_name(const std::string& name, const char* where, int line) {
     if (name.empty()) build_fatal("0-size filename!", "Now how am I supposed to deal with this?", where, name, line);
 }
 
-static void count_in_tally(const file_history_struct& history, const file_version_struct& present) {
-    if (history.back().sig_want == present.sig_want)
-        ++tally.same;
-    else
-        ++tally.changed;
-}
-
 void write_file_rows(const std::string& key, const std::string& name, const file_version_struct& present) {
-    const auto known = sim_info_index.find(key);
-    if (known == sim_info_index.end()) {
-        ++tally.added;
+    const auto known = build.sim_info_index.find(key);
+    if (known == build.sim_info_index.end()) {
+        ++build.tally.added;
     } else {
         file_history_struct& history = sim_info[static_cast<std::size_t>(known->second)];
         for (const file_version_struct& row : history) {
@@ -61,33 +50,30 @@ void write_file_rows(const std::string& key, const std::string& name, const file
             write_row(row, name);
         }
         history.front().do_fetch = 0;
-        count_in_tally(history, present);
+        ++(history.back().sig_want == present.sig_want ? build.tally.same : build.tally.changed);
     }
     check_name(name, "This is in the NEW file loop", 357);
     write_row(present, name);
-}
-
-static void write_gone_file(const file_history_struct& history) {
-    std::string dir;
-    get_path_with_path(dir, history.front().path);
-    const std::string name = get_path_with_path_file;
-    write_folder_line(dir);
-    for (const file_version_struct& row : history)
-        write_row(row, name);
-    if (is_gone(history.back())) return;
-
-    file_version_struct gone = history.back();
-    gone.version = release_number;
-    gone.zip_size = gone.ext_size = 0;
-    gone.sig_want = "GONE";
-    write_row(gone, name);
-    ++tally.withdrawn;
 }
 
 void write_gone_files() {
     for (const file_history_struct& history : sim_info) {
         if (!history.front().do_fetch) continue;
         // A file that is of no concern to this set leaves the catalogue without a word.
-        if (is_good_file(src_fold + history.front().path, 0, 0)) write_gone_file(history);
+        if (!is_good_file(build.src_fold + history.front().path, 0, 0)) continue;
+
+        std::string dir;
+        get_path_with_path(dir, history.front().path);
+        const std::string name = get_path_with_path_file;
+        write_folder_line(dir);
+        for (const file_version_struct& row : history)
+            write_row(row, name);
+        if (is_gone(history.back())) continue;
+        file_version_struct gone = history.back();
+        gone.version = build.release_number;
+        gone.zip_size = gone.ext_size = 0;
+        gone.sig_want = "GONE";
+        write_row(gone, name);
+        ++build.tally.withdrawn;
     }
 }

@@ -43,42 +43,35 @@ constexpr landmark landmarks[] = {
 // clang-format on
 static_assert(sizeof landmarks / sizeof landmarks[0] == landmark_count);
 
-std::string paths[landmark_count];
-bool found[landmark_count];
-
-bool is_at_fault(const landmark& mark) {
-    switch (mark.wanted) {
-        case required:
-            return !found[mark.id];
-        case on_discs:
-            return is_dvd != 0 && !found[mark.id];
-        case forbidden:
-            return found[mark.id];
-        case optional:
-            break;
-    }
-    return false;
-}
+// Of the region in work; set_landmarks begins it anew.
+struct met_t {
+    std::string path;
+    bool found = false;
+};
+met_t marks[landmark_count];
 
 }  // namespace
 
 void set_landmarks() {
     for (const landmark& mark : landmarks) {
-        paths[mark.id] = src_fold + mark.below_src;
-        found[mark.id] = false;
+        marks[mark.id] = {build.src_fold + mark.below_src, false};
     }
 }
 
 const std::string& landmark_path(landmark_id id) {
-    return paths[id];
+    return marks[id].path;
 }
 
 void meet_landmark(const std::string& path) {
-    for (int id = 0; id < landmark_count; ++id)
-        if (paths[id] == path) found[id] = true;
+    for (met_t& mark : marks)
+        if (mark.path == path) mark.found = true;
 }
 
 void check_landmarks() {
-    for (const landmark& mark : landmarks)
-        if (is_at_fault(mark)) build_fatal("YOU IDIOT!", mark.complaint, paths[mark.id], "", mark.line);
+    for (const landmark& mark : landmarks) {
+        const bool needed = mark.wanted == required || (mark.wanted == on_discs && is_dvd != 0);
+        const bool found = marks[mark.id].found;
+        if (found ? mark.wanted == forbidden : needed)
+            build_fatal("YOU IDIOT!", mark.complaint, marks[mark.id].path, "", mark.line);
+    }
 }

@@ -1,6 +1,5 @@
 // region.h: the record of a build: what the run was told, and the region in work. A set of scenery is built region by
 // region, everything else is region 0.
-// Lifetimes: the first block is set once, before build_install; the second is reset for every region.
 // Threads: main thread only.
 #pragma once
 
@@ -9,33 +8,42 @@
 #include <string>
 #include <vector>
 
-// What the run was told. Folders end in "/".
-extern std::string old_dir_path;   // catalogue of the previous release: its text, or the zip that carried it
-extern int first_release;          // there is no previous release, and that is meant
-extern std::string src_fold;       // the reference copy
-extern std::string dst_fold_base;  // folder in which the releases lie
-extern std::string release_name;   // name of region 0 and of its folder
-extern int release_number;         // goes into every row that this run writes for a file
-
-// The region in work.
-extern int reg;
-extern std::string sim_name;                             // its name; "-" at start
-extern std::string dst_folder;                           // copy of dst_fold_base
-extern std::string prev_dir;                             // folder last written to the catalogue; "---" before the first
-extern std::vector<std::string> comp_files;              // full paths that the walk chose, in its order
-extern std::set<std::string> comp_paths;                 // output folders that they need
-extern std::map<std::string, int> sim_info_index;        // key of a file -> its place in sim_info
-extern int num_files_rec, num_files_use, num_files_com;  // seen, chosen, compressed
-extern double zip_size_ins;                              // sum of the zips, gigabytes of 10^9 bytes
+#include "runtime/product.h"
 
 // How the files of a region stand to those of the previous release.
 struct tally_t {
     int added = 0, changed = 0, same = 0;
     int withdrawn = 0;  // in this release; those of earlier ones are not counted again
 };
-extern tally_t tally;
 
-void reset_region();
+// Set once, before build_install. Folders end in "/".
+struct build_orders {
+    std::string old_dir_path;             // catalogue of the previous release: its text, or the zip that carried it
+    int first_release = 0;                // there is no previous release, and that is meant
+    std::string src_fold;                 // the reference copy
+    std::string dst_fold_base;            // folder in which the releases lie
+    std::string release_name;             // name of region 0 and of its folder
+    int release_number = version_number;  // goes into every row that this run writes for a file
+};
+
+// Set anew by begin_region, and filled as the work on the region goes on.
+struct build_region {
+    int reg = 0;
+    std::string sim_name = "-";                 // the region's name
+    std::string dst_folder;                     // copy of dst_fold_base
+    std::string prev_dir = "---";               // folder last written to the catalogue; "---" before the first
+    std::vector<std::string> comp_files;        // full paths that the walk chose, in its order
+    std::set<std::string> comp_paths;           // output folders that they need
+    std::map<std::string, int> sim_info_index;  // key of a file -> its place in sim_info
+    int num_files_rec = 0, num_files_use = 0, num_files_com = 0;  // seen, chosen, compressed
+    double zip_size_ins = 0;                                      // sum of the zips, gigabytes of 10^9 bytes
+    tally_t tally;
+};
+
+struct build_t : build_orders, build_region {};
+extern build_t build;
+
+void begin_region(int region);  // sim_info is empty then too
 
 std::string region_name(int region);
 

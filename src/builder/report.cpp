@@ -1,7 +1,5 @@
 #include "builder/report.h"
 
-#include "builder/region.h"
-
 builder_front_t builder_front = {
     [](const std::string&, const std::string&, float) {},
     [] { return false; },
@@ -10,20 +8,21 @@ builder_front_t builder_front = {
 };
 
 static std::string counts(const char* first_label, int first, const char* second_label, int second) {
-    return "reg: " + std::to_string(reg) + first_label + std::to_string(first) + second_label + std::to_string(second) +
-           ".";
+    return "reg: " + std::to_string(build.reg) + first_label + std::to_string(first) + second_label +
+           std::to_string(second) + ".";
 }
 
 void report_walk(const std::string& source) {
-    builder_front.progress(counts(": total files recursed: ", num_files_rec, ". will compress: ", num_files_use),
-                           source, -1);
+    builder_front.progress(
+        counts(": total files recursed: ", build.num_files_rec, ". will compress: ", build.num_files_use), source, -1);
     check_stop();
 }
 
 void report_compression(const std::string& zip) {
-    const float share = num_files_use ? static_cast<float>(num_files_com) / static_cast<float>(num_files_use) : 1;
-    builder_front.progress(counts(": total files to compress: ", num_files_use, ". now doing: ", num_files_com), zip,
-                           share);
+    const float share =
+        build.num_files_use ? static_cast<float>(build.num_files_com) / static_cast<float>(build.num_files_use) : 1;
+    builder_front.progress(
+        counts(": total files to compress: ", build.num_files_use, ". now doing: ", build.num_files_com), zip, share);
     check_stop();
 }
 

@@ -3,10 +3,12 @@
 
 #include <string>
 
+#include "builder/region.h"
+
 struct release_summary {
     std::string name, folder;
     int files = 0;
-    int added = 0, changed = 0, same = 0, withdrawn = 0;
+    tally_t tally;
     double kilobytes = 0;  // of the zips; kilobytes of 1000 bytes
 };
 

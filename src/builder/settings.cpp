@@ -77,7 +77,7 @@ bool check_options(int argc, char* const* argv, std::string& complaint) {
 
 // No file is no fault.
 bool read_conf(conf_file& conf, std::string& complaint) {
-    fs::path copy = fs::absolute(src_fold).lexically_normal();
+    fs::path copy = fs::absolute(build.src_fold).lexically_normal();
     if (!copy.has_filename()) copy = copy.parent_path();
     conf.folder = (copy.parent_path() / "").string();
     conf.path = conf.folder + "builder.conf";
@@ -122,41 +122,41 @@ bool read_folder(const conf_file& conf, const std::string& key, std::string& pat
 // The walk would meet what the run itself writes.
 bool check_folders_apart(std::string& complaint) {
     std::error_code ignored;
-    const std::string src = (fs::weakly_canonical(src_fold, ignored) / "").string();
-    const std::string dst = (fs::weakly_canonical(dst_fold_base, ignored) / "").string();
+    const std::string src = (fs::weakly_canonical(build.src_fold, ignored) / "").string();
+    const std::string dst = (fs::weakly_canonical(build.dst_fold_base, ignored) / "").string();
     if (!dst.starts_with(src)) return true;
-    return complain(complaint, "--dst must not lie in the reference copy: " + dst_fold_base);
+    return complain(complaint, "--dst must not lie in the reference copy: " + build.dst_fold_base);
 }
 
 bool read_history(const conf_file& conf, std::string& complaint) {
-    first_release = cmdline.has_option("--first_release");
-    if (!read_path(conf, "old", old_dir_path, complaint)) return false;
+    build.first_release = cmdline.has_option("--first_release");
+    if (!read_path(conf, "old", build.old_dir_path, complaint)) return false;
     if (is_dvd != 0) return true;  // a disc has no history
-    if (old_dir_path.empty() && !first_release)
+    if (build.old_dir_path.empty() && !build.first_release)
         return complain(complaint,
                         "a release needs the directory file of the one before it (--old=FILE), or --first_release");
-    if (!old_dir_path.empty() && first_release)
+    if (!build.old_dir_path.empty() && build.first_release)
         return complain(complaint,
-                        "there is a previous release (" + old_dir_path + "), so --first_release cannot be meant");
+                        "there is a previous release (" + build.old_dir_path + "), so --first_release cannot be meant");
     return true;
 }
 
 bool read_number(const conf_file& conf, std::string& complaint) {
-    release_number = version_number;
+    build.release_number = version_number;
     const std::string text = setting(conf, "version_number");
     if (text.empty()) return true;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), release_number);
-    if (error == std::errc() && end == text.data() + text.size() && release_number > 0) return true;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), build.release_number);
+    if (error == std::errc() && end == text.data() + text.size() && build.release_number > 0) return true;
     return complain(complaint, "--version_number wants a number from 1 to 2147483647, and not '" + text + "'");
 }
 
 // It becomes the name of a folder, here and on the user's disk.
 bool read_name(const conf_file& conf, std::string& complaint) {
     const std::string name = setting(conf, "version_name");
-    release_name = name.empty() ? version_text : name;
+    build.release_name = name.empty() ? version_text : name;
     const bool has_control = std::any_of(name.begin(), name.end(), [](char c) { return (c & ~31) == 0 || c == 127; });
-    if (!has_control && name.find_first_of("/\\:") == std::string::npos && release_name.front() != '.' &&
-        release_name.back() != ' ')
+    if (!has_control && name.find_first_of("/\\:") == std::string::npos && build.release_name.front() != '.' &&
+        build.release_name.back() != ' ')
         return true;
     return complain(complaint, "--version_name becomes the name of a folder, which '" + name + "' cannot be");
 }
@@ -165,8 +165,8 @@ bool read_name(const conf_file& conf, std::string& complaint) {
 
 bool read_builder_settings(int argc, char* const* argv, std::string& complaint) {
     conf_file conf;
-    return check_options(argc, argv, complaint) && read_folder(conf, "src", src_fold, complaint) &&
-           read_conf(conf, complaint) && read_folder(conf, "dst", dst_fold_base, complaint) &&
+    return check_options(argc, argv, complaint) && read_folder(conf, "src", build.src_fold, complaint) &&
+           read_conf(conf, complaint) && read_folder(conf, "dst", build.dst_fold_base, complaint) &&
            check_folders_apart(complaint) && read_history(conf, complaint) && read_number(conf, complaint) &&
            read_name(conf, complaint);
 }

@@ -48,7 +48,7 @@ const complaint complaints[] = {
     {"a zip that is none",
      [](const reference& r) {
          r.set_old("");
-         old_dir_path = r.room.write("old.zip", "PK");
+         build.old_dir_path = r.room.write("old.zip", "PK");
      },
      "I could not read the old directory!\n", 513},
     {"an old directory of another kind",
@@ -74,8 +74,8 @@ TEST(complaints, each_fault_ends_the_run_by_its_name_and_leaves_no_release) {
         if (it.line > 0) {
             EXPECT_EQ(alerts.seen.back().line, it.line) << alerts.last();
         }
-        EXPECT_FALSE(scratch::exists(ref.dst() + release_name));
-        EXPECT_FALSE(scratch::exists(ref.dst() + release_name + ".unfinished/directory.txt.zip"));
+        EXPECT_FALSE(scratch::exists(ref.dst() + build.release_name));
+        EXPECT_FALSE(scratch::exists(ref.dst() + build.release_name + ".unfinished/directory.txt.zip"));
     }
 }
 
@@ -100,6 +100,6 @@ TEST(complaints, a_missing_landmark_is_found_before_anything_is_compressed) {
         EXPECT_THROW(build_install(), left);
         EXPECT_NE(alerts.last().find(std::string("\n!found_") + it.name), std::string::npos) << alerts.last();
         EXPECT_EQ(alerts.seen.back().line, it.line) << it.missing;
-        EXPECT_FALSE(scratch::exists(ref.dst() + release_name + ".unfinished/All"));
+        EXPECT_FALSE(scratch::exists(ref.dst() + build.release_name + ".unfinished/All"));
     }
 }

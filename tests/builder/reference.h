@@ -27,12 +27,12 @@ class reference {
             put("All/Resources/bitmaps/Earth Orbit Textures/blue.png", "blue");
         }
         std::filesystem::create_directories(dst());
-        src_fold = src();
-        dst_fold_base = dst();
-        release_name = "Velaris 9.00 Beta-1";
-        release_number = 90001;
-        first_release = 1;
-        old_dir_path.clear();
+        build.src_fold = src();
+        build.dst_fold_base = dst();
+        build.release_name = "Velaris 9.00 Beta-1";
+        build.release_number = 90001;
+        build.first_release = 1;
+        build.old_dir_path.clear();
         builder_front.stop_wanted = [] { return false; };
         set_landmarks();
     }
@@ -56,8 +56,8 @@ class reference {
     }
     // Makes `rows` the history of the next release.
     void set_old(const std::string& rows) const {
-        first_release = 0;
-        old_dir_path = room.write("old.txt", "I\n900 version\nINSTALLER\n\n" + rows);
+        build.first_release = 0;
+        build.old_dir_path = room.write("old.txt", "I\n900 version\nINSTALLER\n\n" + rows);
     }
 
     scratch room;

@@ -132,24 +132,25 @@ TEST(release, three_in_a_row_carry_the_history_of_every_file) {
     alert_catcher alerts;
     for (int release = 1; release <= 3; ++release) {
         SCOPED_TRACE("release " + std::to_string(release));
-        release_name = release_title(release);
-        release_number = 90000 + release;
+        build.release_name = release_title(release);
+        build.release_number = 90000 + release;
         arrange(ref, release);
         build_install();
         ASSERT_EQ(alerts.count(), static_cast<std::size_t>(release)) << alerts.last();
-        EXPECT_NE(alerts.last().find("number " + std::to_string(release_number)), std::string::npos);
+        EXPECT_NE(alerts.last().find("number " + std::to_string(build.release_number)), std::string::npos);
 
-        const std::string text = ref.catalogue(release_name);
+        const std::string text = ref.catalogue(build.release_name);
         ASSERT_EQ(read_directory(text, ""), 3);
         EXPECT_EQ(as_in_the_catalogue(), as_in_the_stories(release));
 
-        first_release = 0;
+        build.first_release = 0;
         if (release == 1) {
             // An earlier builder shipped what is refused now: it leaves the catalogue without a word.
-            old_dir_path = ref.room.write("old.txt", scratch::read(text) + "\nDIR All/Resources/\nFILE 0 0 89000 1 1 " +
-                                                         signature("x") + " shipped.bak\n");
+            build.old_dir_path =
+                ref.room.write("old.txt", scratch::read(text) + "\nDIR All/Resources/\nFILE 0 0 89000 1 1 " +
+                                              signature("x") + " shipped.bak\n");
         } else {
-            old_dir_path = ref.made(release_name) + "directory.txt.zip";
+            build.old_dir_path = ref.made(build.release_name) + "directory.txt.zip";
         }
     }
 }
@@ -188,7 +189,7 @@ DIR Linux/
 FILE 4 3 80000 16777 9 4567 d
 FILE 4 3 90001 0 0 GONE d
 )";
-    EXPECT_EQ(scratch::read(ref.catalogue(release_name)), wanted);
+    EXPECT_EQ(scratch::read(ref.catalogue(build.release_name)), wanted);
 }
 
 TEST(release, tells_what_it_left_out_and_sums_up) {
@@ -206,8 +207,9 @@ TEST(release, tells_what_it_left_out_and_sums_up) {
                 "DIR All/Resources/menus/English/\nFILE 0 0 80000 0 0 0123 Velaris.txt\n");
     build_install();
     EXPECT_EQ(left_out, ref.src() + "All/Aircraft/folder.acf");
-    EXPECT_EQ(sum.folder, ref.made(release_name));
-    EXPECT_EQ(std::to_string(sum.files) + " " + std::to_string(sum.added) + " " + std::to_string(sum.changed) + " " +
-                  std::to_string(sum.same) + " " + std::to_string(sum.withdrawn),
+    EXPECT_EQ(sum.folder, ref.made(build.release_name));
+    EXPECT_EQ(std::to_string(sum.files) + " " + std::to_string(sum.tally.added) + " " +
+                  std::to_string(sum.tally.changed) + " " + std::to_string(sum.tally.same) + " " +
+                  std::to_string(sum.tally.withdrawn),
               "3 1 1 1 1");
 }

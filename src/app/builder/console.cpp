@@ -15,16 +15,18 @@
 
 namespace {
 
-progress_line progress;
-bool interrupted = false;  // by Ctrl-C or a signal, and not by q
+struct {
+    progress_line progress;
+    bool interrupted = false;  // by Ctrl-C or a signal, and not by q
+} face;
 
 void show_progress(const std::string& line1, const std::string& line2, float share) {
-    progress.show(static_cast<double>(share), line1, line2, static_cast<double>(xtim_class::microsecs()) * 1e-6);
+    face.progress.show(static_cast<double>(share), line1, line2, static_cast<double>(xtim_class::microsecs()) * 1e-6);
 }
 
 bool stop_wanted() {
-    interrupted = interrupt_requested() != 0;
-    return interrupted || terminal_key_pressed('q');
+    face.interrupted = interrupt_requested() != 0;
+    return face.interrupted || terminal_key_pressed('q');
 }
 
 void show_scan(float lo, float value, float hi, scan_phase, const std::string& label, const std::string& item) {
@@ -37,27 +39,27 @@ void show_left_out(const std::string& path) {
 }
 
 void show_summary(const release_summary& done) {
-    progress.clear();
+    face.progress.clear();
     std::printf("%s: %d files (%d new, %d changed, %d as before), %lld kB; %d withdrawn\n%s\n", done.name.c_str(),
-                done.files, done.added, done.changed, done.same, std::llround(done.kilobytes), done.withdrawn,
-                done.folder.c_str());
+                done.files, done.tally.added, done.tally.changed, done.tally.same, std::llround(done.kilobytes),
+                done.tally.withdrawn, done.folder.c_str());
     std::fflush(stdout);
 }
 
 void show_alert(const exce_class& alert, const std::string& place, int) {
-    progress.clear();
+    face.progress.clear();
     std::fprintf(stderr, "%s\n%s\n%s\n%s\n%s\n", alert.line1.c_str(), alert.line2.c_str(), alert.line3.c_str(),
                  alert.line4.c_str(), place.c_str());
 }
 
 void leave(int status) {
-    std::exit(interrupted ? 130 : status);
+    std::exit(face.interrupted ? 130 : status);
 }
 
 }  // namespace
 
 void builder_console_open() {
-    progress.open(stdout, isatty(STDOUT_FILENO) != 0);
+    face.progress.open(stdout, isatty(STDOUT_FILENO) != 0);
     alert_front.show = show_alert;
     alert_front.close_display = [](int) { builder_console_close(); };
     alert_front.leave = leave;
@@ -67,11 +69,11 @@ void builder_console_open() {
 }
 
 void builder_console_close() {
-    progress.clear();
+    face.progress.clear();
     restore_terminal();
 }
 
 void builder_problem(const std::string& text) {
-    progress.clear();
+    face.progress.clear();
     std::fprintf(stderr, "%s\n", text.c_str());
 }

@@ -16,12 +16,15 @@
 #include "platform/interrupt.h"
 #include "runtime/oops.h"
 
-static console_options options;
-static int agreed = 0;  // asked once a run
+// Process-wide: what the command line said, set at start-up, and what the user said.
+static struct {
+    console_options options;
+    bool agreed = false;  // asked once a run
+} known;
 
 // A question goes where the results do not.
 static std::FILE* question_stream() {
-    return options.json ? stderr : stdout;
+    return known.options.json ? stderr : stdout;
 }
 
 // One line typed by the user, without its end. False at the end of the input and when a signal asks for the end.
@@ -42,7 +45,7 @@ static bool read_answer(const char* prompt, std::string& answer) {
 }
 
 static int ask_agreement() {
-    if (agreed || options.agree) return agreed = 1;
+    if (known.agreed || known.options.agree) return 1;
     for (const char* paragraph : agreement)
         std::fprintf(question_stream(), "%s\n", paragraph);
     if (!isatty(STDIN_FILENO)) {
@@ -51,8 +54,8 @@ static int ask_agreement() {
     }
     std::string answer;
     if (!read_answer("Do you agree? [y/N] ", answer)) return 0;
-    agreed = answer == "y" || answer == "Y" || answer == "yes";
-    return agreed;
+    known.agreed = answer == "y" || answer == "Y" || answer == "yes";
+    return known.agreed;
 }
 
 static changed_answer ask_changed(const std::string& file, bool removing) {
@@ -67,7 +70,7 @@ static changed_answer ask_changed(const std::string& file, bool removing) {
 }
 
 static changed_answer answer_changed(const std::string& file, bool removing, const std::string&) {
-    switch (options.changed) {
+    switch (known.options.changed) {
         case changed_files::keep:
             return changed_answer::keep;
         case changed_files::overwrite:
@@ -107,7 +110,7 @@ static int typed_folder(const std::string& message, const std::string&, const st
 }
 
 void console_answers_install(const console_options& chosen) {
-    options = chosen;
+    known.options = chosen;
     front.handle_EULA = ask_agreement;
     front.select_alert = answer_changed;
     front.dir_progress_bar = scan_progress;

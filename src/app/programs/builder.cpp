@@ -14,7 +14,18 @@
 #include "runtime/oops.h"
 #include "runtime/startup.h"
 
-static int build() {
+static int run(int argc, char** argv) {
+    std::string complaint;
+    if (!read_builder_settings(argc, argv, complaint)) {
+        builder_problem("velaris-builder: " + complaint + " (--help tells more)");
+        return status_usage;
+    }
+    // A second run would sweep away what the first one has half done.
+    if (lock_folder(build.dst_fold_base) == folder_lock_result::busy) {
+        builder_problem("velaris-builder: another run is at work on " + build.dst_fold_base);
+        return status_busy;
+    }
+    catch_interrupts();
     builder_console_open();
     try {
         build_install();
@@ -24,21 +35,6 @@ static int build() {
         return status_failed;
     }
     return status_complete;
-}
-
-static int run(int argc, char** argv) {
-    std::string complaint;
-    if (!read_builder_settings(argc, argv, complaint)) {
-        builder_problem("velaris-builder: " + complaint + " (--help tells more)");
-        return status_usage;
-    }
-    // A second run would sweep away what the first one has half done.
-    if (lock_folder(dst_fold_base) == folder_lock_result::busy) {
-        builder_problem("velaris-builder: another run is at work on " + dst_fold_base);
-        return status_busy;
-    }
-    catch_interrupts();
-    return build();
 }
 
 int main(int argc, char** argv) {

@@ -48,12 +48,12 @@ constexpr int last_region[] = {0, 0, 7, 9, 10};
 TEST(sets, each_takes_what_belongs_to_it) {
     const reference ref;
     for (const expectation& it : expectations) {
-        reg = tile_regions[is_dvd];
+        build.reg = tile_regions[is_dvd];
         const bool wanted = std::string(it.sets).find(static_cast<char>('0' + is_dvd)) != std::string::npos;
         EXPECT_EQ(is_good_file(ref.src() + it.path, 0, 0), wanted) << it.path;
         EXPECT_FALSE(is_good_file(ref.src() + it.path, 0, 1)) << "is not there: " << it.path;
         if (is_dvd < 2) continue;
-        ++reg;
+        ++build.reg;
         EXPECT_FALSE(is_good_file(ref.src() + it.path, 0, 0)) << "in another region: " << it.path;
     }
 }
@@ -84,7 +84,7 @@ TEST(sets, each_is_cut_into_its_regions) {
 TEST(sets, a_fault_in_the_last_region_leaves_none) {
     const reference ref;
     alert_catcher alerts;
-    builder_front.stop_wanted = [] { return reg == last_region[is_dvd]; };
+    builder_front.stop_wanted = [] { return build.reg == last_region[is_dvd]; };
     EXPECT_THROW(build_install(), left);
     for (int region = 0; region <= 10; ++region)
         EXPECT_FALSE(scratch::exists(ref.dst() + region_name(region)));
@@ -94,7 +94,7 @@ TEST(sets, a_disc_has_no_history_and_needs_the_large_textures) {
     static int withdrawn = 0;
     const reference ref;
     alert_catcher alerts;
-    builder_front.finished = [](const release_summary& sum) { withdrawn += sum.withdrawn; };
+    builder_front.finished = [](const release_summary& sum) { withdrawn += sum.tally.withdrawn; };
     ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 0123 gone.wpn\n");
     build_install();
     EXPECT_EQ(withdrawn, is_dvd == 0 ? 1 : 0);
