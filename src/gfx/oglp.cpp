@@ -8,7 +8,6 @@
 #include "gfx/tman.h"
 
 static constexpr int most_tex_units = 8;
-static constexpr int first_untinted = 46;
 
 // What the context is set to. Every switch of these states goes through OGL_setstate, or this is no longer true.
 static struct {
@@ -84,7 +83,7 @@ static void flat_state() {
 void OGL_set_color(int color, float alpha) {
     const float* entry = colr.rgb(color);
     float rgb[3] = {entry[0], entry[1], entry[2]};
-    if (color < first_untinted)
+    if (color < colour_first_untinted)
         for (int i = 0; i < 3; ++i)
             rgb[i] *= colr.tint[i];
     alpha *= ren.alpha_scale;
@@ -130,7 +129,7 @@ void OGL_framerect(int color, float alpha, float x, float y, float dx, float dy)
 }
 
 void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
-    OGL_fillrect(12, alpha, x1, y1, x2 - x1, y2 - y1);
+    OGL_fillrect(colour_black, alpha, x1, y1, x2 - x1, y2 - y1);
 }
 
 void OGL_line(int color, float alpha, float x1, float y1, float x2, float y2) {

@@ -7,6 +7,7 @@
 
 #include "display/display.h"
 #include "files/io_utils.h"
+#include "gfx/colr.h"
 #include "gfx/glext.h"
 #include "gfx/images/tex.h"
 #include "gfx/oglp.h"
@@ -74,7 +75,7 @@ void OGL_recover() {
 }
 
 void OGL_plot_back_col() {
-    OGL_fillrect(34, 1.0f, -mnw.wind_x, -mnw.wind_y, static_cast<float>(mnw.screen_dx),
+    OGL_fillrect(colour_back, 1.0f, -mnw.wind_x, -mnw.wind_y, static_cast<float>(mnw.screen_dx),
                  static_cast<float>(mnw.screen_dy));
 }
 
@@ -90,8 +91,8 @@ void OGL_plot_back_tex() {
     const float first_y = -std::ceil(mnw.wind_y / back_dy) * back_dy;
     for (float y = first_y; y < top; y += back_dy)
         for (float x = first_x; x < right; x += back_dx)
-            OGL_2dquad(tex_back_1, 49, 1.0f, x, y, 0, 0, x, y + back_dy, 0, t, x + back_dx, y + back_dy, s, t,
-                       x + back_dx, y, s, 0, 1, alpha_blend);
+            OGL_2dquad(tex_back_1, colour_picture, 1.0f, x, y, 0, 0, x, y + back_dy, 0, t, x + back_dx, y + back_dy, s,
+                       t, x + back_dx, y, s, 0, 1, alpha_blend);
 }
 
 void OGL_sbuff() {

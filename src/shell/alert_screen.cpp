@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "runtime/oops.h"
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr int label_colour = 43;
 constexpr std::array<float, 4> line_y = {205, 165, 125, 85};
 constexpr float place_y = 45;
 constexpr int rows_of_line = 4;  // what lies between two lines
@@ -38,8 +38,8 @@ int draw(const alert_texts& texts) {
     float next_x = 0, next_y = 0;
     BTN_subwin(0, box_panel, -1, 35, -1, -1, "", &next_x, &next_y);
     for (std::size_t i = 0; i < texts.lines.size(); ++i)
-        OGL_string(label_colour, middle, line_y[i], texts.lines[i], wrap, charset_text, align_centre);
-    if (!texts.place.empty()) OGL_string(label_colour, middle, place_y, texts.place, wrap, charset_text, align_centre);
+        OGL_string(colour_label, middle, line_y[i], texts.lines[i], wrap, charset_text, align_centre);
+    if (!texts.place.empty()) OGL_string(colour_label, middle, place_y, texts.place, wrap, charset_text, align_centre);
     return BTN_action(middle, 18, -1, 0, 1, stls.ok, "-");
 }
 

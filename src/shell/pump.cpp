@@ -156,7 +156,7 @@ void draw_help(const std::string& text) {
     const float x = std::max(mnw.mouse_x - width - 15, left + margin);
     const float y = std::min(mnw.mouse_y + 15, top - height - margin);
     BTN_frame2(box_bright, x - margin, y - margin, width + 2 * margin, height + 2 * margin, "");
-    OGL_string(47, x + 3, y + height - line_height, text, 394, charset_text, align_left);
+    OGL_string(colour_help, x + 3, y + height - line_height, text, 394, charset_text, align_left);
 }
 
 void draw_cursor(int code) {
@@ -169,7 +169,7 @@ void draw_cursor(int code) {
     const bool held = mnw.mouse_held && (code == 11 || code == 12);
     const float ax = 200.0f + 32.0f * static_cast<float>(cell.column + held) + 15;
     const float ay = 293.0f + 32.0f * static_cast<float>(cell.row) + 15;
-    BTN_util_element(std::round(mnw.mouse_x), std::round(mnw.mouse_y), ax, ay, 15, 15, 49);
+    BTN_util_element(std::round(mnw.mouse_x), std::round(mnw.mouse_y), ax, ay, 15, 15, colour_picture);
 }
 
 }  // namespace

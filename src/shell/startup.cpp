@@ -3,6 +3,7 @@
 
 #include "display/display.h"
 #include "gfx/builtin.h"
+#include "gfx/colr.h"
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -83,8 +84,8 @@ void MACIBM_show_init(const std::string& text, const float* fraction) {
     const float share = std::clamp(fraction ? *fraction : steps, 0.02f, 1.0f);
     OGL_plot_back_col();
     BTN_frame2(box_dark, 10, 31, 320, 200, "");
-    OGL_string(49, 20, 210, maker_site, 300, charset_text, align_left);
-    OGL_string(61, 20, 60, text, 300, charset_text, align_left);
+    OGL_string(colour_picture, 20, 210, maker_site, 300, charset_text, align_left);
+    OGL_string(colour_note, 20, 60, text, 300, charset_text, align_left);
     BTN_progress_bar(8, 1016, 15, share);
     OGL_sbuff();
 }

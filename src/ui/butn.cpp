@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -9,7 +10,6 @@
 
 namespace {
 
-constexpr int label_colour = 43, glowing_colour = 80, text_colour = 45;
 constexpr std::size_t longest_line = 12;
 
 // The place nearest the middle at which a label may be broken; npos if there is none.
@@ -69,7 +69,7 @@ label_parts expand_label(const std::string& label) {
 }
 
 void BTN_util_draw_label(float x, float y, int side, const std::string& label, int glow) {
-    const int colour = glow ? glowing_colour : label_colour;
+    const int colour = glow ? colour_latched : colour_label;
     const int align = side == label_ends_at ? align_right : side == label_centred ? align_centre : align_left;
     const auto draw = [&](float line, const std::string& text) {
         OGL_string(colour, x, line, text, 9999, charset_text, align);
@@ -99,7 +99,7 @@ int BTN_action(float x, float y, float width, int latched, int feedback, const s
     BTN_frame1(bar_button_up, x, y, width, 0);
     if (latched) BTN_frame1(bar_button_down, x, y, width, 0);
     BTN_util_draw_label(x, y - 3, label_centred, parts.left, glow);
-    if (text != "-") OGL_string(text_colour, x + width / 2 + 10, y + 7, text, 500, charset_text, align_left);
+    if (text != "-") OGL_string(colour_field, x + width / 2 + 10, y + 7, text, 500, charset_text, align_left);
 
     const float left = x - width / 2, right = x + width / 2;
     help_in(left, y - 10, right, y + 10, parts.help);

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "display/virtual_keys.h"
+#include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -14,7 +15,6 @@
 
 namespace {
 
-constexpr int number_colour = 45, hot_colour = 8;
 constexpr int most_columns = 10;  // that have working arrows
 constexpr int cursor_up = 13, cursor_down = 14;
 
@@ -129,8 +129,8 @@ int BTN_flt_range(float x, float y, float* value, int digits, int decimals, floa
 
     draw_box(x, y, digits, parts);
     draw_arrows(f);
-    if (focused) OGL_fillrect(hot_colour, 1, x + 2 + static_cast<float>(10 * hot_digit), y - 2, 9, 11);
-    OGL_number(number_colour, x + 3, y, *value, digits, decimals, charset_digits);
+    if (focused) OGL_fillrect(colour_selection, 1, x + 2 + static_cast<float>(10 * hot_digit), y - 2, 9, 11);
+    OGL_number(colour_field, x + 3, y, *value, digits, decimals, charset_digits);
     return *value != before;
 }
 
@@ -176,5 +176,5 @@ int BTN_fltij(int i, int j, float* value, int digits, int decimals, int is_signe
 
 void BTN_display_number(float x, float y, float value, int digits, int decimals, const std::string& label) {
     draw_box(x, y, digits, expand_label(label));
-    OGL_number(number_colour, x + 4, y, value, digits, decimals, charset_digits);
+    OGL_number(colour_field, x + 4, y, value, digits, decimals, charset_digits);
 }

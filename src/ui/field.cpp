@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr int text_colour = 45, selection_colour = 8;
 constexpr float field_line = 11;  // height of the one line, of which `below` lies under the base line
 constexpr float below = 2;
 constexpr char blanks[] = {' ', '\t', '\r', '\n', '\v', '\f'};
@@ -41,8 +40,8 @@ constexpr float box_pitch = 24, box_middle = 8;
 
 void draw_box(float x, float y, char c, bool with_caret) {
     BTN_frame1(bar_field, x + box_middle, y + 3, 20, 0);
-    if (with_caret) OGL_line(text_colour, colr.blink, x + 2, y - 2, x + 2 * box_middle - 2, y - 2);
-    if (c) OGL_string(text_colour, x + box_middle, y, std::string(1, c), 9999, charset_text, align_centre);
+    if (with_caret) OGL_line(colour_field, colr.blink, x + 2, y - 2, x + 2 * box_middle - 2, y - 2);
+    if (c) OGL_string(colour_field, x + box_middle, y, std::string(1, c), 9999, charset_text, align_centre);
 }
 
 // A character goes into its box and the caret to the next one; left and right move it. 1 if the text changed.
@@ -89,9 +88,9 @@ int bytes_that_fit(const char* at, int count, int step, float width) {
 
 void draw_selection(float* rect) {
     if (rect[0] == rect[2])
-        OGL_line(text_colour, colr.blink, rect[0], rect[1], rect[0], rect[3]);
+        OGL_line(colour_field, colr.blink, rect[0], rect[1], rect[0], rect[3]);
     else
-        OGL_fillrect(selection_colour, 1.0f, rect[0], rect[1], rect[2] - rect[0], rect[3] - rect[1]);
+        OGL_fillrect(colour_selection, 1.0f, rect[0], rect[1], rect[2] - rect[0], rect[3] - rect[1]);
 }
 
 void visible_bounds(float* bounds) {
@@ -135,7 +134,7 @@ const OGLE_callbacks OGLE_cbs = {
     },
     // The place comes from the logical bounds, so it is scrolled already.
     [](OGLE_Rec*, const char* begin, const char* end, float x, float y) {
-        OGL_string(text_colour, x, y + below, std::string(begin, end), 9999, charset_text, align_left);
+        OGL_string(colour_field, x, y + below, std::string(begin, end), 9999, charset_text, align_left);
     },
     [](OGLE_Rec*, float* rect) { draw_selection(rect); },
     [](OGLE_Rec*, const char* begin, const char* end) {
@@ -231,7 +230,7 @@ int BTN_enterstring(float x, float y, std::string* text, int max_chars, const st
     if (focused)
         OGLE_Draw(engine(), 1);
     else
-        OGL_string(text_colour, x, y, *text, 9999, charset_text, align_left);
+        OGL_string(colour_field, x, y, *text, 9999, charset_text, align_left);
     OGL_scissors_end();
     host.OGLE_input = nullptr;
     return *text != before;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "gfx/tman.h"
@@ -101,7 +102,7 @@ float even_width(float width) {
 }
 
 int title_colour(int type) {
-    return type == box_window_corners ? 40 : type == box_dark ? 47 : 43;
+    return type == box_window_corners ? colour_title : type == box_dark ? colour_help : colour_label;
 }
 
 void draw_title(int type, float x, float y, float width, float height, const std::string& title) {

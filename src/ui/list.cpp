@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/text.h"
 #include "runtime/oops.h"
@@ -16,7 +17,6 @@ namespace {
 
 constexpr const char* place = "HLutils/OOPS_cpp/butn";
 constexpr int most_rows = 300, row_height = 12;
-constexpr int row_colour = 38, tab_chosen_colour = 41, tab_colour = 42;
 
 std::vector<std::string> split_rows(const std::string& items, const std::string& label) {
     if (items.find('|') != std::string::npos)
@@ -102,7 +102,7 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
         fill_popup(x, y, width, *value, rows);
         *value = std::clamp(*value + slide(), 0, last);
     } else {
-        OGL_string(row_colour, x, y, rows[static_cast<std::size_t>(*value)], 9999, charset_text, align_centre);
+        OGL_string(colour_menu, x, y, rows[static_cast<std::size_t>(*value)], 9999, charset_text, align_centre);
         help_in(x + 10 - half, y - 2, x + 10 + half, y + 8, parts.help);
     }
     return chosen;
@@ -113,7 +113,7 @@ int BTN_tab(int column, int row, int* value, int my_value, const std::string& la
     const float x = static_cast<float>(column * 88 + 53), y = mnw.wind_dy - 38 - static_cast<float>(row * 32);
     const bool chosen = *value == my_value;
     BTN_util_element(x, y, 253, chosen ? 499 : 472, 49, 13, 0);
-    OGL_string(chosen ? tab_chosen_colour : tab_colour, x - 40, y - 4, parts.left, 9999, charset_text, align_left);
+    OGL_string(chosen ? colour_tab_chosen : colour_tab, x - 40, y - 4, parts.left, 9999, charset_text, align_left);
     help_in(x - 50, y - 13, x + 40, y + 13, parts.help);
     if (!pressed_in(x - 50, y - 13, x + 40, y + 13)) return 0;
     *value = my_value;

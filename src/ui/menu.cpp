@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -15,7 +16,6 @@ void (*menu_chosen)(int menu, int item) = nullptr;
 
 namespace {
 
-constexpr int text_colour = 38, dark_line = 35, light_line = 37, highlight_colour = 36;
 constexpr float highlight_alpha = 0.25f;
 constexpr int wide_language = 6;  // its titles need the charset of large cells
 
@@ -74,12 +74,12 @@ void draw_bar() {
     for (const menu_struct& one : menu) {
         const menu_box title = box_of(one);
         if (one.owner == -1 || one.owner == mnw.wind_id)
-            OGL_string(text_colour, title.left + 10, title.bottom + 6, one.title, 9999, charset, align_left);
+            OGL_string(colour_menu, title.left + 10, title.bottom + 6, one.title, 9999, charset, align_left);
     }
 }
 
 void highlight(const menu_box& place) {
-    OGL_fillrect(highlight_colour, highlight_alpha, place.left, place.bottom, place.right - place.left,
+    OGL_fillrect(colour_highlight, highlight_alpha, place.left, place.bottom, place.right - place.left,
                  place.top - place.bottom);
 }
 
@@ -87,8 +87,8 @@ void draw_column_lines(const std::vector<item_struct>& items, const menu_box& bo
     for (std::size_t i = 1; i < items.size(); ++i) {
         const float left = box_of(items[i]).left;
         if (items[i].left == items[i - 1].left) continue;
-        OGL_line(dark_line, 1, left, box.bottom, left, box.top);
-        OGL_line(light_line, 1, left + 1, box.bottom, left + 1, box.top);
+        OGL_line(colour_groove, 1, left, box.bottom, left, box.top);
+        OGL_line(colour_ridge, 1, left + 1, box.bottom, left + 1, box.top);
     }
 }
 
@@ -96,17 +96,17 @@ void draw_item(const item_struct& item, float indent) {
     const menu_box box = box_of(item);
     if (is_separator(item)) {
         const float y = std::floor((box.bottom + box.top) / 2);
-        OGL_line(light_line, 1, box.left, y, box.right, y);
-        OGL_line(dark_line, 1, box.left, y - 1, box.right, y - 1);
+        OGL_line(colour_ridge, 1, box.left, y, box.right, y);
+        OGL_line(colour_groove, 1, box.left, y - 1, box.right, y - 1);
         return;
     }
     constexpr float key_margin = 5;
     const int charset = item.table_size ? charset_table : charset_text;
     const bool marked = !item.text.empty() && item.text[0] == '=';
-    OGL_string(text_colour, box.left + indent, box.bottom + 3, marked ? item.text.substr(1) : item.text, 9999, charset,
+    OGL_string(colour_menu, box.left + indent, box.bottom + 3, marked ? item.text.substr(1) : item.text, 9999, charset,
                align_left);
     if (!item.key.empty())
-        OGL_string(text_colour, box.right - key_margin, box.bottom + 3, "[" + item.key + "]", 9999, charset_text,
+        OGL_string(colour_menu, box.right - key_margin, box.bottom + 3, "[" + item.key + "]", 9999, charset_text,
                    align_right);
 }
 

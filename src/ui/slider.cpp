@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/text.h"
 #include "runtime/oops.h"
@@ -14,7 +15,6 @@ namespace {
 
 constexpr const char* place = "HLutils/OOPS_cpp/butn";
 constexpr int slider_count = 4;
-constexpr int grabbed_colour = 47, text_colour = 43, no_fill = 12;
 constexpr float reach = 11;  // of a thumb, to all sides
 
 // Carries `at` from one stretch to another, held to that one. A stretch without length gives the other's start.
@@ -64,7 +64,7 @@ int BTN_vert_slider(int index, float x, float y_bottom, float y_top, int min, in
         wanted += steps(x, y_bottom, y_top, thumb);
     *value = static_cast<int>(std::clamp<long long>(wanted, min, max));
 
-    const int colour = grabbed ? grabbed_colour : 0;
+    const int colour = grabbed ? colour_help : colour_white;
     constexpr float column = 92, half_width = 9;
     BTN_util_element(x, y_top + 8, column, 277, half_width, 11, colour);
     BTN_util_element(x, std::round(thumb), column, 252, half_width, 12, colour);
@@ -81,14 +81,14 @@ int BTN_horz_slider(float x, float y, float width, int color, float min, float m
     draw_side_labels(x - 8, x + width + 8, y, parts);
     help_in(x, y - 7, x + width, y + 7, parts.help);
     if (mouse_in(x, y - 7, x + width, y + 7))
-        OGL_string(text_colour, x + width / 2, y + 10, text, 9999, charset_text, align_centre);
+        OGL_string(colour_label, x + width / 2, y + 10, text, 9999, charset_text, align_centre);
 
     const bool slider_grabbed =
         live && mnw.mouse_held && mnw.menu_open == -1 && mouse_in(x - grip, y - grip, x + width + grip, y + grip);
     if (slider_grabbed) *value = carry(mnw.mouse_x, x, x + width, min, max);
 
     const float filled = carry(*value, min, max, 0, width);
-    if (color != no_fill && filled > 0) {
+    if (color != colour_no_fill && filled > 0) {
         const float drawn = std::max(filled, shortest_fill);  // both its ends
         BTN_frame1(bar_slider_fill, x + drawn / 2, y, drawn, color);
     }

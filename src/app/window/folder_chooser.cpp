@@ -6,6 +6,7 @@
 #include "app/window/tones.h"
 #include "files/io_utils.h"
 #include "files/opensave.h"
+#include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "platform/folder_dialog.h"
@@ -17,8 +18,6 @@
 #include "ui/slider.h"
 
 namespace {
-
-constexpr int path_colour = 45;
 
 // What the window shows while the desktop's dialog is open. A press into its corner closes the dialog too.
 bool keep_dialog_open() {
@@ -120,9 +119,9 @@ void folder_browser::draw_rows() {
         const std::string& name = names[static_cast<std::size_t>(i)];
         const float row_top = top - static_cast<float>(i - first_row) * row_height, row_bottom = row_top - row_height;
         if (mouse_in(left, row_bottom + 1, right, row_top))
-            OGL_fillrect(36, 0.25f, left + 2, row_bottom, right - left - 4, row_height);
+            OGL_fillrect(colour_highlight, 0.25f, left + 2, row_bottom, right - left - 4, row_height);
         const std::string words = name == ".." ? "one folder up" : latin1_of_path(name);
-        OGL_string(path_colour, left + 12, row_bottom + 5, fit_text(words, right - left - 24, 1), 9999, charset_text,
+        OGL_string(colour_field, left + 12, row_bottom + 5, fit_text(words, right - left - 24, 1), 9999, charset_text,
                    align_left);
         if (pressed_in(left, row_bottom + 1, right, row_top)) {
             enter(name);

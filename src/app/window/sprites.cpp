@@ -7,18 +7,17 @@
 #include "gfx/tman.h"
 #include "ui/butn.h"
 
-static constexpr int sprite_colour = 102;
 static constexpr float sheet_side = 1024;
 
 int interface_rect(float x, float y, float tex_x, float tex_y, float w, float h, int live, int tint) {
     static const float tints[3][3] = {{1, 1, 1}, {0.8f, 1, 0.8f}, {1, 0.8f, 0.8f}};
     const float* rgb = tints[std::clamp(tint, 0, 2)];
-    colr.assign(sprite_colour, rgb[0], rgb[1], rgb[2]);
+    colr.assign(colour_sprite, rgb[0], rgb[1], rgb[2]);
     const bool inside = mouse_in(x, y, x + w, y + h);
     if (live && inside) tex_y -= (h + 1) * (mnw.mouse_held ? 2.0f : 1.0f);
     const float s1 = tex_x / sheet_side, s2 = (tex_x + w) / sheet_side;
     const float t1 = tex_y / sheet_side, t2 = (tex_y + h) / sheet_side;
-    OGL_2dquad(tex_installer, sprite_colour, 1, x, y, s1, t1, x, y + h, s1, t2, x + w, y + h, s2, t2, x + w, y, s2, t1,
+    OGL_2dquad(tex_installer, colour_sprite, 1, x, y, s1, t1, x, y + h, s1, t2, x + w, y + h, s2, t2, x + w, y, s2, t1,
                1, alpha_blend);
     return inside && mnw.mouse_down && mnw.menu_open == -1;
 }
@@ -35,5 +34,6 @@ int interface_icon(float x, float y, int index) {
 }
 
 void draw_background() {
-    OGL_2dquad(tex_back_1, 49, 1, 0, 0, 0, 0, 0, 768, 0, 0.75f, 1024, 768, 1, 0.75f, 1024, 0, 1, 0, 1, alpha_blend);
+    OGL_2dquad(tex_back_1, colour_picture, 1, 0, 0, 0, 0, 0, 768, 0, 0.75f, 1024, 768, 1, 0.75f, 1024, 0, 1, 0, 1,
+               alpha_blend);
 }

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "app/words.h"
-
-enum : int { colour_bad_news = 1, colour_good_news = 13, colour_text = 46, colour_error = 69 };
+#include "gfx/colr.h"
 
 constexpr int colour_of(tone kind) {
     switch (kind) {
