@@ -19,11 +19,6 @@ static std::string set_path(int set) {
     return folder.empty() ? folder : folder + "Velaris Installer.prf";
 }
 
-static void bound_sizes(display_prefs_t& d) {
-    if (d.x_res_req_ALL < 600 || d.x_res_req_ALL > 9999) d.x_res_req_ALL = 1024;
-    if (d.y_res_req_ALL < 600 || d.y_res_req_ALL > 9999) d.y_res_req_ALL = 768;
-}
-
 static void io_display(scan_class& file, display_prefs_t& d) {
     if (file.io_dir == scan_write) {
         d.prefs_found = 1;
@@ -47,7 +42,8 @@ static void io_display(scan_class& file, display_prefs_t& d) {
     file.int_io(&d.keylist_up, "_keylist_up");
     file.int_io(&d.sec_mon_inuse, "_sec_mon_inuse");
     file.int_io(&d.prefs_found, "_prefs_found");
-    bound_sizes(d);
+    if (d.x_res_req_ALL < 600 || d.x_res_req_ALL > 9999) d.x_res_req_ALL = 1024;
+    if (d.y_res_req_ALL < 600 || d.y_res_req_ALL > 9999) d.y_res_req_ALL = 768;
 }
 
 static void io_installer(scan_class& file) {

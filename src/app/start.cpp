@@ -13,20 +13,6 @@
 #include "platform/folders.h"
 #include "runtime/log.h"
 
-static std::string folder_of(int which) {
-    std::string path;
-    get_OS_abs_path(which, &path);
-    return path;
-}
-
-static void log_folders() {
-    xer << "os_dir_this_app\t\t=" << folder_of(os_dir_this_app) << '\n';
-    xer << "os_dir_desktop\t\t=" << folder_of(os_dir_desktop) << '\n';
-    xer << "os_dir_default_apps\t=" << folder_of(os_dir_default_apps) << '\n';
-    xer << "os_dir_temp\t\t\t=" << folder_of(os_dir_temp) << '\n';
-    xer << "os_dir_prefs\t\t\t=" << folder_of(os_dir_prefs) << "\n\n";
-}
-
 // The folder as the user sees it: from the current folder where it is relative, and with its "/".
 static std::string folder_argument(const char* text) {
     std::string path = text;
@@ -38,7 +24,22 @@ static std::string folder_argument(const char* text) {
 }
 
 void app_start(int argc, char* const* argv) {
-    log_folders();
+    // For whoever reads the log: where things lie on this machine.
+    const struct {
+        const char* label;
+        int which;
+    } folders[] = {{"os_dir_this_app\t\t=", os_dir_this_app},
+                   {"os_dir_desktop\t\t=", os_dir_desktop},
+                   {"os_dir_default_apps\t=", os_dir_default_apps},
+                   {"os_dir_temp\t\t\t=", os_dir_temp},
+                   {"os_dir_prefs\t\t\t=", os_dir_prefs}};
+    for (const auto& folder : folders) {
+        std::string path;
+        get_OS_abs_path(folder.which, &path);
+        xer << folder.label << path << '\n';
+    }
+    xer << '\n';
+
     dest_dir_path = default_destination();
     xer << "dest_dir_path=" << dest_dir_path << '\n';
     flow_start();

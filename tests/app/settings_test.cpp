@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <tuple>
 
 #include "app/console/options.h"
 #include "app/dest.h"
@@ -9,6 +10,7 @@
 #include "app/start.h"
 #include "engine/stg.h"
 #include "files/scan.h"
+#include "net/proxy.h"
 #include "platform/folders.h"
 #include "runtime/cmdline.h"
 #include "support/alerts.h"
@@ -48,25 +50,24 @@ class Settings : public ::testing::Test {
     std::vector<char*> argv;
 };
 
-TEST_F(Settings, TheCommandLineWinsOverTheFile) {
-    home.write("config/velaris/Velaris Installer.prf",
-               "A\r\n9001 version\r\n_stream_count 2\r\n_dest_dir_path /a b/\r\n_unknown x\r\n");
+TEST_F(Settings, WhatIsWrittenIsReadBackAndTheCommandLineWins) {
+    const auto all = [] {
+        return std::tie(stg.use_max_cpu, stg.rename_folder, stg.stream_count, stg.log_actions, stg.always_ask_dir,
+                        proxy.proxy_port, dest_dir_path, proxy.proxy_host, proxy.proxy_port_str);
+    };
+    const std::tuple<int, int, int, int, int, int, std::string, std::string, std::string> wanted = {
+        1, 0, 3, -7, 1, 65535, "/a  b/\xff/", "proxy", "8080"};
+    all() = wanted;
+    pref.IO_set(pref_installer, scan_write);
+    stg = stg_t{};
+    proxy.proxy_port = 0;
+    dest_dir_path = proxy.proxy_host = proxy.proxy_port_str = "";
+    pref.IO_set(pref_installer, scan_read);
+    EXPECT_TRUE(all() == wanted);
     arguments({"--pref:_stream_count=4", "--pref:_log_actions"});
-    stg.log_actions = 7;
     pref.IO_set(pref_installer, scan_read);
     EXPECT_EQ(stg.stream_count, 4);
     EXPECT_EQ(stg.log_actions, 0);
-    EXPECT_EQ(dest_dir_path, "/a b/");
-}
-
-TEST_F(Settings, AFileOfAnotherVersionOrKindIsAsGoodAsNone) {
-    for (const char* bytes :
-         {"I\n900 version\n_stream_count 2\n", "x\n9001 version\n_stream_count 2\n", "", "\xff\xfe"}) {
-        home.write("config/velaris/Velaris Installer.prf", bytes);
-        stg.stream_count = 1;
-        pref.IO_set(pref_installer, scan_read);
-        EXPECT_EQ(stg.stream_count, 1) << bytes;
-    }
 }
 
 TEST_F(Settings, APlaceThatCannotBeWrittenIsToldAndEndsNothing) {

@@ -13,6 +13,14 @@ struct complaint {
 };
 
 const complaint complaints[] = {
+    {"no All", [](const reference& r) { r.remove("All"); }, "\n!found_all_fold\n", 538},
+    {"no Linux", [](const reference& r) { r.remove("Linux"); }, "\n!found_X86_fold\n", 541},
+    {"no All/Weapons", [](const reference& r) { r.remove("All/Weapons"); }, "\n!found_wpn_fold\n", 543},
+    {"no All/Aircraft", [](const reference& r) { r.remove("All/Aircraft"); }, "\n!found_acf_fold\n", 545},
+    {"no All/Resources/plugins", [](const reference& r) { r.remove("All/Resources/plugins"); }, "\n!found_plug\t \n",
+     550},
+    {"no All/Resources/menus", [](const reference& r) { r.remove("All/Resources/menus"); }, "\n!found_men_file\n", 554},
+    {"no All/Resources/text", [](const reference& r) { r.remove("All/Resources/text"); }, "\n!found_tex_file\n", 555},
     {"what must not be there", [](const reference& r) { r.put("All/Resources-UAH/ac_threat.dat", ""); },
      "What the hell is THIS doing in here!?!?!?\nResources-UAH/\n", 426},
     {"a file in All", [](const reference& r) { r.put("All/x.txt", ""); }, "I FOUND A FILE INSIDE THE 'ALL' FOLDER!",
@@ -76,30 +84,8 @@ TEST(complaints, each_fault_ends_the_run_by_its_name_and_leaves_no_release) {
         }
         EXPECT_FALSE(scratch::exists(ref.dst() + build.release_name));
         EXPECT_FALSE(scratch::exists(ref.dst() + build.release_name + ".unfinished/directory.txt.zip"));
-    }
-}
-
-// The long work must not begin before the copy is known to be whole.
-TEST(complaints, a_missing_landmark_is_found_before_anything_is_compressed) {
-    const struct {
-        const char *missing, *name;
-        int line;
-    } landmarks_of_a_copy[] = {
-        {"All", "all_fold\n", 538},
-        {"Linux", "X86_fold\n", 541},
-        {"All/Weapons", "wpn_fold\n", 543},
-        {"All/Aircraft", "acf_fold\n", 545},
-        {"All/Resources/plugins", "plug\t \n", 550},
-        {"All/Resources/menus", "men_file\n", 554},
-        {"All/Resources/text", "tex_file\n", 555},
-    };
-    for (const auto& it : landmarks_of_a_copy) {
-        const reference ref;
-        alert_catcher alerts;
-        ref.remove(it.missing);
-        EXPECT_THROW(build_install(), left);
-        EXPECT_NE(alerts.last().find(std::string("\n!found_") + it.name), std::string::npos) << alerts.last();
-        EXPECT_EQ(alerts.seen.back().line, it.line) << it.missing;
-        EXPECT_FALSE(scratch::exists(ref.dst() + build.release_name + ".unfinished/All"));
+        // The long work must not begin before the copy is known to be whole.
+        const bool found_at_work = it.line == 319 || it.line == 260 || it.line == 292;
+        EXPECT_EQ(scratch::exists(ref.dst() + build.release_name + ".unfinished/All"), found_at_work);
     }
 }

@@ -139,8 +139,6 @@ MADE = {
     "scanner": lambda: {"other-line-ends": b"hlxst\nA\r820 version\rSERVERS\r\rSERVER host\r",
                         "numbers": b"bpqrs\ni" + struct.pack("<I", 900) + b"rest of the data",
                         "swapped": b"bpqrs\na" + struct.pack(">I", 900) + b"rest of the data"},
-    "preferences": lambda: {"edited": b"A\r\n9001 version\r\n_stream_count -99999999999\r\n\r\n_dest_dir_path \t x \r\n"
-                                      b"_proxy_host\r\n"},
     "editor": lambda: {"typing": b"<The quick brown fox\rjumps over\t the \10\10lazy dog\34\34\36\36\37x",
                        "commands": b"\x20\xff\0\xfd\0\xfb\x45\xf8\x33\xf9\x88 x\xfa\x91\xfc\x33\xfe\7ab",
                        "narrow": b"\1word by word\xfb\x12\xfb\x22\xfe\4\xfe\5\10"},

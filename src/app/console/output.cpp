@@ -114,22 +114,11 @@ void console_sentence(const sentence& said) {
     std::fflush(stdout);
 }
 
-// A state that comes and goes many times a second, such as a check that is tried again, is one sentence.
-static std::string header_key(const sentence& header) {
-    const bool checking = !next.all_done && stg.server_cnt > 0 && stg.dir_state == dir_fetching;
-    return checking ? "checking" : without_digits(header.text);
-}
-
-// A run may fail and try again for hours; its sentences go out at most every five seconds.
-static bool failing_is_due() {
-    if (output.last_failing >= 0 && seconds_now() - output.last_failing < 5) return false;
-    output.last_failing = seconds_now();
-    return true;
-}
-
 void console_flow_sentences() {
     const sentence header = header_sentence();
-    const std::string key = header_key(header);
+    // A state that comes and goes many times a second, such as a check that is tried again, is one sentence.
+    const bool checking = !next.all_done && stg.server_cnt > 0 && stg.dir_state == dir_fetching;
+    const std::string key = checking ? "checking" : without_digits(header.text);
     if (key != output.last_header) {
         output.last_header = key;
         console_sentence(header);
@@ -137,7 +126,12 @@ void console_flow_sentences() {
     // Between catalogue and scan nothing is known of the disk yet. While files travel the progress line says it better
     // than a sentence for each file; failures still count.
     if (stg.dir_state == dir_unread) return;
-    if (stg.install_state == install_running && (!stg.down_failed || !failing_is_due())) return;
+    if (stg.install_state == install_running) {
+        // A run may fail and try again for hours; its sentences go out at most every five seconds.
+        const bool due = output.last_failing < 0 || seconds_now() - output.last_failing >= 5;
+        if (!stg.down_failed || !due) return;
+        output.last_failing = seconds_now();
+    }
     const status_sentences status = status_lines();
     for (int i = 0; i < 3; ++i) {
         if (status.line[i].text == output.last_status[i]) continue;
