@@ -91,64 +91,27 @@ constexpr glext_group glext_groups[] = {
     {blend_entry_points, {&OGL_extensions::sblend_avail}},
 };
 
-// What the driver tells of its programs and shaders; for the log.
+// What the driver tells of its programs or shaders: instructions, parameters, temporaries and attributes, or their like.
 constexpr int limit_count = 4;
 using limits = std::array<GLint, limit_count>;
-limits vprog_limits, fprog_limits, vshader_limits;
-const char* shading_language;
 
 bool has(const char* extension) {
     return std::strstr(ren.extensions, extension) != nullptr;
 }
 
-bool renderer_has(const char* part) {
-    return std::strstr(ren.renderer, part) != nullptr;
-}
-
-const char* driver_text(GLenum which) {
+const char* driver_text(GLenum which, const char* if_none = "") {
     const GLubyte* text = glGetString(which);
-    return text ? reinterpret_cast<const char*>(text) : "";
+    return text ? reinterpret_cast<const char*>(text) : if_none;
 }
 
-void read_driver(OGL_extensions& ext) {
-    ren.vendor = driver_text(GL_VENDOR);
-    ren.renderer = driver_text(GL_RENDERER);
-    ren.version = driver_text(GL_VERSION);
-    ren.extensions = driver_text(GL_EXTENSIONS);
-    int major = 0, minor = 0;
-    const int found = std::sscanf(ren.version, "%d.%d", &major, &minor);
-    ext.version = found == 2 ? major * 100 + minor * 10 : 0;
+GLint integer(GLenum which) {
+    GLint value = 0;
+    glGetIntegerv(which, &value);
+    return value;
 }
 
-void set_flags(OGL_extensions& ext) {
-    for (const flag_row& row : flag_rows)
-        ext.*row.feature = has(row.extension) || (row.or_else && has(row.or_else)) ||
-                           (row.core_version && ext.version >= row.core_version);
-    ext.sblend_avail =
-        (has("GL_EXT_blend_func_separate") && has("GL_EXT_blend_equation_separate")) || ext.version >= 200;
-    ext.first_gen_shaders = 0;
-    ext.threaded_avail = 0;  // the system has no such thing
-}
-
-// Faults of drivers that have been met. Those that came with a version of another system are not among them.
-void work_around_drivers(OGL_extensions& ext) {
-    if (renderer_has("Intel GMA 950 OpenGL Engine") && !cmdline.has_option("--use_glsl")) {
-        ext.glsl_avail = 0;
-        xer << "Disabling GLSL for GMA 950.\n";
-    }
-    if (std::strcmp(ren.renderer, "ATI Radeon HD 2600 PRO OpenGL Engine") == 0 &&
-        !cmdline.has_option("--use_sprites")) {
-        ext.sprites_avail = 0;
-        xer << "Disabling point sprites for Radeon HD on OS X.\n";
-    }
-    if (std::strstr(ren.vendor, "NVIDIA") && !has("GL_NV_fragment_program2")) ext.first_gen_shaders = 1;
-}
-
-using proc_map = std::map<std::string_view, void*>;
-proc_map& procs() {
-    static proc_map found;
-    return found;
-}
+// What was looked up, found or not. Lives as long as the process; each probe fills it anew.
+std::map<std::string_view, void*> procs;
 
 // Where only the core has a feature, its names have lost the suffix.
 void* find_proc(const char* name) {
@@ -162,31 +125,6 @@ bool wanted(const OGL_extensions& ext, const glext_group& group) {
     return ext.*group.features[0] || (group.features[1] && ext.*group.features[1]);
 }
 
-void look_up_group(OGL_extensions& ext, const glext_group& group) {
-    bool whole = true;
-    for (const char* name : group.names) {
-        void* proc = find_proc(name);
-        procs()[name] = proc;
-        if (proc) continue;
-        xer << "WARNING: extension missing proc " << name << "\n";
-        whole = false;
-    }
-    if (whole) return;
-    ext.*group.features[0] = 0;
-    if (group.features[1]) ext.*group.features[1] = 0;
-}
-
-void look_up_entry_points(OGL_extensions& ext) {
-    procs().clear();
-    for (const glext_group& group : glext_groups)
-        if (wanted(ext, group)) look_up_group(ext, group);
-    if (ext.pbo_avail && !ext.vbo_avail) {
-        ext.pbo_avail = 0;
-        xer << "Disabling PBOs because VBOs are not available.  This probably means that VBOs are disabled for "
-               "compatibility reasons.\n";
-    }
-}
-
 limits native_limits(const OGL_extensions& ext, GLenum target) {
     static constexpr GLenum asked[] = {GL_MAX_PROGRAM_NATIVE_INSTRUCTIONS_ARB, GL_MAX_PROGRAM_NATIVE_PARAMETERS_ARB,
                                        GL_MAX_PROGRAM_NATIVE_TEMPORARIES_ARB, GL_MAX_PROGRAM_NATIVE_ATTRIBS_ARB};
@@ -197,117 +135,156 @@ limits native_limits(const OGL_extensions& ext, GLenum target) {
     return values;
 }
 
-void limit_programs(OGL_extensions& ext, flag feature, GLenum target, const char* kept_by, limits& values) {
-    values = {};
-    if (!(ext.*feature)) return;
-    values = native_limits(ext, target);
+// Programs that the card itself has no room for would run in software, so slowly that they count as not there.
+limits limit_programs(OGL_extensions& ext, flag feature, GLenum target, const char* kept_by) {
+    if (!(ext.*feature)) return {};
+    const limits values = native_limits(ext, target);
     if (values == limits{} && !cmdline.has_option(kept_by)) ext.*feature = 0;
     if (values[0] < 100) ext.first_gen_shaders = 1;
+    return values;
 }
 
-GLint integer(GLenum which) {
-    GLint value = 0;
-    glGetIntegerv(which, &value);
-    return value;
+void log_flag(const char* label, int value, const std::string& detail = "") {
+    xer << label << (value ? "true" : "false") << detail << "\n";
 }
 
-void read_limits(OGL_extensions& ext) {
-    limit_programs(ext, &OGL_extensions::fprog_avail, GL_FRAGMENT_PROGRAM_ARB, "--use_fprogs", fprog_limits);
-    limit_programs(ext, &OGL_extensions::vprog_avail, GL_VERTEX_PROGRAM_ARB, "--use_vprogs", vprog_limits);
-    vshader_limits = {};
-    if (ext.vshader_avail)
-        vshader_limits = {integer(GL_MAX_VERTEX_UNIFORM_COMPONENTS), integer(GL_MAX_VERTEX_ATTRIBS),
-                          integer(GL_MAX_VARYING_FLOATS),
-                          ext.fshader_avail ? integer(GL_MAX_FRAGMENT_UNIFORM_COMPONENTS) : 0};
-    shading_language = "n/a";
-    if (ext.glsl_avail) {
-        const GLubyte* text = glGetString(GL_SHADING_LANGUAGE_VERSION);
-        shading_language = text ? reinterpret_cast<const char*>(text) : "<null string>";
+std::string in_brackets(const limits& values) {
+    std::string text;
+    for (const GLint value : values)
+        text += (text.empty() ? " (" : "/") + std::to_string(value);
+    return text + ")";
+}
+
+}  // namespace
+
+int OGL_extensions::init_entry_points() {
+    return display_proc_address("glGetString") ? 0 : 1;
+}
+
+void OGL_extensions::init_extensions() {
+    // What the driver says of itself.
+    ren.vendor = driver_text(GL_VENDOR);
+    ren.renderer = driver_text(GL_RENDERER);
+    ren.version = driver_text(GL_VERSION);
+    ren.extensions = driver_text(GL_EXTENSIONS);
+    int major = 0, minor = 0;
+    version = std::sscanf(ren.version, "%d.%d", &major, &minor) == 2 ? major * 100 + minor * 10 : 0;
+
+    // A feature is there under its extension's name, or because the core has taken it in.
+    for (const flag_row& row : flag_rows)
+        this->*row.feature = has(row.extension) || (row.or_else && has(row.or_else)) ||
+                             (row.core_version && version >= row.core_version);
+    sblend_avail = (has("GL_EXT_blend_func_separate") && has("GL_EXT_blend_equation_separate")) || version >= 200;
+    first_gen_shaders = 0;
+    threaded_avail = 0;  // the system has no such thing
+
+    // Faults of drivers that have been met. Those that came with a version of another system are not among them.
+    if (std::strstr(ren.renderer, "Intel GMA 950 OpenGL Engine") && !cmdline.has_option("--use_glsl")) {
+        glsl_avail = 0;
+        xer << "Disabling GLSL for GMA 950.\n";
     }
-    ren.tex_units = ext.arb_mtex_avail ? std::max(1, integer(GL_MAX_TEXTURE_UNITS)) : 1;
-    if (const GLint side = integer(GL_MAX_TEXTURE_SIZE); side > 0) ext.max_texture_size = side;
-    if (ext.aniso_avail) glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &ext.max_aniso);
+    if (std::strcmp(ren.renderer, "ATI Radeon HD 2600 PRO OpenGL Engine") == 0 &&
+        !cmdline.has_option("--use_sprites")) {
+        sprites_avail = 0;
+        xer << "Disabling point sprites for Radeon HD on OS X.\n";
+    }
+    if (std::strstr(ren.vendor, "NVIDIA") && !has("GL_NV_fragment_program2")) first_gen_shaders = 1;
+
+    // The entry points of what is there. A group that is not whole takes its features with it.
+    procs.clear();
+    for (const glext_group& group : glext_groups) {
+        if (!wanted(*this, group)) continue;
+        for (const char* name : group.names) {
+            if ((procs[name] = find_proc(name))) continue;
+            xer << "WARNING: extension missing proc " << name << "\n";
+            for (const flag feature : group.features)
+                if (feature) this->*feature = 0;
+        }
+    }
+    if (pbo_avail && !vbo_avail) {
+        pbo_avail = 0;
+        xer << "Disabling PBOs because VBOs are not available.  This probably means that VBOs are disabled for "
+               "compatibility reasons.\n";
+    }
+
+    // Limits, which may take programs away.
+    const limits of_fprogs =
+        limit_programs(*this, &OGL_extensions::fprog_avail, GL_FRAGMENT_PROGRAM_ARB, "--use_fprogs");
+    const limits of_vprogs = limit_programs(*this, &OGL_extensions::vprog_avail, GL_VERTEX_PROGRAM_ARB, "--use_vprogs");
+    limits of_vshaders{};
+    if (vshader_avail)
+        of_vshaders = {integer(GL_MAX_VERTEX_UNIFORM_COMPONENTS), integer(GL_MAX_VERTEX_ATTRIBS),
+                       integer(GL_MAX_VARYING_FLOATS), fshader_avail ? integer(GL_MAX_FRAGMENT_UNIFORM_COMPONENTS) : 0};
+    const char* shading_language = glsl_avail ? driver_text(GL_SHADING_LANGUAGE_VERSION, "<null string>") : "n/a";
+    ren.tex_units = arb_mtex_avail ? std::max(1, integer(GL_MAX_TEXTURE_UNITS)) : 1;
+    if (const GLint side = integer(GL_MAX_TEXTURE_SIZE); side > 0) max_texture_size = side;
+    if (aniso_avail) glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &max_aniso);
     GLfloat point_sizes[2] = {1, 1};
     glGetFloatv(GL_POINT_SIZE_RANGE, point_sizes);
-    ext.max_point_size = point_sizes[1];
-}
+    max_point_size = point_sizes[1];
 
-void obey_switches(OGL_extensions& ext) {
+    // The switches of the command line have the last word.
     for (const switch_row& row : switch_rows) {
         if (!cmdline.has_option(row.option)) continue;
         for (const flag feature : row.turned_off)
-            if (feature) ext.*feature = 0;
+            if (feature) this->*feature = 0;
     }
-}
 
-void log_flag(const char* label, int value, const limits* values = nullptr) {
-    xer << label << (value ? "true" : "false");
-    if (values) {
-        xer << " (";
-        for (std::size_t i = 0; i < limit_count; ++i)
-            xer << (i ? "/" : "") << (*values)[i];
-        xer << ")";
-    }
-    xer << "\n";
-}
-
-void write_log(const OGL_extensions& ext) {
+    // The log tells all of it, in an order that support knows by heart.
     xer << "OpenGL Vendor    : " << ren.vendor << "\n";
     xer << "OpenGL Render    : " << ren.renderer << "\n";
-    xer << "OpenGL Version   : " << ren.version << " (" << ext.version << ")\n";
+    xer << "OpenGL Version   : " << ren.version << " (" << version << ")\n";
     xer << "OpenGL Extensions: " << ren.extensions << "\n";
-    log_flag("tex_clamp_avail  : ", ext.tex_clamp_avail);
-    log_flag("add_env_avail    : ", ext.add_env_avail);
-    log_flag("combine_avail    : ", ext.combine_avail);
-    log_flag("dis_fog_avail    : ", ext.dis_fog_avail);
-    log_flag("tex_comp_avail   : ", ext.tex_comp_avail);
-    log_flag("vbo_avail        : ", ext.vbo_avail);
-    log_flag("pbo_avail        : ", ext.pbo_avail);
-    log_flag("vprog_avail      : ", ext.vprog_avail, &vprog_limits);
-    log_flag("fprog_avail      : ", ext.fprog_avail, &fprog_limits);
-    log_flag("automini_avail   : ", ext.automini_avail);
-    log_flag("aniso_avail      : ", ext.aniso_avail);
-    log_flag("fsaa_avail       : ", ext.fsaa_avail);
-    log_flag("sprites_avail    : ", ext.sprites_avail);
-    log_flag("depth_tex_avail  : ", ext.depth_tex_avail);
-    log_flag("occlude_avail    : ", ext.occlude_avail);
-    log_flag("shad_objs_avail  : ", ext.shad_objs_avail);
-    log_flag("vshader_avail    : ", ext.vshader_avail, &vshader_limits);
-    log_flag("fshader_avail    : ", ext.fshader_avail);
-    log_flag("gshader_avail    : ", ext.gshader_avail);
-    xer << "glsl_avail       : " << (ext.glsl_avail ? "true" : "false") << " (" << shading_language << ")\n";
-    log_flag("framebuf_avail   : ", ext.framebuf_avail);
-    log_flag("sblend_avail     : ", ext.sblend_avail);
-    log_flag("threaded_avail   : ", ext.threaded_avail);
-    log_flag("first-gen shaders: ", ext.first_gen_shaders);
+    log_flag("tex_clamp_avail  : ", tex_clamp_avail);
+    log_flag("add_env_avail    : ", add_env_avail);
+    log_flag("combine_avail    : ", combine_avail);
+    log_flag("dis_fog_avail    : ", dis_fog_avail);
+    log_flag("tex_comp_avail   : ", tex_comp_avail);
+    log_flag("vbo_avail        : ", vbo_avail);
+    log_flag("pbo_avail        : ", pbo_avail);
+    log_flag("vprog_avail      : ", vprog_avail, in_brackets(of_vprogs));
+    log_flag("fprog_avail      : ", fprog_avail, in_brackets(of_fprogs));
+    log_flag("automini_avail   : ", automini_avail);
+    log_flag("aniso_avail      : ", aniso_avail);
+    log_flag("fsaa_avail       : ", fsaa_avail);
+    log_flag("sprites_avail    : ", sprites_avail);
+    log_flag("depth_tex_avail  : ", depth_tex_avail);
+    log_flag("occlude_avail    : ", occlude_avail);
+    log_flag("shad_objs_avail  : ", shad_objs_avail);
+    log_flag("vshader_avail    : ", vshader_avail, in_brackets(of_vshaders));
+    log_flag("fshader_avail    : ", fshader_avail);
+    log_flag("gshader_avail    : ", gshader_avail);
+    log_flag("glsl_avail       : ", glsl_avail, std::string(" (") + shading_language + ")");
+    log_flag("framebuf_avail   : ", framebuf_avail);
+    log_flag("sblend_avail     : ", sblend_avail);
+    log_flag("threaded_avail   : ", threaded_avail);
+    log_flag("first-gen shaders: ", first_gen_shaders);
     xer << "max tex units    : " << ren.tex_units << "\n";
-    xer << "max iso filtering: " << ext.max_aniso << "\n";
-    xer << "max texture size : " << ext.max_texture_size << "\n";
-    xer << "max point size   : " << ext.max_point_size << "\n";
+    xer << "max iso filtering: " << max_aniso << "\n";
+    xer << "max texture size : " << max_texture_size << "\n";
+    xer << "max point size   : " << max_point_size << "\n";
     xer.flush();
-}
 
-void check_minimum(const OGL_extensions& ext) {
-    if (ext.arb_mtex_avail || ext.version >= 110) return;
-    const std::string message =
-        "Your graphics hardware cannot support Velaris. Velaris requires a graphics card with 16 MB of VRAM and "
-        "multitexturing.";
-    if (cmdline.has_option("--force_run"))
-        __MACIBM_alert(0, message, "Your system does not meet Velaris's hardware requirements.",
-                       "You have used the force-run command inline option to run Velaris anyway, but it may crash.",
-                       std::string("For system requirements and support please see ") + maker_site + ".", t_alert,
-                       OOPS_PLACE);
-    else
-        __MACIBM_alert(0, message, "First, try updating your graphics drivers.",
-                       "If this does not help, check your graphics card specifications.",
-                       std::string("For further help please write to the support of ") + maker_site + ".", t_exit,
-                       OOPS_PLACE);
-}
+    // Hardware that is too weak ends the program, unless it was told to run all the same.
+    if (!arb_mtex_avail && version < 110) {
+        const bool forced = cmdline.has_option("--force_run");
+        __MACIBM_alert(
+            0,
+            "Your graphics hardware cannot support Velaris. Velaris requires a graphics card with 16 MB of VRAM and "
+            "multitexturing.",
+            forced ? "Your system does not meet Velaris's hardware requirements."
+                   : "First, try updating your graphics drivers.",
+            forced ? "You have used the force-run command inline option to run Velaris anyway, but it may crash."
+                   : "If this does not help, check your graphics card specifications.",
+            std::string(forced ? "For system requirements and support please see "
+                               : "For further help please write to the support of ") +
+                maker_site + ".",
+            forced ? t_alert : t_exit, OOPS_PLACE);
+    }
 
-void warn_of_software_renderer() {
-    static constexpr const char* names[] = {"GENERIC", "Generic", "Mesa GLX Indirect"};
-    for (const char* name : names)
-        if (std::strcmp(ren.renderer, name) == 0)
+    // Drawing in software works, slowly. Names that merely begin so are drivers of their own.
+    for (const char* software : {"GENERIC", "Generic", "Mesa GLX Indirect"})
+        if (std::strcmp(ren.renderer, software) == 0)
             __MACIBM_alert(0,
                            "I can not find a 3-D accelerator card that can handle OpenGL that has correctly installed "
                            "drivers.",
@@ -319,30 +296,12 @@ void warn_of_software_renderer() {
                            OOPS_PLACE);
 }
 
-}  // namespace
-
-int OGL_extensions::init_entry_points() {
-    return display_proc_address("glGetString") ? 0 : 1;
-}
-
-void OGL_extensions::init_extensions() {
-    read_driver(*this);
-    set_flags(*this);
-    work_around_drivers(*this);
-    look_up_entry_points(*this);
-    read_limits(*this);
-    obey_switches(*this);
-    write_log(*this);
-    check_minimum(*this);
-    warn_of_software_renderer();
-}
-
 void* OGL_extensions::entry_point(const char* name) const {
     for (const glext_group& group : glext_groups)
         for (const char* known : group.names)
             if (std::strcmp(known, name) == 0) {
-                const auto found = wanted(*this, group) ? procs().find(known) : procs().end();
-                return found == procs().end() ? nullptr : found->second;
+                const auto found = wanted(*this, group) ? procs.find(known) : procs.end();
+                return found == procs.end() ? nullptr : found->second;
             }
     return nullptr;
 }
