@@ -55,6 +55,13 @@ void colr_class::assign(int index, float r, float g, float b) {
     table[index][2] = b;
 }
 
+void colr_class::set_lit_col(int col_type) {
+    static constexpr float lights[][3] = {{1, 1, 1}, {0.5f, 0.5f, 0.5f}, {1, 0.3f, 0.3f}};
+    if (col_type < 0 || col_type > 2)
+        __MACIBM_alert(0, "bad col_type!", "col_type=" + std::to_string(col_type), "", "", t_exit, OOPS_PLACE);
+    std::copy_n(lights[col_type], 3, tint);
+}
+
 void colr_class::set_lites_for_interface() {
     for (float& channel : tint)
         channel = std::max(channel, 0.75f);

@@ -37,6 +37,7 @@ class colr_class {
     colr_class();  // the fixed colours; all others black
     void assign(int index, float r, float g, float b);
     const float* rgb(int index) const { return table[index]; }
+    void set_lit_col(int col_type);  // the tint: 0 by day, 1 in a dim light, 2 in a red one; any other is fatal
     void set_lites_for_interface();  // holds each tint to at least 0.75
     void pulse(double seconds);      // 78 to 83 and `blink`, once a frame
 

@@ -20,4 +20,7 @@ enum : int {
     tex_sized8 = 4096,
     tex_any_size = 8192
 };
-constexpr int fail_is_fatal = 4;
+
+// What a picture is for, and so what follows where it is missing: the installer's own are a fatal alert, others a line
+// in the log. Any other number counts as scenery.
+enum : int { fail_scenery = 0, fail_plane = 1, fail_is_fatal = 4 };

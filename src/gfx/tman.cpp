@@ -154,6 +154,10 @@ int tman_class::load_texture(int fail_mode, int manual_ref, int flags, int load_
     return ref;
 }
 
+tman_class::load_fail& tman_class::fail_of(int fail_mode) {
+    return fail_mode == fail_is_fatal ? instl : fail_mode == fail_plane ? plane : scene;
+}
+
 int tman_class::load_texture_int(int ref) {
     ref_dat_struct& row = row_of(ref);
     tex_load_vars load;
@@ -163,6 +167,7 @@ int tman_class::load_texture_int(int ref) {
     if (!load_texture_io(load)) {
         row.load_state = load_never;
         row.miss_told = true;
+        fail_of(row.fail_mode).failed |= !fail_of(row.fail_mode).muted;
         tell_missing_file(row);
         return 0;
     }
@@ -196,6 +201,8 @@ unsigned tman_class::missing_texture(int ref) {
     ref_dat_struct& row = row_of(ref);
     if (ref != 0 && ref != tex_blank && !row.miss_told) {
         row.miss_told = true;
+        if (fail_of(row.fail_mode).muted) return gray;
+        fail_of(row.fail_mode).failed = true;
         char text[40];
         std::snprintf(text, sizeof text, "ref=%6.0f", static_cast<double>(ref));
         __MACIBM_alert(0, "missing non-scenery texture - how?", text, std::string(row.name), "", t_alert, here,

@@ -56,16 +56,17 @@ class tman_class {
     void set_blend_level(int unit, float level) { TEX_set_blend_level(unit, level); }
     const ref_dat_struct* record(int ref) const;  // null if there is none
 
-    // A flag for each class of fail mode: 4 installer, others scenery and aircraft; none rises here.
-    bool has_instl_load_fail() const { return instl_fail; }
-    void reset_instl_load_fail() { instl_fail = false; }
-    void mute_instl_load_fail() { instl_muted = true; }
-    bool has_scene_load_fail() const { return scene_fail; }
-    void reset_scene_load_fail() { scene_fail = false; }
-    void mute_scene_load_fail() { scene_muted = true; }
-    bool has_plane_load_fail() const { return plane_fail; }
-    void reset_plane_load_fail() { plane_fail = false; }
-    void mute_plane_load_fail() { plane_muted = true; }
+    // For each class of fail mode: whether a picture was missing since the last reset. A class that is muted raises its
+    // flag no more, nor the alert of bind_ref.
+    bool has_instl_load_fail() const { return instl.failed; }
+    void reset_instl_load_fail() { instl.failed = false; }
+    void mute_instl_load_fail() { instl.muted = true; }
+    bool has_scene_load_fail() const { return scene.failed; }
+    void reset_scene_load_fail() { scene.failed = false; }
+    void mute_scene_load_fail() { scene.muted = true; }
+    bool has_plane_load_fail() const { return plane.failed; }
+    void reset_plane_load_fail() { plane.failed = false; }
+    void mute_plane_load_fail() { plane.muted = true; }
 
   private:
     ref_dat_struct& row_of(int ref);  // fatal if there is none
@@ -77,8 +78,11 @@ class tman_class {
     unsigned blank_texture();
     unsigned missing_texture(int ref);
 
-    bool instl_fail = false, instl_muted = false, scene_fail = false, scene_muted = false, plane_fail = false,
-         plane_muted = false;
+    struct load_fail {
+        bool failed = false, muted = false;
+    };
+    load_fail instl, scene, plane;
+    load_fail& fail_of(int fail_mode);
     std::vector<ref_dat_struct> ref_dat;
     std::unordered_multimap<unsigned, int> tex_hash;  // hash of the name to the reference
 };

@@ -8,6 +8,7 @@
 #include "gfx/gl_window.h"
 #include "gfx/images/tex.h"
 #include "gfx/oglp.h"
+#include "support/alerts.h"
 
 TEST(builtin, pictures_are_those_of_the_art_and_leave_the_atlas_with_its_colours) {
     static constexpr const char* names[] = {"installer_sheet", "background_1", "background_2", "interface_atlas"};
@@ -28,6 +29,19 @@ TEST(builtin, pictures_are_those_of_the_art_and_leave_the_atlas_with_its_colours
     constexpr float rgb_of_34[] = {51, 67, 86};
     for (int i = 0; i < 3; ++i)
         EXPECT_NEAR(colr.rgb(34)[i] * 255, rgb_of_34[i], 0.5f);
+}
+
+TEST(colr, each_light_has_its_tint_and_the_interface_stays_readable_in_it) {
+    const alert_catcher alerts;
+    colr.set_lit_col(2);
+    EXPECT_LT(colr.tint[2], colr.tint[0]) << "red";
+    colr.set_lites_for_interface();
+    EXPECT_EQ(colr.tint[0], 1);
+    EXPECT_EQ(colr.tint[2], 0.75f);
+    colr.set_lit_col(0);
+    EXPECT_EQ(colr.tint[2], 1);
+    EXPECT_THROW(colr.set_lit_col(3), left);
+    EXPECT_TRUE(alerts.last().starts_with("bad col_type!"));
 }
 
 TEST(builtin, a_new_context_gets_all_pictures_under_their_numbers) {

@@ -3,6 +3,8 @@
 #include <GL/gl.h>
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "gfx/gl_calls.h"
 #include "gfx/gl_window.h"
 #include "gfx/glext.h"
@@ -14,7 +16,6 @@
 #include "support/alerts.h"
 
 using bytes = std::vector<unsigned char>;
-constexpr int scenery = 0;  // a fail mode for which a missing picture is no disaster
 constexpr int builtin_flags = tex_fmt_rgba | tex_full | tex_no_effect;
 
 static int side(GLenum which, int level = 0) {
@@ -103,8 +104,8 @@ TEST(tman, files_are_shared_by_name_and_go_when_nobody_uses_them) {
     gl_window window;
     const scratch folder;
     const std::string name = save(folder, "one.png", 8, {10, 20, 30});
-    const int ref = tman.load_texture(scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, name);
-    EXPECT_EQ(tman.load_texture(scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, name), ref);
+    const int ref = tman.load_texture(fail_scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, name);
+    EXPECT_EQ(tman.load_texture(fail_scenery, 0, tex_fmt_rgba | tex_full, load_on_bind, name), ref);
     for (const int users_left : {1, 0}) {
         tman.release_texture(ref);
         tman.purge_unused_texes();
@@ -119,7 +120,7 @@ TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
     save(folder, "p.dds", 8, of_dds, true);
     save(folder, "p.png", 8, of_png, true);
     const auto drawn = [&](const char* name) {
-        const int ref = tman.load_texture(scenery, 0, tex_fmt_rgb | tex_full, load_now, folder / name);
+        const int ref = tman.load_texture(fail_scenery, 0, tex_fmt_rgb | tex_full, load_now, folder / name);
         tman.bind_ref(ref, 0, 0);
         EXPECT_EQ(texel(texels(), 8, 2, 6), (rgb{0, 0, 0})) << "the upper half";
         return texel(texels(), 8, 2, 1);
@@ -139,7 +140,7 @@ TEST(tman, quality_and_the_card_bound_the_size_and_mipmaps_go_down_to_one_pixel)
     const auto width = [&](int flags, int quality, int card) {
         mnw.tex_quality = quality;
         glExt.max_texture_size = card;
-        const int ref = tman.load_texture(scenery, 0, tex_fmt_rgba | flags, load_now, name);
+        const int ref = tman.load_texture(fail_scenery, 0, tex_fmt_rgba | flags, load_now, name);
         tman.bind_ref(ref, 0, 0);
         return side(GL_TEXTURE_WIDTH);
     };
@@ -172,7 +173,7 @@ TEST(tman, what_is_missing_is_drawn_in_gray_and_told_once) {
     EXPECT_EQ(alerts.seen[0].level, t_alert);
     EXPECT_EQ(drawn(388), (rgb{255, 255, 255}));
 
-    const int lost = tman.load_texture(scenery, 0, tex_fmt_rgba, load_on_bind, "no/such.png");
+    const int lost = tman.load_texture(fail_scenery, 0, tex_fmt_rgba, load_on_bind, "no/such.png");
     EXPECT_EQ(drawn(lost), gray);
     EXPECT_TRUE(log.text().ends_with("\nWARNING: we are missing the texture: no/such.png.\n")) << log.text();
     EXPECT_EQ(alerts.count(), 1u);
@@ -181,6 +182,25 @@ TEST(tman, what_is_missing_is_drawn_in_gray_and_told_once) {
 
     window.make_context();
     EXPECT_EQ(drawn(392), gray) << "the gray is made again with the context";
+}
+
+TEST(tman, what_is_missing_raises_the_flag_of_its_class_until_that_is_muted) {
+    const alert_catcher alerts;
+    const auto failed = [] {
+        return std::array{tman.has_instl_load_fail(), tman.has_scene_load_fail(), tman.has_plane_load_fail()};
+    };
+    const auto lose = [](int fail_mode) { tman.load_texture(fail_mode, 0, tex_fmt_rgba, load_now, "no/such.png"); };
+    EXPECT_EQ(failed(), (std::array{false, false, false}));
+    lose(fail_scenery);
+    EXPECT_EQ(failed(), (std::array{false, true, false}));
+    lose(fail_plane);
+    EXPECT_THROW(lose(fail_is_fatal), left);
+    EXPECT_EQ(failed(), (std::array{true, true, true}));
+    tman.mute_plane_load_fail();
+    tman.reset_scene_load_fail();
+    tman.reset_plane_load_fail();
+    lose(fail_plane);
+    EXPECT_EQ(failed(), (std::array{true, false, false}));
 }
 
 TEST(tman, a_texture_that_is_bound_is_not_bound_again_unless_it_went) {
