@@ -22,7 +22,7 @@ import release
 import servers
 
 ROOT = os.environ.get("VELARIS_ROOT") or os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-PROGRAMS = os.environ.get("VELARIS_BIN") or os.path.join(ROOT, "build", "src", "app")
+PROGRAMS = os.environ.get("VELARIS_BIN") or os.path.join(ROOT, "build")
 INSTALLER = os.path.join(PROGRAMS, "velaris-installer")
 BUILDER = os.path.join(PROGRAMS, "velaris-builder")
 # The programs are built with a sanitizer: they need more memory, and its frames stand on their stacks.
@@ -275,7 +275,7 @@ def wait_until(fact, timeout=30):
     while not fact():
         if time.monotonic() > deadline:
             return False
-        time.sleep(0.01)
+        time.sleep(0.002)
     return True
 
 
