@@ -81,16 +81,8 @@ class HostileTest(installer.Scene):
 
     def run_over(self, status, *words, options=()):
         """A run that ends with `status`, says each of `words` and needs little memory; what it said."""
-        output = os.path.join(self.desk.folder, "output")
-        with open(output, "wb") as log:
-            run = self.start("--agree", "--changed=overwrite", "--pref:_rename_folder=0", *options, stdout=log,
-                             stderr=log)
-            _, ended, used = os.wait4(run.pid, 0)
-            run.returncode = os.waitstatus_to_exitcode(ended)
-        with open(output, "rb") as log:
-            said = installer.text_of(log.read())
-        self.assertEqual(run.returncode, status, said)
-        self.assertLess(used.ru_maxrss, MEMORY_KB)
+        said, memory_kb = self.run_measured("--changed=overwrite", "--pref:_rename_folder=0", *options, status=status)
+        self.assertLess(memory_kb, MEMORY_KB)
         for one in words:
             self.assertIn(one, said)
         return said

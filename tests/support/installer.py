@@ -124,6 +124,19 @@ class Scene(unittest.TestCase):
         self.assertEqual(outcome.status, status, outcome)
         return outcome
 
+    def run_measured(self, *options, status=0, **how):
+        """A run that must end with `status`: what it said, and the kilobytes of memory that it needed at the most.
+
+        They are of this process alone; what forked it does not count as long as it is smaller."""
+        with tempfile.TemporaryFile() as output:
+            run = self.start("--agree", *options, stdout=output, stderr=output, **how)
+            _, ended, used = os.wait4(run.pid, 0)
+            run.returncode = os.waitstatus_to_exitcode(ended)
+            output.seek(0)
+            said = text_of(output.read())
+        self.assertEqual(run.returncode, status, said)
+        return said, used.ru_maxrss
+
     def assert_installed(self, items, where=None, besides=None):
         """`items` as Tree.installed gives them; `besides`: what else lies there, in the form of a snapshot."""
         wanted = folders.expected(items)

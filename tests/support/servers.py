@@ -197,7 +197,6 @@ class FaultServer:
             self.script, self.replies, self.tries = mirror_of.script, mirror_of.replies, mirror_of.tries
             self.counting = mirror_of.counting
         self.asked = []             # every path, in order
-        self.busy = 0               # requests under way
         self.lock = threading.Lock()
         self.gate = None
         self.links = set()
@@ -230,7 +229,6 @@ class FaultServer:
                 return
             with self.lock:
                 self.links.add(link)
-                self.busy += 1
             threading.Thread(target=self.talk, args=(link,), daemon=True).start()
 
     def talk(self, link):
@@ -247,7 +245,6 @@ class FaultServer:
             pass                    # the other side left
         finally:
             with self.lock:
-                self.busy -= 1
                 self.links.discard(link)
             link.close()
 
@@ -272,7 +269,7 @@ class FaultServer:
 
 class Gate:
     def __init__(self, count):
-        self.left = count
+        self.left, self.held = count, 0
         self.lock = threading.Lock()
         self.reached = threading.Event()   # a file is being held
         self.is_open = threading.Event()
@@ -282,6 +279,7 @@ class Gate:
             self.left -= 1
             if self.left >= 0:
                 return
+            self.held += 1
         self.reached.set()
         self.is_open.wait()
 
