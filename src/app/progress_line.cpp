@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "runtime/utf8.h"
+
 void progress_line::open(std::FILE* out, bool in_place) {
     stream = out;
     on_terminal = in_place;
@@ -21,24 +23,14 @@ std::string progress_line::bar(double share, int width) {
     return "[" + std::string(filled, '#') + std::string(static_cast<std::size_t>(width) - filled, '.') + "]";
 }
 
-std::string printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c & ~31) == 0 || c == 127; }, '?');
-    return text;
-}
-
-static bool continues_a_character(char c) {
-    return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
-}
-
 std::string cut_middle(const std::string& text, int columns) {
-    const auto characters = std::count_if(text.begin(), text.end(), [](char c) { return !continues_a_character(c); });
+    const auto characters = std::count_if(text.begin(), text.end(), [](char c) { return !is_utf8_tail(c); });
     if (characters <= columns) return text;
     const long keep = std::max(columns - 3, 0);
     const auto position = [&](long character) {
         std::size_t i = 0;
         for (; i < text.size(); ++i)
-            if (!continues_a_character(text[i]) && character-- == 0) break;
+            if (!is_utf8_tail(text[i]) && character-- == 0) break;
         return i;
     };
     return text.substr(0, position(keep / 2)) + "..." + text.substr(position(characters - (keep - keep / 2)));

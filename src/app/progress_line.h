@@ -27,8 +27,5 @@ class progress_line {
     double last_share = -1;
 };
 
-// The text with "?" for every control byte: a name that came over the network must not steer the terminal.
-std::string printable(std::string text);
-
 // The text cut to `columns` characters in its middle, so that both ends can be read. UTF-8 sequences stay whole.
 std::string cut_middle(const std::string& text, int columns);

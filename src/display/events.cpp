@@ -2,6 +2,7 @@
 
 #include "display/display.h"
 #include "display/key_codes.h"
+#include "runtime/utf8.h"
 
 // The library tells a key and the text that it types in two events, one behind the other; we want one. So a key that may
 // type waits here for its text, at the longest to the next event or to the end of the batch.
@@ -45,10 +46,10 @@ static void take_key(const SDL_KeyboardEvent& from, std::vector<display_event>& 
 }
 
 // The first character completes the key that waits; further ones, and those of an input method, come without a key.
-static void take_text(const char* text, std::vector<display_event>& events) {
+static void take_text(std::string_view text, std::vector<display_event>& events) {
     const bool suppressed = key_waits ? text_suppressed : suppresses_text(SDL_GetModState());
-    while (*text && !suppressed) {
-        const unsigned char character = display_next_latin1(text);
+    for (std::size_t i = 0; i < text.size() && !suppressed;) {
+        const unsigned char character = utf8_take_latin1(text, i);
         if (!character) continue;
         display_event event = waiting_key;
         if (!key_waits) {

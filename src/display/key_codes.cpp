@@ -113,13 +113,3 @@ display_key display_key_of(const SDL_Keysym& key) {
     const bool has_name = (code & SDLK_SCANCODE_MASK) != 0;  // a key that types nothing, such as Shift
     return {has_name ? 0 : vkey_of_printable(key), 0, !has_name};
 }
-
-unsigned char display_next_latin1(const char*& text) {
-    const auto lead = static_cast<unsigned char>(*text++);
-    if (lead < 0x80) return lead;
-    const auto next = static_cast<unsigned char>(*text);
-    while ((static_cast<unsigned char>(*text) & 0xC0) == 0x80)
-        ++text;
-    const bool fits = (lead == 0xC2 || lead == 0xC3) && (next & 0xC0) == 0x80;
-    return fits ? static_cast<unsigned char>((lead & 3) << 6 | (next & 0x3F)) : static_cast<unsigned char>(0);
-}

@@ -10,6 +10,3 @@ struct display_key {
     bool printable;           // text may follow
 };
 display_key display_key_of(const SDL_Keysym& key);
-
-// One character of UTF-8 text as Latin-1, 0 if it has no place there. `text` moves on by it and never past its end.
-unsigned char display_next_latin1(const char*& text);

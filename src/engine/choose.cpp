@@ -7,6 +7,7 @@
 #include "engine/directory.h"
 #include "engine/front.h"
 #include "engine/stg.h"
+#include "platform/paths.h"
 #include "runtime/log.h"
 
 static file_version_struct& current_row(int file) {
@@ -37,7 +38,7 @@ struct folder_answers {
 // What is to become of a file that the user changed.
 static changed_answer ask_about(const file_version_struct& row, folder_answers& answers) {
     const std::string destination = destination_of(row);
-    const std::string folder = destination.substr(0, destination.rfind('/') + 1);
+    const std::string folder(folder_of(destination));
     if (answers.overwrite_dirs.count(folder)) return changed_answer::do_it;
     if (answers.keep_dirs.count(folder)) return changed_answer::keep;
     xer << "File: " << destination << "  sig_want=" << row.sig_want << "  sig_have=" << row.sig_have << "\n";

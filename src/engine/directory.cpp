@@ -10,7 +10,7 @@
 #include "files/io_utils.h"
 #include "files/md5.h"
 #include "files/xmap.h"
-#include "runtime/hl_string.h"
+#include "platform/paths.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
 
@@ -82,9 +82,8 @@ const contested_t& contested_paths() {
 
 bool behind_shipped_link(std::string_view installed) {
     if (contested.empty()) return false;
-    for (std::size_t slash = installed.rfind('/'); slash != std::string_view::npos; slash = installed.rfind('/')) {
-        installed = installed.substr(0, slash);
-        const auto found = contested.find(installed);
+    for (installed = folder_of(installed); !installed.empty(); installed = folder_of(installed)) {
+        const auto found = contested.find(without_slash(installed));
         if (found == contested.end()) continue;
         const std::string full = dest_dir_path + found->first;
         std::string signature;
@@ -127,11 +126,8 @@ static void scan_row(xmap_class& map, file_version_struct& row, std::string& nam
 // A path that stays in the destination and that a disk can hold.
 static bool is_installable(std::string_view installed) {
     if (!path_stays_below(installed) || installed.size() >= path_buffer_size) return false;
-    for (std::size_t from = 0; from < installed.size();) {
-        const std::size_t slash = std::min(installed.find('/', from), installed.size());
-        if (slash - from > NAME_MAX) return false;
-        from = slash + 1;
-    }
+    for (const std::string_view part : path_parts(installed))
+        if (part.size() > NAME_MAX) return false;
     return true;
 }
 
@@ -206,12 +202,11 @@ static void index_contested_paths(const path_index& first_at) {
     std::string_view last_folder;
     for (const file_history_struct& history : sim_info) {
         const std::string_view path = installed_view(history.back());
-        const std::size_t slash = path.rfind('/');
-        const std::string_view folder = path.substr(0, slash == std::string_view::npos ? 0 : slash);
+        std::string_view folder = folder_of(path);
         if (folder == last_folder) continue;
         last_folder = folder;
-        for (std::size_t end = folder.size(); end != std::string_view::npos; end = folder.rfind('/', end - 1)) {
-            const auto found = first_at.find(folder.substr(0, end));
+        for (; !folder.empty(); folder = folder_of(folder)) {
+            const auto found = first_at.find(without_slash(folder));
             if (found == first_at.end()) continue;
             const std::vector<int>& all = same_installed_path(found->second);
             contested[std::string(found->first)] = all.empty() ? std::vector<int>{found->second} : all;

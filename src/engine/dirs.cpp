@@ -19,6 +19,7 @@
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/zip_io.h"
+#include "platform/paths.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 
@@ -60,11 +61,8 @@ static bool make_below_or_tell(const beneath_folder& root, const std::string& fo
 }
 
 static void make_road_to_destination() {
-    const std::string road = dest_dir_path.substr(0, dest_dir_path.empty() ? 0 : dest_dir_path.size() - 1);
-    if (road.empty()) return;
-    for (std::size_t slash = road.find('/', 1); slash != std::string::npos; slash = road.find('/', slash + 1))
-        if (!make_or_tell(road.substr(0, slash))) return;
-    make_or_tell(road);
+    for (const std::string_view folder : folders_passed(dest_dir_path))
+        if (!make_or_tell(std::string(folder))) return;
 }
 
 static file_version_struct& current_row(int file) {
@@ -76,11 +74,9 @@ static folder_set wanted_folders() {
     for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
         const file_version_struct& row = current_row(file);
         if (is_gone(row) || !is_wanted(file)) continue;
-        std::string folder = installed_path(row);
-        for (std::size_t slash = folder.rfind('/'); slash != std::string::npos; slash = folder.rfind('/')) {
-            folder.erase(slash);
-            if (folder.empty() || !folders.insert(folder).second) break;  // a folder brings its ancestors with it
-        }
+        const std::string path = installed_path(row);
+        for (std::string_view folder = folder_of(path); !folder.empty(); folder = folder_of(folder))
+            if (!folders.insert(std::string(without_slash(folder))).second) break;  // it brought its ancestors with it
     }
     return folders;
 }
@@ -252,13 +248,13 @@ static int remove_folders_in_the_way() {
     return 1;
 }
 
-// The first folder on the way to `folder` that leads out of the destination; "" if none does.
+// The first folder on the way to `folder`, which ends in "/", that leads out of the destination; "" if none does.
 static std::string way_out(const beneath_folder& root, const std::string& folder) {
-    for (std::size_t slash = folder.find('/'); !folder.empty(); slash = folder.find('/', slash + 1)) {
-        std::string part = folder.substr(0, slash);
+    for (const std::string_view passed : folders_passed(folder)) {
+        std::string part(passed);
         const int err = beneath_folder(root, part).error();
         if (err == EXDEV) return part;
-        if (err || slash == std::string::npos) break;
+        if (err) break;
     }
     return "";
 }
@@ -272,10 +268,10 @@ static bool all_stays_inside(bool links_are_cleared) {
         const file_version_struct& row = history.back();
         if (!row.do_fetch && !row.do_delete) continue;
         const std::string installed = installed_path(row);
-        const std::string folder = installed.substr(0, installed.find_last_of('/') + 1);
+        const std::string folder(folder_of(installed));
         if (folder.empty() || folder == last_folder) continue;
         last_folder = folder;
-        const std::string out = way_out(root, folder.substr(0, folder.size() - 1));
+        const std::string out = way_out(root, folder);
         if (out.empty() || (!links_are_cleared && behind_shipped_link(installed))) continue;
         xer << "leads out of the destination: " << dest_dir_path << out << "\n";
         __MACIBM_alert(0, "A folder of this copy is a link that leads out of it!",
@@ -293,7 +289,7 @@ static void remove_leftovers() {
     std::string last_folder = "/";  // none
     for (const file_history_struct& history : sim_info) {
         const std::string installed = installed_path(history.back());
-        std::string folder = installed.substr(0, installed.rfind('/') + 1);
+        std::string folder(folder_of(installed));
         if (folder == last_folder) continue;
         last_folder = std::move(folder);
         root.remove_file(last_folder + zip_part_name);

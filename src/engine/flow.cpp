@@ -43,7 +43,7 @@ void flow_start() {
 
 int flow_server_list() {
     if (stg.server_cnt != -1) return net_complete;
-    const std::string local = temp_path + "serverlist.txt";
+    const std::string local = temp_path + temp_server_list;
     http.most_bytes[list_slot] = most_list_bytes;
     const int result = http.net_check(list_slot, flow.list_host, "/serverlist.txt", local);
     if (result != net_complete) return result;
@@ -59,8 +59,8 @@ int flow_server_list() {
 
 void flow_make_paths() {
     if (stg.server_cnt == -1 || !flow.dir_path.empty()) return;
-    flow.net_dir_path_zip = temp_path + "directory.txt.zip";
-    flow.dir_path = temp_path + "directory.txt";
+    flow.net_dir_path_zip = temp_path + temp_directory_zip;
+    flow.dir_path = temp_path + temp_directory;
     flow.dir_path_path = temp_path;
     flow.dvd_dir_path_zip = dvd_path + install_name + "/directory.txt.zip";
 }
@@ -189,9 +189,8 @@ void flow_file_work_once() {
 }
 
 void flow_file_work() {
-    const auto now = [] { return static_cast<double>(xtim_class::microsecs()) * 1e-6; };
-    const double start = now();
-    while (start + file_work_seconds > now())
+    const double start = xtim_class::seconds();
+    while (start + file_work_seconds > xtim_class::seconds())
         flow_file_work_once();
     const float weight = 5 * xtim.prd_sim;  // a time constant of about a fifth of a second
     const float share = (1 - weight) * flow.totl_inst_rat + weight * (next.disk_kb / flow.tot_disk_req);

@@ -13,6 +13,8 @@
 #include "files/io_utils.h"
 #include "files/zip_io.h"
 #include "net/http.h"
+#include "platform/folders.h"
+#include "platform/paths.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -32,11 +34,10 @@ static std::uint64_t most_bytes(float kilobytes) {
 
 int extract_and_delete_file(const std::string& zip, const file_version_struct& row) {
     const std::string installed = installed_path(row), dest = destination_of(row);
-    const std::size_t slash = installed.rfind('/');
-    const std::string folder = slash == std::string::npos ? std::string() : installed.substr(0, slash);
+    const std::string folder(without_slash(folder_of(installed)));
     const beneath_folder root = destination_folder();
     const int result =
-        zip_to_file(zip, root, folder, {installed.substr(slash + 1), row.sig_want, most_bytes(row.ext_size)});
+        zip_to_file(zip, root, folder, {std::string(last_part(installed)), row.sig_want, most_bytes(row.ext_size)});
     log_action("EXPANDING file ", dest, result);
     if (result == 0) {
         const bool is_program = dest.find("Contents/MacOS/") != std::string::npos;
@@ -138,7 +139,7 @@ static bool fetch_over_net(int stream, const file_version_struct& row) {
     if (!http.slots[slot]) ask_for(s, row.path);
     const std::size_t server = static_cast<std::size_t>(stg.server_sel);
     const std::string source = server_path[server] + path_in_request(row.path) + ".zip";
-    const std::string zip = temp_path + std::to_string(stream) + ".zip";
+    const std::string zip = temp_path + temp_stream_zip(stream);
     http.most_bytes[slot] = static_cast<std::int64_t>(2 * most_bytes(row.zip_size));
     switch (http.net_check(slot, server_name[server], source, zip)) {
         case net_running:
@@ -169,7 +170,7 @@ static bool work_on_file(int stream, file_version_struct& row) {
     const std::string source = is_dvd ? dvd_path + install_name + "/" + row.path + ".zip"
                                       : server_path[static_cast<std::size_t>(stg.server_sel)] + row.path + ".zip";
     crnt_file_path = source;
-    crnt_file_name = source.substr(source.rfind('/') + 1);
+    crnt_file_name = last_part(source);
     if (row.path.ends_with('/'))
         __MACIBM_alert(0, "I am working through the list and found a path that has no file!",
                        "This is impossible to download or delete!", "It is:", row.path, t_exit, OOPS_PLACE);
@@ -239,7 +240,7 @@ static bool has_work_left() {
 
 static void rename_destination() {
     if (dest_dir_path.size() < 2 || install_name.empty() || install_name.find('/') != std::string::npos) return;
-    const std::string parent = dest_dir_path.substr(0, dest_dir_path.rfind('/', dest_dir_path.size() - 2) + 1);
+    const std::string parent(folder_of(dest_dir_path));
     const std::string name = dest_dir_path.substr(parent.size(), dest_dir_path.size() - parent.size() - 1);
     if (rename_file(parent, name, install_name) == 0) dest_dir_path = parent + install_name + "/";
 }

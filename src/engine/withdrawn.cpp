@@ -12,6 +12,7 @@
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/opensave.h"
+#include "platform/paths.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 
@@ -25,15 +26,12 @@ void log_action(const char* what, const std::string& path, int result) {
     if (stg.log_actions) xer << what << path << ", with result=" << result << ".\n";
 }
 
-// The path without its last component; what is left ends in "/", or is empty.
-static std::string folder_of(const std::string& path) {
-    return path.size() < 2 ? std::string() : path.substr(0, path.rfind('/', path.size() - 2) + 1);
-}
-
 // The folders on the way to a file may be empty now. Those that every install makes stay.
 static void mark_for_sweep(const std::string& installed) {
-    for (std::string folder = folder_of(installed); !folder.empty(); folder = folder_of(folder))
+    for (std::string_view passed = folder_of(installed); !passed.empty(); passed = folder_of(passed)) {
+        const std::string folder(passed);
         if (!is_fixed_folder(folder)) deleted_files.insert(dest_dir_path + folder);
+    }
 }
 
 void fail_install(const char* what, const std::string& error, const std::string& zip, const std::string& destination) {

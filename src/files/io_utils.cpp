@@ -15,7 +15,9 @@
 #include <utility>
 
 #include "files/error_str.h"
-#include "files/xmap.h"
+#include "files/file_kind.h"
+#include "platform/paths.h"
+#include "runtime/bytes.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
@@ -35,18 +37,6 @@ int failed_at(int code, const char* file, int line) {
 // A result of -1 is a failure with its code in errno.
 static int checked(int result, const char* file, int line) {
     return result == 0 ? 0 : failed_at(errno, file, line);
-}
-
-// The root keeps its slash, or it would read as the current folder.
-static std::string without_slash(const std::string& path) {
-    return path.size() > 1 && path.back() == '/' ? path.substr(0, path.size() - 1) : path;
-}
-
-// Length of the part up to and including the "/" before the last component.
-static std::size_t folder_length(const std::string& path) {
-    if (path.size() < 2) return 0;
-    const std::size_t slash = path.rfind('/', path.size() - 2);
-    return slash == std::string::npos ? 0 : slash + 1;
 }
 
 void get_path_with_path(std::string& dir, const std::string& full) {
@@ -71,7 +61,7 @@ bool file_exists(const std::string& path) {
 
 bool dir_exists(const std::string& path) {
     struct stat st;
-    return stat_mended(without_slash(app_path + path), st) && S_ISDIR(st.st_mode);
+    return stat_mended(std::string(without_slash(app_path + path)), st) && S_ISDIR(st.st_mode);
 }
 
 int delete_file(const std::string& path) {
@@ -80,7 +70,7 @@ int delete_file(const std::string& path) {
 
 int delete_full_path(const std::string& full) {
     if (full.empty()) return failed_at(ENOENT, OOPS_PLACE);
-    if (full.back() == '/') return checked(rmdir(without_slash(full).c_str()), OOPS_PLACE);
+    if (full.back() == '/') return checked(rmdir(std::string(without_slash(full)).c_str()), OOPS_PLACE);
     return checked(unlink(full.c_str()), OOPS_PLACE);
 }
 
@@ -89,7 +79,7 @@ int rename_file(const std::string& base, const std::string& old_name, const std:
 }
 
 int make_folder(const std::string& path) {
-    return checked(mkdir(without_slash(path).c_str(), 0755), OOPS_PLACE);
+    return checked(mkdir(std::string(without_slash(path)).c_str(), 0755), OOPS_PLACE);
 }
 
 int show_del_err(int) {
@@ -143,7 +133,7 @@ int ouf_open(const std::string& path, int type, int version, const std::string& 
     char buffer[path_buffer_size];
     copy_to_path_buffer(buffer, full);
     if (write_header(buffer, type, version, extra)) return 1;
-    make_folder(full.substr(0, folder_length(full)));
+    make_folder(std::string(folder_of(full)));
     if (write_header(buffer, type, version, extra)) return 1;
     __MACIBM_alert(0,
                    "I could not save the file! Could the directory that the file sits in be missing? Or flagged as "
@@ -193,7 +183,7 @@ void findPath(char* path) {
 }
 
 int launch_app(const std::string& path, const std::string& arg) {
-    const std::string full = app_path + without_slash(path);
+    const std::string full = app_path + std::string(without_slash(path));
     xer << "Launching: " << full << " with " << arg << "\n" << std::flush;
     const char* const with_folder[] = {full.c_str(), "-path", arg.c_str(), nullptr};
     const char* const alone[] = {full.c_str(), nullptr};
@@ -208,13 +198,6 @@ int launch_app(const std::string& path, const std::string& arg) {
     MACIBM_finishup(1);
     if (alert_front.leave) alert_front.leave(1);
     std::exit(1);
-}
-
-static std::uint32_t little_word(const unsigned char* bytes, unsigned count) {
-    std::uint32_t value = 0;
-    for (unsigned i = 0; i < count; ++i)
-        value |= std::uint32_t{bytes[i]} << (8 * i);
-    return value;
 }
 
 static int set_large_address_bit(int fd) {

@@ -14,7 +14,7 @@
 #include <cstring>
 #include <string>
 
-enum { file_binary = 10000, file_text = 10001 };
+#include "files/file_kind.h"
 
 extern int mapped_files_open;  // maps made, less those given up by re-pointing; never used for a decision
 

@@ -19,12 +19,14 @@
 #include "files/md5.h"
 #include "files/zip_large.h"
 #include "platform/beneath.h"
+#include "platform/folders.h"
+#include "platform/paths.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
 
 // Hidden, so that no listing of ours shows one that a kill left behind; the next expansion into its folder removes it.
-const char* const zip_part_name = ".velaris.part";
+const char* const zip_part_name = temp_part;
 
 namespace {
 
@@ -107,7 +109,7 @@ class content_test {
 class part_file {
   public:
     part_file(const beneath_folder& below, const std::string& target)
-        : root(below), part(target.substr(0, target.rfind('/') + 1) + zip_part_name) {
+        : root(below), part(std::string(folder_of(target)) + zip_part_name) {
         root.remove_file(part);
         err = placed(root.make_file(part, 0666, fd), OOPS_PLACE);
     }
@@ -199,7 +201,7 @@ int unzip_link(const expansion& from, const std::string& target, const unz_file_
     });
     if (!err) err = test.result();
     if (err) return err;
-    const std::string part = target.substr(0, target.rfind('/') + 1) + zip_part_name;
+    const std::string part = std::string(folder_of(target)) + zip_part_name;
     from.root.remove_file(part);
     err = from.root.make_link(text, part);
     if (!err) err = from.root.rename(part, target);
@@ -217,17 +219,15 @@ int unzip_symlink(const expansion& from, const std::string& target, const unz_fi
 // `size` is the length that the archive claims: a name with a NUL in it or one that was cut is none of ours.
 bool is_safe_name(const std::string& name, std::size_t size) {
     if (name.empty() || name.size() != size) return false;
-    const std::string path = name.substr(0, name.size() - name.ends_with('/'));
-    return path_stays_below(path) && path.substr(path.rfind('/') + 1) != zip_part_name;
+    const std::string_view path = without_slash(name);
+    return path_stays_below(path) && last_part(path) != zip_part_name;
 }
 
 // An archive could lay a link first and then write through it, to where nobody looks for its files.
 bool leads_through_link(const expansion& from, const std::string& name) {
     struct stat facts;
-    for (std::size_t slash = name.find('/'); slash + 1 < name.size(); slash = name.find('/', slash + 1)) {
-        if (slash == std::string::npos) break;
-        if (from.root.look(from.below(name.substr(0, slash)), facts) == 0 && S_ISLNK(facts.st_mode)) return true;
-    }
+    for (const std::string_view folder : folders_passed(without_slash(name)))
+        if (from.root.look(from.below(std::string(folder)), facts) == 0 && S_ISLNK(facts.st_mode)) return true;
     return false;
 }
 

@@ -12,6 +12,7 @@
 #include "files/io_utils.h"
 #include "files/xmap.h"
 #include "files/zip_io.h"
+#include "platform/paths.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -90,7 +91,7 @@ int data_to_zip(const std::string& name, const std::string& source, const std::s
 }  // namespace
 
 int file_to_zip(const std::string& source, const std::string& zip) {
-    const std::string name = source.substr(source.rfind('/') + 1);
+    const std::string name(last_part(source));
     std::string target;
     const bool link = is_sim_link(source, &target);
     const int err = link ? link_to_zip(name, target, zip) : data_to_zip(name, source, zip);

@@ -11,17 +11,11 @@
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/xmap.h"
+#include "runtime/bytes.h"
 #include "runtime/oops.h"
 
 static constexpr ZPOS64_T mark = 0xffffffff;
 static constexpr std::size_t block_size = 256u << 10;
-
-static ZPOS64_T little_word(const unsigned char* bytes, unsigned count) {
-    ZPOS64_T value = 0;
-    for (unsigned i = 0; i < count; ++i)
-        value |= ZPOS64_T{bytes[i]} << (8 * i);
-    return value;
-}
 
 bool mend_large_sizes(unzFile zip, unz_file_info64& info) {
     if (info.uncompressed_size != mark && info.compressed_size != mark) return false;
@@ -35,7 +29,7 @@ bool mend_large_sizes(unzFile zip, unz_file_info64& info) {
         if (id == 1 && end <= info.size_file_extra) {
             for (ZPOS64_T* size : {&info.uncompressed_size, &info.compressed_size}) {
                 if (*size != mark || at + 8 > end) continue;
-                *size = little_word(&extra[at], 8);
+                *size = little_word<ZPOS64_T>(&extra[at], 8);
                 at += 8;
             }
             return true;

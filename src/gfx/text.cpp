@@ -11,6 +11,7 @@
 #include "gfx/oglp.h"
 #include "gfx/tman.h"
 #include "runtime/oops.h"
+#include "runtime/utf8.h"
 
 namespace {
 
@@ -284,15 +285,7 @@ std::string fit_text(const std::string& text, float wrap_width, int max_lines) {
 std::string latin1_of_path(const std::string& path) {
     std::string shown;
     for (std::size_t i = 0; i < path.size();) {
-        const auto lead = static_cast<unsigned char>(path[i++]);
-        const std::size_t first = i;
-        while (i < path.size() && (static_cast<unsigned char>(path[i]) & 0xC0) == 0x80 && lead >= 0xC0)
-            ++i;
-        unsigned char code = 0;
-        if (lead < 0x80)
-            code = lead;
-        else if ((lead == 0xC2 || lead == 0xC3) && i == first + 1)
-            code = static_cast<unsigned char>((lead & 3) << 6 | (path[first] & 0x3F));
+        const unsigned char code = utf8_take_latin1(path, i);
         // What has no glyph would vanish, and a line end in a name would break the line.
         shown += char_width(code) > 0 ? static_cast<char>(code) : '?';
     }

@@ -5,10 +5,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <vector>
+
+#include "platform/paths.h"
 
 bool beneath_without_kernel = false;
 
@@ -17,12 +18,8 @@ static constexpr int folder_flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 bool path_stays_below(std::string_view path) {
     if (path.find('\0') != std::string_view::npos) return false;
-    for (std::size_t from = 0; from <= path.size();) {
-        const std::size_t slash = std::min(path.find('/', from), path.size());
-        const std::string_view part = path.substr(from, slash - from);
+    for (const std::string_view part : path_parts(path))
         if (part.empty() || part == "." || part == "..") return false;
-        from = slash + 1;
-    }
     return true;
 }
 
@@ -63,15 +60,12 @@ class walk {
 
 int walk::go(const std::string& path) {
     if (path.starts_with('/')) return EXDEV;
-    for (std::size_t from = 0; from < path.size();) {
-        const std::size_t slash = std::min(path.find('/', from), path.size());
-        const std::string part = path.substr(from, slash - from);
-        from = slash + 1;
+    for (const std::string_view part : path_parts(path)) {
         if (part == ".." && way.empty()) return EXDEV;
         if (part == "..") {
             leave();
         } else if (!part.empty() && part != ".") {
-            if (const int err = step(part)) return err;
+            if (const int err = step(std::string(part))) return err;
         }
     }
     return 0;

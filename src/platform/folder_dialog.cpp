@@ -6,22 +6,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <vector>
 
+#include "platform/paths.h"
+
 namespace {
 
 bool is_installed(const char* program) {
     const char* path = std::getenv("PATH");
-    const std::string folders = path ? path : "/usr/local/bin:/usr/bin:/bin";
-    for (std::size_t from = 0; from <= folders.size();) {
-        const std::size_t to = std::min(folders.find(':', from), folders.size());
-        if (access((folders.substr(from, to - from) + "/" + program).c_str(), X_OK) == 0) return true;
-        from = to + 1;
-    }
+    for (const std::string_view folder : path_parts(path ? path : "/usr/local/bin:/usr/bin:/bin", ':'))
+        if (access((std::string(folder) + "/" + program).c_str(), X_OK) == 0) return true;
     return false;
 }
 

@@ -16,9 +16,8 @@
 #include <fstream>
 #include <string_view>
 
-// What a run puts into its temporary folder.
-static const char* const temp_files[] = {
-    "serverlist.txt", "directory.txt.zip", "directory.txt", "0.zip", "1.zip", "2.zip", "3.zip", ".velaris.part"};
+#include "platform/paths.h"
+
 static constexpr char temp_prefix[] = "velaris-";
 static constexpr std::size_t temp_random = 6;  // letters and digits that mkdtemp puts behind it
 
@@ -60,8 +59,8 @@ static bool is_folder(const std::string& path) {
 
 // Makes what is missing of `folder`, private to the user.
 static bool make_private_folders(const std::string& folder) {
-    for (std::size_t slash = folder.find('/', 1); slash != std::string::npos; slash = folder.find('/', slash + 1))
-        mkdir(folder.substr(0, slash).c_str(), 0700);
+    for (const std::string_view passed : folders_passed(folder))
+        mkdir(std::string(passed).c_str(), 0700);
     return is_folder(folder);
 }
 
@@ -89,8 +88,7 @@ std::string executable_path() {
 }
 
 static std::string folder_of_executable() {
-    const std::string path = executable_path();
-    return path.substr(0, path.rfind('/') + 1);
+    return std::string(folder_of(executable_path()));
 }
 
 // The value of a line such as XDG_DESKTOP_DIR="$HOME/Desktop", quoted as for a shell; empty unless it is below the home
@@ -119,9 +117,16 @@ static std::string desktop_folder() {
     return folder;
 }
 
+std::string temp_stream_zip(int stream) {
+    return std::to_string(stream) + ".zip";
+}
+
 static void empty_temp_folder(int fd) {
-    for (const char* name : temp_files)
+    for (const char* name : {temp_server_list, temp_directory_zip, temp_directory, temp_part})
         unlinkat(fd, name, 0);
+    char zip[] = "0.zip";  // a signal handler may make no string
+    for (; *zip < '0' + temp_streams; ++*zip)
+        unlinkat(fd, zip, 0);
 }
 
 // A folder of ours whose run is gone: a living one holds its lock. Anything unknown in it keeps it.

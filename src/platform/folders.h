@@ -27,8 +27,14 @@ std::string state_folder();
 // Path of the running executable; empty when the kernel does not tell.
 std::string executable_path();
 
-// Removes the files that a run leaves in its temporary folder (serverlist.txt, directory.txt.zip, directory.txt, 0.zip
-// to 3.zip), then the folder if it is empty. Files that the program does not know stay. No effect if none was made.
+// What a run puts into its temporary folder.
+constexpr char temp_server_list[] = "serverlist.txt";
+constexpr char temp_directory_zip[] = "directory.txt.zip", temp_directory[] = "directory.txt";
+constexpr char temp_part[] = ".velaris.part";  // a file that is being expanded, here and in the destination's folders
+constexpr int temp_streams = 4;                // files that travel at once
+std::string temp_stream_zip(int stream);       // "0.zip" to "3.zip"
+
+// Removes these files from the temporary folder, then the folder if it is empty. Files that the program does not know stay. No effect if none was made.
 // Happens at the exit of the process anyway, for ends that close nothing; a signal handler may call it. What a run that
 // was killed has left goes when the next one makes its own folder in the same place: a living run holds a lock on its own.
 void remove_temp_folder();

@@ -71,6 +71,7 @@ static void print_commands(const std::string& which) {
 }
 
 void UTL_cmdline::init_common() const {
+    alert_road.log_only = [] { return cmdline.has_option("--fps_test"); };
     if (has_option("--cmnds"))
         print_commands(get_option("--cmnds"));
     else if (has_option("-h") || has_option("--help"))

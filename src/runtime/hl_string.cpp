@@ -14,11 +14,6 @@ static bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-void check_path_length(const std::string& text) {
-    if (text.size() >= path_buffer_size)
-        __MACIBM_alert(0, "String too long!", text, "", "", t_exit, "HLutils/GenH/hl_string", 136);
-}
-
 void copy_to_path_buffer(char* buffer, const std::string& text) {
     check_path_length(text);
     const std::size_t size = std::min(text.size(), path_buffer_size - 1);

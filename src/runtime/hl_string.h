@@ -1,15 +1,12 @@
-// hl_string.h: numbers to text and back, to the digit, and the fixed path buffer.
+// hl_string.h: numbers to text and back, to the digit, and the fixed buffer of a path.
 #pragma once
 
-#include <cstddef>
 #include <string>
 
-constexpr std::size_t path_buffer_size = 500;  // every C-string path fits, terminator included
+#include "platform/paths.h"
 
 // Copies `text` into a buffer of path_buffer_size bytes. Over 499 characters is the fatal alert "String too long!".
 void copy_to_path_buffer(char* buffer, const std::string& text);
-// The same test without a copy.
-void check_path_length(const std::string& text);
 
 // Sign, then at most ten digits with leading zeros up to `min_digits`. `buf` takes 12 bytes.
 void int_to_str(int value, char* buf, int min_digits, int plus);

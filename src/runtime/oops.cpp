@@ -6,15 +6,14 @@
 #include <utility>
 
 #include "platform/folders.h"
+#include "platform/paths.h"
 #include "platform/process.h"
-#include "runtime/cmdline.h"
-#include "runtime/hl_string.h"
 #include "runtime/log.h"
 #include "runtime/memory.h"
 #include "runtime/product.h"
-#include "runtime/thread.h"
 
 alert_front_t alert_front;
+alert_road_t alert_road;
 
 static bool in_alert = false;  // main thread only
 
@@ -31,7 +30,11 @@ exce_class::exce_class(std::string l1, std::string l2, std::string l3, std::stri
       level(alert_level) {}
 
 static bool off_main_thread() {
-    return THREAD_is_inited() && !THREAD_is_main_thread();
+    return alert_road.off_main_thread && alert_road.off_main_thread();
+}
+
+static bool log_only() {
+    return alert_road.log_only && alert_road.log_only();
 }
 
 static void log_lines(const exce_class& e) {
@@ -111,7 +114,7 @@ static void alert_to_log_only(const exce_class& e, const std::string& place) {
 
 static void alert_on_main_thread(const exce_class& e, int next_window) {
     const std::string place = std::string("(") + e.file + " line " + std::to_string(e.line) + ")";
-    if (cmdline.has_option("--fps_test")) {
+    if (log_only()) {
         alert_to_log_only(e, place);
         return;
     }
@@ -139,14 +142,14 @@ void __MACIBM_alert(int next_window, const std::string& line1, const std::string
                     const std::string& line4, int type, const char* file, int line) {
     const exce_class e(line1, line2, line3, line4, file, line, type);
     if (off_main_thread())
-        THREAD_send_exception(e);
+        alert_road.send_to_main(e);
     else
         alert_on_main_thread(e, next_window);
 }
 
 void MACIBM_finishup(int save) {
-    if (save && alert_front.save_settings && !cmdline.has_option("--fps_test")) alert_front.save_settings();
-    if (save) THREAD_shutdown();
+    if (save && alert_front.save_settings && !log_only()) alert_front.save_settings();
+    if (save && alert_road.stop_threads) alert_road.stop_threads();
     // A display is closed once, even if closing it fails with an alert; that one, and any later, has no screen.
     if (auto* const close_display = std::exchange(alert_front.close_display, nullptr)) {
         alert_front.show = nullptr;
@@ -154,6 +157,11 @@ void MACIBM_finishup(int save) {
     }
     remove_temp_folder();
     xer.close();
+}
+
+void check_path_length(const std::string& text) {
+    if (text.size() >= path_buffer_size)
+        __MACIBM_alert(0, "String too long!", text, "", "", t_exit, "HLutils/GenH/hl_string", 136);
 }
 
 void go_to_URL(const std::string& url) {

@@ -2,7 +2,8 @@
 //
 // An alert is four lines of text and the source place of the call; the place is the failure's lasting name, by which
 // support finds it across releases. How it is shown is turned round: the front end (window or console) fills in
-// `alert_front`; before that, the native form writes to standard error.
+// `alert_front`; before that, the native form writes to standard error. What stands above the alerts and is needed for
+// them, the threads and the command line, fills `alert_road` in the same way.
 // Threads: any thread may raise one; off the main thread it travels there as an exce_class (thread.h).
 // Exceptions: with the default `leave` a fatal alert does not return. Nothing on the way may be noexcept.
 #pragma once
@@ -46,6 +47,15 @@ struct alert_front_t {
 };
 extern alert_front_t alert_front;
 
+// Null members mean a process with one thread and without options, as it is before the start and in most tests.
+struct alert_road_t {
+    bool (*off_main_thread)();                  // thread.h; set while there are threads of ours
+    void (*send_to_main)(const exce_class& e);  // ends the calling thread if `e` is fatal
+    void (*stop_threads)();                     // joins them
+    bool (*log_only)();                         // cmdline.h: no screen is used and nothing is saved
+};
+extern alert_road_t alert_road;
+
 void __MACIBM_alert(int next_window, const std::string& line1, const std::string& line2, const std::string& line3,
                     const std::string& line4, int type, const char* file, int line);
 
@@ -56,6 +66,9 @@ void MACIBM_finishup(int save);
 // Ends the process by the front end's `leave`, with no closing of anything: the end of --help, and the last step of a
 // fatal alert.
 [[noreturn]] void leave_process(int status);
+
+// Over 499 characters is the fatal alert "String too long!": every path is at home in a buffer of path_buffer_size.
+void check_path_length(const std::string& text);
 
 // Hands a web address to the system and ignores the outcome. Over 499 characters is a fatal alert.
 void go_to_URL(const std::string& url);

@@ -48,6 +48,9 @@ void THREAD_init() {
     UTL_message_queue_create(&call_queue);
     workers = new worker_handles;
     threads_inited = true;
+    alert_road.off_main_thread = [] { return THREAD_is_inited() && !THREAD_is_main_thread(); };
+    alert_road.send_to_main = THREAD_send_exception;
+    alert_road.stop_threads = THREAD_shutdown;
 }
 
 int THREAD_is_main_thread() {

@@ -51,13 +51,17 @@ void xtim_class::update_at(double now, int top) {
 }
 
 void xtim_class::xtim_update(int top) {
-    update_at(static_cast<double>(microsecs()) / 1e6, top);
+    update_at(seconds(), top);
 }
 
 std::int64_t xtim_class::microsecs() {
     const auto now = std::chrono::steady_clock::now();
     static const auto base = now;  // so that the first call is exactly 0
     return std::chrono::duration_cast<std::chrono::microseconds>(now - base).count();
+}
+
+double xtim_class::seconds() {
+    return static_cast<double>(microsecs()) / 1e6;
 }
 
 std::int32_t xtim_class::del_time(std::int64_t* last) {

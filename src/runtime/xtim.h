@@ -19,6 +19,7 @@ class xtim_class {
     void update_at(double now, int top);
 
     static std::int64_t microsecs();                     // since the first call, which returns 0
+    static double seconds();                             // the same in seconds
     static std::int32_t del_time(std::int64_t* last);    // since the previous reading; null uses one shared store
     void profile_chart(const char* label, int total);    // to the log, with `profiling` set
     void current_month_day(int* month, int* day) const;  // month from 0, day from 1

@@ -7,6 +7,7 @@
 
 #include "app/console/json.h"
 #include "app/progress_line.h"
+#include "runtime/utf8.h"
 
 namespace {
 

@@ -21,7 +21,7 @@ struct {
 } face;
 
 void show_progress(const std::string& line1, const std::string& line2, float share) {
-    face.progress.show(static_cast<double>(share), line1, line2, static_cast<double>(xtim_class::microsecs()) * 1e-6);
+    face.progress.show(static_cast<double>(share), line1, line2, xtim_class::seconds());
 }
 
 bool stop_wanted() {

@@ -8,13 +8,13 @@
 
 #include "app/console/output.h"
 #include "app/dest.h"
-#include "app/progress_line.h"
 #include "app/words.h"
 #include "engine/flow.h"
 #include "engine/front.h"
 #include "engine/stg.h"
 #include "platform/interrupt.h"
 #include "runtime/oops.h"
+#include "runtime/utf8.h"
 
 // Process-wide: what the command line said, set at start-up, and what the user said.
 static struct {

@@ -40,10 +40,6 @@ struct run_t {
     int seen_finish = -1;    // a number that moves whenever something is finished
 };
 
-double now() {
-    return static_cast<double>(xtim_class::microsecs()) * 1e-6;
-}
-
 void end_process(int status) {
     console_end(status);
     std::exit(status);
@@ -52,9 +48,10 @@ void end_process(int status) {
 // What the network says goes out once, and then at most every five seconds: a run may retry for hours.
 void say_failure(run_t& run) {
     const std::string& text = http.last_failure();
-    if (text == run.failure_said || (run.last_failure_said >= 0 && now() - run.last_failure_said < 5)) return;
+    if (text == run.failure_said || (run.last_failure_said >= 0 && xtim_class::seconds() - run.last_failure_said < 5))
+        return;
     run.failure_said = text;
-    run.last_failure_said = now();
+    run.last_failure_said = xtim_class::seconds();
     console_sentence({text + " - I am trying again.", tone::error});
 }
 
@@ -141,16 +138,16 @@ bool gave_up(run_t& run) {
     const int finished = next.files_done + (stg.server_cnt >= 0) + stg.dir_state + 4 * stg.install_state;
     if (finished != run.seen_finish) {
         run.seen_finish = finished;
-        run.last_finish = now();
+        run.last_finish = xtim_class::seconds();
     }
-    return run.options.give_up_seconds > 0 && now() - run.last_finish > run.options.give_up_seconds;
+    return run.options.give_up_seconds > 0 && xtim_class::seconds() - run.last_finish > run.options.give_up_seconds;
 }
 
 void wait_for(const run_t& run, after_pass after) {
     if (after == after_pass::go_on) return;
     int ms = longest_wait_ms;
     if (run.options.give_up_seconds > 0) {
-        const double left = run.options.give_up_seconds - (now() - run.last_finish);
+        const double left = run.options.give_up_seconds - (xtim_class::seconds() - run.last_finish);
         ms = std::clamp(static_cast<int>(left * 1000) + 1, 1, ms);
     }
     http.wait(ms, interrupt_wake_fd());

@@ -2,22 +2,7 @@
 
 #include <cstdio>
 
-// Length of the valid UTF-8 sequence that starts at `i`, 0 if there is none: no overlong form, no surrogate, nothing
-// above U+10FFFF.
-static std::size_t utf8_length(std::string_view text, std::size_t i) {
-    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
-    const unsigned char first = byte(i);
-    if (first < 0x80) return 1;
-    const std::size_t n = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
-    if (first < 0xc2 || first > 0xf4 || i + n > text.size()) return 0;
-    for (std::size_t k = 1; k < n; ++k)
-        if ((byte(i + k) & 0xc0) != 0x80) return 0;
-    const unsigned char second = byte(i + 1);
-    if ((first == 0xe0 && second < 0xa0) || (first == 0xed && second > 0x9f) || (first == 0xf0 && second < 0x90) ||
-        (first == 0xf4 && second > 0x8f))
-        return 0;
-    return n;
-}
+#include "runtime/utf8.h"
 
 static void append_escaped(std::string& out, unsigned char c) {
     char code[8];

@@ -16,6 +16,7 @@
 #include "engine/flow.h"
 #include "engine/stg.h"
 #include "runtime/memory.h"
+#include "runtime/utf8.h"
 #include "runtime/xtim.h"
 
 namespace {
@@ -38,10 +39,6 @@ struct output_t {
 };
 output_t output;
 progress_line progress;
-
-double seconds_now() {
-    return static_cast<double>(xtim_class::microsecs()) * 1e-6;
-}
 
 void print_json(const json_object& object) {
     const std::string line = object.line();
@@ -128,9 +125,9 @@ void console_flow_sentences() {
     if (stg.dir_state == dir_unread) return;
     if (stg.install_state == install_running) {
         // A run may fail and try again for hours; its sentences go out at most every five seconds.
-        const bool due = output.last_failing < 0 || seconds_now() - output.last_failing >= 5;
+        const bool due = output.last_failing < 0 || xtim_class::seconds() - output.last_failing >= 5;
         if (!stg.down_failed || !due) return;
-        output.last_failing = seconds_now();
+        output.last_failing = xtim_class::seconds();
     }
     const status_sentences status = status_lines();
     for (int i = 0; i < 3; ++i) {
@@ -180,11 +177,11 @@ void console_plan() {
 
 void console_scan_progress(double share, const std::string& what, const std::string& item) {
     if (output.json) return;
-    progress.show(share, what, item, seconds_now());
+    progress.show(share, what, item, xtim_class::seconds());
 }
 
 static void json_progress(const next_t& table, const install_pace& pace, bool last) {
-    const double now = seconds_now();
+    const double now = xtim_class::seconds();
     if (!last && output.last_json_progress >= 0 && now - output.last_json_progress < 1) return;
     output.last_json_progress = now;
     print_json(json_object("progress")
@@ -215,8 +212,8 @@ static std::string progress_text(const install_pace& pace, bool last) {
 
 void console_install_progress(bool last) {
     // The loop passes here for every block of data; nobody reads that fast.
-    if (!last && output.last_pace >= 0 && seconds_now() - output.last_pace < 0.1) return;
-    output.last_pace = seconds_now();
+    if (!last && output.last_pace >= 0 && xtim_class::seconds() - output.last_pace < 0.1) return;
+    output.last_pace = xtim_class::seconds();
     if (output.files_total < 0) {
         output.files_total = count_files_total();
         progress.restart();
@@ -228,7 +225,7 @@ void console_install_progress(bool last) {
     else if (last)
         progress.show_last(install_share(table), progress_text(pace, last));
     else
-        progress.show(install_share(table), progress_text(pace, last), crnt_file_name, seconds_now());
+        progress.show(install_share(table), progress_text(pace, last), crnt_file_name, xtim_class::seconds());
 }
 
 void console_file(int action, const std::string& path, int result) {
@@ -241,9 +238,10 @@ void console_file(int action, const std::string& path, int result) {
 // A catalogue that is damaged on every server raises the same alert with each try. The log has them all.
 static bool is_repeated_alert(const exce_class& alert, const std::string& place) {
     const std::string text = alert.line1 + "\n" + alert.line2 + "\n" + alert.line3 + "\n" + alert.line4 + "\n" + place;
-    if (alert.level == t_alert && text == output.last_alert && seconds_now() - output.last_alert_said < 5) return true;
+    if (alert.level == t_alert && text == output.last_alert && xtim_class::seconds() - output.last_alert_said < 5)
+        return true;
     output.last_alert = text;
-    output.last_alert_said = seconds_now();
+    output.last_alert_said = xtim_class::seconds();
     return false;
 }
 

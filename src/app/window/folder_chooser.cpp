@@ -10,6 +10,8 @@
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "platform/folder_dialog.h"
+#include "platform/paths.h"
+#include "runtime/utf8.h"
 #include "shell/pump.h"
 #include "ui/butn.h"
 #include "ui/field.h"
@@ -28,21 +30,6 @@ bool keep_dialog_open() {
                charset_text, align_centre);
     MACIBM_event_proc();
     return mnw.wind_id == wind_folder_wait;
-}
-
-// The field holds Latin-1, as the keyboard gives it; names on the disk are UTF-8.
-std::string path_of_latin1(const std::string& typed) {
-    std::string path;
-    for (const char c : typed) {
-        const auto code = static_cast<unsigned char>(c);
-        if (code < 0x80) {
-            path += c;
-        } else {
-            path += static_cast<char>(0xC0 | code >> 6);
-            path += static_cast<char>(0x80 | (code & 0x3F));
-        }
-    }
-    return path;
 }
 
 // Bytes that no path of the program may hold.
@@ -70,7 +57,8 @@ class folder_browser {
         return true;
     }
 
-    bool open_typed() { return typed == shown || open(path_of_latin1(typed)); }
+    // The field holds Latin-1, as the keyboard gives it; names on the disk are UTF-8.
+    bool open_typed() { return typed == shown || open(utf8_of_latin1(typed)); }
 
     void draw_rows();
     void draw_field() { BTN_enterstring(60, 78, &typed, 4000, "-folder", 510, 1); }
@@ -90,14 +78,7 @@ class folder_browser {
         if (folder != "/") names.insert(names.begin(), "..");
     }
 
-    void enter(const std::string& name) {
-        if (name != "..") {
-            open(folder + name + "/");
-            return;
-        }
-        const std::size_t slash = folder.rfind('/', folder.size() - 2);
-        open(folder.substr(0, slash + 1));
-    }
+    void enter(const std::string& name) { open(name == ".." ? std::string(folder_of(folder)) : folder + name + "/"); }
 
     std::vector<std::string> names;
     std::string typed, shown, problem;
@@ -132,12 +113,9 @@ void folder_browser::draw_rows() {
 
 // The folder itself, or the nearest one above it that is there.
 std::string nearest_folder(std::string path) {
-    while (path.size() > 1 && !dir_exists(path)) {
-        const std::size_t slash = path.rfind('/', path.size() - 2);
-        if (slash == std::string::npos) break;
-        path.resize(slash + 1);
-    }
-    return dir_exists(path) ? path : "/";
+    while (!path.empty() && !dir_exists(path))
+        path.resize(folder_length(path));
+    return path.empty() ? "/" : path;
 }
 
 int browse(const std::string& message, const std::string& start, std::string& chosen) {

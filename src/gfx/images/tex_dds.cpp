@@ -5,6 +5,7 @@
 
 #include "gfx/images/tex.h"
 #include "gfx/images/tex_levels.h"
+#include "runtime/bytes.h"
 #include "runtime/product.h"
 
 namespace {
@@ -30,8 +31,7 @@ constexpr std::uint32_t format_has_four_cc = 0x4;
 constexpr std::uint32_t caps_complex = 0x8, caps_texture = 0x1000, caps_mipmap = 0x400000;
 
 std::uint32_t get_word(const unsigned char* file, std::size_t word) {
-    const unsigned char* p = file + 4 * word;
-    return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 | std::uint32_t{p[3]} << 24;
+    return little_word(file + 4 * word, 4);
 }
 
 void put_word(unsigned char* file, std::size_t word, std::size_t value) {

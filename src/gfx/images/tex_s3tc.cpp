@@ -8,6 +8,7 @@
 
 #include "gfx/images/tex.h"
 #include "gfx/images/tex_levels.h"
+#include "runtime/bytes.h"
 
 static std::size_t block_bytes(int format) {
     return tex_squish_flag(format) == squish::kDxt1 ? 8 : 16;
@@ -25,7 +26,7 @@ static void nv_flip_blocks_dxtc3(unsigned char* block) {
 
 // Two halves of 24 bits, each two rows of 12.
 static std::uint32_t swap_alpha_rows(const unsigned char* half) {
-    const std::uint32_t bits = half[0] | std::uint32_t{half[1]} << 8 | std::uint32_t{half[2]} << 16;
+    const std::uint32_t bits = little_word(half, 3);
     return bits >> 12 | (bits & 0xfff) << 12;
 }
 
@@ -74,7 +75,7 @@ static unsigned gamma_565(unsigned colour, const unsigned char* table) {
 }
 
 void nv_gamma_correct(unsigned char* block, const unsigned char* table) {
-    const unsigned before[2] = {block[0] | unsigned{block[1]} << 8, block[2] | unsigned{block[3]} << 8};
+    const std::uint32_t before[2] = {little_word(block, 2), little_word(block + 2, 2)};
     unsigned end[2] = {gamma_565(before[0], table), gamma_565(before[1], table)};
     const bool first_leads = before[0] > before[1];
     if (first_leads != (end[0] > end[1])) {

@@ -1,0 +1,26 @@
+// utf8.h: names and sentences are bytes that are mostly UTF-8; these are the steps over them.
+// Latin-1 is what the keyboard gives and the window's letters show: one byte a character.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+// A byte that goes on with a character and begins none.
+constexpr bool is_utf8_tail(char c) {
+    return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
+}
+
+// Length of the valid sequence that starts at `i`, 0 if there is none: no overlong form, no surrogate, nothing above
+// U+10FFFF.
+std::size_t utf8_length(std::string_view text, std::size_t i);
+
+// The next place from `i` on, `i` included, at which a character begins; the end of the text at last.
+std::size_t utf8_boundary(std::string_view text, std::size_t i);
+
+// The character at `i` as Latin-1, 0 where it is none; `i` goes behind it, over one byte of what is no UTF-8.
+unsigned char utf8_take_latin1(std::string_view text, std::size_t& i);
+std::string utf8_of_latin1(std::string_view text);
+
+// Text of unknown origin for a terminal or a line of a log: its control bytes become "?".
+std::string printable(std::string text);
