@@ -6,13 +6,15 @@
 
 // The library tells a key and the text that it types in two events, one behind the other; we want one. So a key that may
 // type waits here for its text, at the longest to the next event or to the end of the batch.
-static display_event waiting_key;
-static bool key_waits = false;
-static bool text_suppressed = false;  // of the waiting key: Ctrl or Super is down
+static struct {
+    display_event key;
+    bool waits = false;
+    bool text_suppressed = false;  // Ctrl or Super is down, so its text is not meant
+} pending;
 
 static void let_key_go(std::vector<display_event>& events) {
-    if (key_waits) events.push_back(waiting_key);
-    key_waits = false;
+    if (pending.waits) events.push_back(pending.key);
+    pending.waits = false;
 }
 
 static void set_modifiers(display_event& event, int mod) {
@@ -35,11 +37,11 @@ static void take_key(const SDL_KeyboardEvent& from, std::vector<display_event>& 
                                       : display_event_kind::key_down};
     event.vkey = key.vkey;
     set_modifiers(event, from.keysym.mod);
-    text_suppressed = suppresses_text(from.keysym.mod);
-    event.character = text_suppressed ? static_cast<unsigned char>(0) : key.character;
+    pending.text_suppressed = suppresses_text(from.keysym.mod);
+    event.character = pending.text_suppressed ? static_cast<unsigned char>(0) : key.character;
     if (down && key.printable) {
-        waiting_key = event;
-        key_waits = true;
+        pending.key = event;
+        pending.waits = true;
     } else {
         events.push_back(event);
     }
@@ -47,29 +49,20 @@ static void take_key(const SDL_KeyboardEvent& from, std::vector<display_event>& 
 
 // The first character completes the key that waits; further ones, and those of an input method, come without a key.
 static void take_text(std::string_view text, std::vector<display_event>& events) {
-    const bool suppressed = key_waits ? text_suppressed : suppresses_text(SDL_GetModState());
+    const bool suppressed = pending.waits ? pending.text_suppressed : suppresses_text(SDL_GetModState());
     for (std::size_t i = 0; i < text.size() && !suppressed;) {
         const unsigned char character = utf8_take_latin1(text, i);
         if (!character) continue;
-        display_event event = waiting_key;
-        if (!key_waits) {
+        display_event event = pending.key;
+        if (!pending.waits) {
             event = {display_event_kind::key_down};
             set_modifiers(event, SDL_GetModState());
         }
         event.character = character;
         events.push_back(event);
-        key_waits = false;
+        pending.waits = false;
     }
     let_key_go(events);
-}
-
-static void take_button(const SDL_MouseButtonEvent& from, std::vector<display_event>& events) {
-    if (from.button != SDL_BUTTON_LEFT) return;
-    display_event event{from.type == SDL_MOUSEBUTTONDOWN ? display_event_kind::mouse_down
-                                                         : display_event_kind::mouse_up};
-    event.x = from.x;
-    event.y = from.y;
-    events.push_back(event);
 }
 
 static void take_other(const SDL_Event& from, std::vector<display_event>& events) {
@@ -78,8 +71,15 @@ static void take_other(const SDL_Event& from, std::vector<display_event>& events
         case SDL_KEYUP:
             return take_key(from.key, events);
         case SDL_MOUSEBUTTONDOWN:
-        case SDL_MOUSEBUTTONUP:
-            return take_button(from.button, events);
+        case SDL_MOUSEBUTTONUP: {
+            if (from.button.button != SDL_BUTTON_LEFT) return;
+            const bool down = from.type == SDL_MOUSEBUTTONDOWN;
+            display_event event{down ? display_event_kind::mouse_down : display_event_kind::mouse_up};
+            event.x = from.button.x;
+            event.y = from.button.y;
+            events.push_back(event);
+            return;
+        }
         case SDL_MOUSEWHEEL: {
             display_event event{display_event_kind::wheel};
             event.wheel = from.wheel.y;

@@ -14,8 +14,8 @@ static struct {
     int samples;  // of `window`
     SDL_Window* window;
     SDL_GLContext context;
+    std::string title;
 } shown;
-static std::string window_title;
 
 bool display_start() {
     // The desktop's effects may stay on beside a window that is no game, and its screen saver may come.
@@ -72,7 +72,7 @@ static bool create_window(int samples) {
     const Uint32 border = shown.full_screen ? SDL_WINDOW_BORDERLESS : 0;
     for (const auto& wish : wishes) {
         ask_for_format(wish[0], wish[1], samples);
-        shown.window = SDL_CreateWindow(window_title.c_str(), x, y, shown.dx, shown.dy,
+        shown.window = SDL_CreateWindow(shown.title.c_str(), x, y, shown.dx, shown.dy,
                                         SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN | border);
         if (shown.window) break;
     }
@@ -81,7 +81,7 @@ static bool create_window(int samples) {
 }
 
 bool display_open_window(const std::string& title, int dx, int dy, bool full_screen) {
-    window_title = title;
+    shown.title = title;
     shown.full_screen = full_screen;
     shown.dx = dx;
     shown.dy = dy;
@@ -155,6 +155,6 @@ bool display_message_box(const std::string& main_text, const std::string& second
     if (driver && (std::strcmp(driver, "dummy") == 0 || std::strcmp(driver, "offscreen") == 0)) return false;
     if (!is_set("DISPLAY") && !is_set("WAYLAND_DISPLAY")) return false;
     const std::string text = main_text + "\n\n" + secondary_text;
-    const char* title = window_title.empty() ? "Velaris Installer" : window_title.c_str();
+    const char* title = shown.title.empty() ? "Velaris Installer" : shown.title.c_str();
     return SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_ERROR, title, text.c_str(), shown.window) == 0;
 }

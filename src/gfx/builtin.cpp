@@ -31,11 +31,6 @@ void recall_ins_texes() {
     }
 }
 
-static void set_mean(int index, int one, int other) {
-    const float *a = colr.rgb(one), *b = colr.rgb(other);
-    colr.assign(index, (a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2);
-}
-
 void take_palette_from_atlas() {
     // The swatches from the top one down; each is read in its middle.
     static constexpr int swatches[] = {34, 35, 36, 37, 38, 40, 41, 42, 43, 45, 46, 47, 44};
@@ -47,5 +42,7 @@ void take_palette_from_atlas() {
         colr.assign(index, channel(0), channel(1), channel(2));
         row -= step;
     }
-    set_mean(39, 38, 35);  // has no swatch
+    // 39 has no swatch: it is the mean of two.
+    const float *a = colr.rgb(colour_menu), *b = colr.rgb(colour_groove);
+    colr.assign(39, (a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2);
 }

@@ -22,24 +22,20 @@ static struct {
     float projection[16], modelview[16];  // by columns, as OpenGL takes them
 } xcam = {{}, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
 
-static void set_orthographic(float left, float bottom, float right, float top) {
-    float* m = xcam.projection;
-    std::fill(m, m + 16, 0.0f);
-    m[0] = 2 / (right - left);
-    m[5] = 2 / (top - bottom);
-    m[10] = -1;
-    m[12] = -(right + left) / (right - left);
-    m[13] = -(top + bottom) / (top - bottom);
-    m[15] = 1;
-}
-
 void OGL_screensize(int, int x1, int y1, int x2, int y2) {
     glViewport(x1, y1, x2 - x1, y2 - y1);
 }
 
 void OGL_viewport(int mode) {
     if (mode != 2) return;
-    set_orthographic(0, 0, static_cast<float>(mnw.screen_dx), static_cast<float>(mnw.screen_dy));
+    // Pixels of the surface, from its bottom left.
+    float* m = xcam.projection;
+    std::fill(m, m + 16, 0.0f);
+    m[0] = 2 / static_cast<float>(mnw.screen_dx);
+    m[5] = 2 / static_cast<float>(mnw.screen_dy);
+    m[10] = -1;
+    m[12] = m[13] = -1;
+    m[15] = 1;
     OGL_screensize(mode, 0, 0, mnw.screen_dx, mnw.screen_dy);
     glMatrixMode(GL_PROJECTION);
     glLoadMatrixf(xcam.projection);
@@ -103,19 +99,16 @@ void OGL_sbuff() {
     xtim.profile_chart("sb2", 0);
 }
 
-static std::string free_screenshot_name() {
-    static int shot = 0;
-    std::string name;
-    do
-        name = "screenshot_" + std::to_string(++shot) + ".png";
-    while (file_exists(name));
-    return name;
-}
-
 void OGL_screenshot(int save) {
     const int dx = std::min(mnw.screen_dx, scratch_side), dy = std::min(mnw.screen_dy, scratch_side);
     glReadPixels((mnw.screen_dx - dx) / 2, (mnw.screen_dy - dy) / 2, dx, dy, GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
     scratch_dx = dx;
     scratch_dy = dy;
-    if (save) write_png_to_disk(free_screenshot_name(), dx, dy, 3);
+    if (!save) return;
+    static int shot = 0;  // of this run, so that a thousand pictures are not looked for one by one
+    std::string name;
+    do
+        name = "screenshot_" + std::to_string(++shot) + ".png";
+    while (file_exists(name));
+    write_png_to_disk(name, dx, dy, 3);
 }

@@ -62,19 +62,14 @@ static std::string plain(double scaled, int decimals) {
     return text;
 }
 
-static std::string number_text(float value, int digits, int decimals) {
-    const double size = std::fabs(static_cast<double>(value));
-    const double scaled = std::floor(size * std::pow(10.0, decimals) + 0.5);
-    const bool fits = scaled < std::pow(10.0, digits);
-    const std::string text = fits ? plain(scaled, decimals) : scientific(size);
-    return value < 0 && (scaled > 0 || !fits) ? "-" + text : text;
-}
-
 void OGL_number(int color, float x, float y, float value, int digits, int decimals, int charset) {
     if (!std::isfinite(value)) value = 0;
     decimals = std::max(decimals, 0);
-    if (charset == charset_digits)
-        number_in_places(color, x, y, value, digits, decimals);
-    else
-        OGL_string(color, x, y, number_text(value, digits, decimals), 0, charset, align_left);
+    if (charset == charset_digits) return number_in_places(color, x, y, value, digits, decimals);
+    const double size = std::fabs(static_cast<double>(value));
+    const double scaled = std::floor(size * std::pow(10.0, decimals) + 0.5);
+    const bool fits = scaled < std::pow(10.0, digits);
+    std::string text = fits ? plain(scaled, decimals) : scientific(size);
+    if (value < 0 && (scaled > 0 || !fits)) text.insert(0, "-");
+    OGL_string(color, x, y, text, 0, charset, align_left);
 }

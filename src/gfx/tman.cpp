@@ -74,28 +74,19 @@ void check_arguments(int manual_ref, int flags, int load_time, const std::string
         misuse("Trying to bind too low or high a number of bytes!", "bytes=" + std::to_string(bytes), name, __LINE__);
 }
 
-void tell_missing_file(const tman_class::ref_dat_struct& row) {
-    if (row.fail_mode == fail_is_fatal)
-        __MACIBM_alert(
-            0, "Trying to load a texture that you do not have!", "This smacks of a mis-installed copy of Velaris!",
-            std::string("Please get a new download from ") + maker_site + ". This file is missing:", row.name, t_exit,
-            here, __LINE__);
-    xer << "WARNING: we are missing the texture: " << row.name << ".\n";
-}
-
 }  // namespace
 
+const tman_class::ref_dat_struct* tman_class::record(int ref) const {
+    const auto place = static_cast<std::size_t>(ref);  // below 0: past every end
+    return place < ref_dat.size() ? &ref_dat[place] : nullptr;
+}
+
 tman_class::ref_dat_struct& tman_class::row_of(int ref) {
-    if (ref < 0 || static_cast<std::size_t>(ref) >= ref_dat.size())
+    if (!record(ref))
         __MACIBM_alert(
             0, "maybe we tried to load some texture thatis not avail, and we have not loaded the t_blank_gray yet?",
             "(manual_ref>=ref_dat.size()!", "ref=" + std::to_string(ref), "", t_exit, here, __LINE__);
     return ref_dat[static_cast<std::size_t>(ref)];
-}
-
-const tman_class::ref_dat_struct* tman_class::record(int ref) const {
-    const bool there = ref >= 0 && static_cast<std::size_t>(ref) < ref_dat.size();
-    return there ? &ref_dat[static_cast<std::size_t>(ref)] : nullptr;
 }
 
 void tman_class::enter_name(int ref, const std::string& name) {
@@ -126,7 +117,7 @@ int tman_class::place_for(int manual_ref) {
                                        [](const ref_dat_struct& row) { return row.name == ref_dat_struct().name; });
         ref = static_cast<int>(free - ref_dat.begin());
     }
-    if (static_cast<std::size_t>(ref) >= ref_dat.size()) ref_dat.resize(static_cast<std::size_t>(ref) + 1);
+    if (!record(ref)) ref_dat.resize(static_cast<std::size_t>(ref) + 1);
     return ref;
 }
 
@@ -168,7 +159,12 @@ int tman_class::load_texture_int(int ref) {
         row.load_state = load_never;
         row.miss_told = true;
         fail_of(row.fail_mode).failed |= !fail_of(row.fail_mode).muted;
-        tell_missing_file(row);
+        if (row.fail_mode == fail_is_fatal)
+            __MACIBM_alert(
+                0, "Trying to load a texture that you do not have!", "This smacks of a mis-installed copy of Velaris!",
+                std::string("Please get a new download from ") + maker_site + ". This file is missing:", row.name,
+                t_exit, here, __LINE__);
+        xer << "WARNING: we are missing the texture: " << row.name << ".\n";
         return 0;
     }
     row.width = static_cast<float>(load.desc.width);
@@ -240,7 +236,7 @@ void tman_class::release_texture(int ref) {
 
 void tman_class::purge_unused_texes() {
     const table_lock lock;
-    for (int ref = tex_auto; static_cast<std::size_t>(ref) < ref_dat.size(); ++ref) {
+    for (int ref = tex_auto; record(ref); ++ref) {
         if (row_of(ref).use_count != 0) continue;
         drop_texture(row_of(ref));
         leave_name(ref);

@@ -35,12 +35,6 @@ const format_row* find_format(int flags) {
     return nullptr;
 }
 
-int internal_format(int flags) {
-    const format_row* row = find_format(flags);
-    if (flags & tex_float16) return row->float16;
-    return flags & tex_sized8 ? row->sized8 : row->format;
-}
-
 bool is_depth(int flags) {
     return (flags & tex_fmt_mask) == tex_fmt_depth;
 }
@@ -59,15 +53,15 @@ bool read_dds(const std::string& path, TEX_image_desc& desc, std::vector<unsigne
     return true;
 }
 
-bool read_file(const std::string& name, int format, TEX_image_desc& desc, std::vector<unsigned char>& pixels) {
-    const std::string base = name.substr(0, name.size() < 4 ? 0 : name.size() - 4);
-    if (!cmdline.has_option("--no_dds") && read_dds(base + ".dds", desc, pixels)) return true;
-    return TEX_load_any(base + ".png", desc, format, pixels) || TEX_load_any(base + ".bmp", desc, format, pixels);
-}
-
 int load_any_into_scratch(tex_load_vars& load) {
+    // The name's own ending says nothing: the first of three kinds that is there is taken.
+    const std::string base = load.name.substr(0, load.name.size() < 4 ? 0 : load.name.size() - 4);
+    const int format = tex_gl_format(load.flags);
     std::vector<unsigned char> pixels;
-    if (!read_file(load.name, tex_gl_format(load.flags), load.desc, pixels)) return 0;
+    if ((cmdline.has_option("--no_dds") || !read_dds(base + ".dds", load.desc, pixels)) &&
+        !TEX_load_any(base + ".png", load.desc, format, pixels) &&
+        !TEX_load_any(base + ".bmp", load.desc, format, pixels))
+        return 0;
     check_dxy(load.desc.width, load.desc.height, load.name);
     std::memcpy(scratch_array_temp, pixels.data(), pixels.size());
     load.pixels = scratch_array_temp;
@@ -100,38 +94,17 @@ void check_power_of_two(int side, const std::string& name) {
                        __LINE__);
 }
 
-void set_wrap(int flags) {
-    const GLint clamp = glExt.tex_clamp_avail ? GL_CLAMP_TO_EDGE : GL_CLAMP;
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, flags & (tex_clamp | tex_clamp_x) ? clamp : GL_REPEAT);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, flags & tex_clamp ? clamp : GL_REPEAT);
-}
-
-void set_filters(int flags) {
-    const GLint smooth = is_depth(flags) ? GL_NEAREST : GL_LINEAR;
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, smooth);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, flags & tex_mipmap ? GL_LINEAR_MIPMAP_LINEAR : smooth);
-    if (glExt.aniso_avail) glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, 1);
-}
-
 // The image stands in the low corner; what lies beyond it in a larger texture is never shown.
 void upload_level(const tex_load_vars& load, int level, const TEX_image_desc& desc) {
     const int dx = std::max(1, load.tex_dx >> level), dy = std::max(1, load.tex_dy >> level);
     const auto format = static_cast<GLenum>(is_depth(load.flags) ? GL_DEPTH_COMPONENT : desc.format);
     const GLenum type = is_depth(load.flags) ? GL_UNSIGNED_INT : GL_UNSIGNED_BYTE;
     const bool fills = desc.width == dx && desc.height == dy;
-    glTexImage2D(GL_TEXTURE_2D, level, internal_format(load.flags), dx, dy, 0, format, type,
-                 fills ? load.pixels : nullptr);
+    const format_row& row = *find_format(load.flags);
+    const GLint kept_as = load.flags & tex_float16 ? row.float16 : load.flags & tex_sized8 ? row.sized8 : row.format;
+    glTexImage2D(GL_TEXTURE_2D, level, kept_as, dx, dy, 0, format, type, fills ? load.pixels : nullptr);
     if (!fills && load.pixels)
         glTexSubImage2D(GL_TEXTURE_2D, level, 0, 0, desc.width, desc.height, format, type, load.pixels);
-}
-
-void upload_smaller_levels(tex_load_vars load) {
-    move_to_temp(load);
-    TEX_image_desc desc = load.desc;
-    for (int level = 1; load.tex_dx >> level || load.tex_dy >> level; ++level) {
-        TEX_downscale(desc, load.pixels, 2, 2);
-        upload_level(load, level, desc);
-    }
 }
 
 }  // namespace
@@ -190,10 +163,26 @@ void load_texture_ogl(const tex_load_vars& load, unsigned& tex_id) {
     }
     if (!tex_id) glGenTextures(1, &tex_id);
     TEX_bind_ref(static_cast<int>(tex_id), 0, 0);
-    set_wrap(load.flags);
-    set_filters(load.flags);
-    const bool mipmaps = (load.flags & tex_mipmap) != 0, card_makes_them = mipmaps && glExt.automini_avail;
+
+    // Clamped where that is wanted, to the edge if the card can.
+    const int flags = load.flags;
+    const GLint clamp = glExt.tex_clamp_avail ? GL_CLAMP_TO_EDGE : GL_CLAMP;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, flags & (tex_clamp | tex_clamp_x) ? clamp : GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, flags & tex_clamp ? clamp : GL_REPEAT);
+    // Smooth, but for depths: a mean of two depths is no depth.
+    const GLint smooth = is_depth(flags) ? GL_NEAREST : GL_LINEAR;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, smooth);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, flags & tex_mipmap ? GL_LINEAR_MIPMAP_LINEAR : smooth);
+    if (glExt.aniso_avail) glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, 1);
+
+    const bool mipmaps = (flags & tex_mipmap) != 0, card_makes_them = mipmaps && glExt.automini_avail;
     glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, card_makes_them ? GL_TRUE : GL_FALSE);
     upload_level(load, 0, load.desc);
-    if (mipmaps && !card_makes_them && load.pixels) upload_smaller_levels(load);
+    if (!mipmaps || card_makes_them || !load.pixels) return;
+    tex_load_vars smaller = load;
+    move_to_temp(smaller);
+    for (int level = 1; load.tex_dx >> level || load.tex_dy >> level; ++level) {
+        TEX_downscale(smaller.desc, smaller.pixels, 2, 2);
+        upload_level(smaller, level, smaller.desc);
+    }
 }

@@ -55,49 +55,31 @@ bool read_header(const xmap_class& file, bmp_header& header) {
     return true;
 }
 
-void need_24_bit(const char* what, const std::string& path) {
-    __MACIBM_alert(0, "We need 24-bit color.", what, "", path, t_alert, "HLutils/TEX/TEX_bmp", __LINE__);
-}
-
-bool is_supported(const bmp_header& header, const std::string& path) {
-    if (header.depth != 24)
-        need_24_bit("Wrong bitmap color depth for texture!", path);
-    else if (header.compression != 0)
-        need_24_bit("Bitmap is compressed!", path);
-    else
-        return true;
-    return false;
-}
-
-// What the eye makes of a colour, in the weights that the PNG decoder takes.
-unsigned char luminance(const unsigned char* bgr) {
-    return static_cast<unsigned char>((6968 * bgr[2] + 23434 * bgr[1] + 2366 * bgr[0] + 16384) >> 15);
-}
-
 void convert_row(const unsigned char* bgr, int width, const tex_layout& wanted, unsigned char* to) {
     for (int x = 0; x < width; ++x, bgr += 3, to += wanted.bytes) {
         if (wanted.format == tex_format_alpha)
-            *to = luminance(bgr);
+            // What the eye makes of a colour, in the weights that the PNG decoder takes.
+            *to = static_cast<unsigned char>((6968 * bgr[2] + 23434 * bgr[1] + 2366 * bgr[0] + 16384) >> 15);
         else
             tex_put(wanted, to, {bgr[2], bgr[1], bgr[0], 255});
     }
-}
-
-const tex_layout* wanted_layout(int format, const std::string& path) {
-    const bool loadable = format == tex_format_rgb || format == tex_format_rgba || format == tex_format_alpha;
-    if (!loadable)
-        __MACIBM_alert(0, "Illegal desired format for bmp.", "format=" + std::to_string(format), "", path, t_exit,
-                       "HLutils/TEX/TEX_bmp", __LINE__);
-    return tex_layout_of(format);
 }
 
 }  // namespace
 
 int tex_bmp_from_map(const std::string& path, const xmap_class& file, TEX_image_desc& desc, int format,
                      std::vector<unsigned char>& pixels) {
-    const tex_layout* wanted = wanted_layout(format, path);
+    if (format != tex_format_rgb && format != tex_format_rgba && format != tex_format_alpha)
+        __MACIBM_alert(0, "Illegal desired format for bmp.", "format=" + std::to_string(format), "", path, t_exit,
+                       "HLutils/TEX/TEX_bmp", __LINE__);
+    const tex_layout* wanted = tex_layout_of(format);
     bmp_header header;
-    if (!read_header(file, header) || !is_supported(header, path)) return 0;
+    if (!read_header(file, header)) return 0;
+    if (header.depth != 24 || header.compression != 0) {
+        const char* what = header.depth != 24 ? "Wrong bitmap color depth for texture!" : "Bitmap is compressed!";
+        __MACIBM_alert(0, "We need 24-bit color.", what, "", path, t_alert, "HLutils/TEX/TEX_bmp", __LINE__);
+        return 0;
+    }
     const std::int64_t rows = std::abs(header.height);
     if (header.width < 1 || header.width > tex_max_side || rows < 1 || rows > tex_max_side) return 0;
     const std::int64_t stride = (header.width * 3 + 3) & ~std::int64_t{3};

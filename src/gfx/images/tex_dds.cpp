@@ -53,12 +53,6 @@ int read_format(const unsigned char* file) {
     return 0;
 }
 
-const char* name_of(int format) {
-    for (const four_cc& known : four_ccs)
-        if (known.format == format) return known.name;
-    return nullptr;
-}
-
 int side(std::uint32_t value) {
     return value <= tex_max_side ? static_cast<int>(value) : 0;
 }
@@ -105,7 +99,10 @@ int TEX_load_dds(const std::string& path, xmap_class& file, TEX_image_desc& desc
 }
 
 int TEX_save_dds(const std::string& path, const TEX_image_desc& desc, const unsigned char* pixels) {
-    const char* format_name = name_of(desc.format);
+    const char* format_name = nullptr;
+    for (const four_cc& known : four_ccs)
+        if (known.format == desc.format) format_name = known.name;
+
     const std::size_t bytes = TEX_bytes_needed_for_image(desc);
     if (!format_name || bytes == 0) return 0;
     std::vector<unsigned char> image = header_of(desc, format_name);

@@ -67,16 +67,13 @@ void check_claimed_size(const png_reading* job) {
         png_error(job->png, "the file is too short for its size in pixels");
 }
 
-// Both ends of the correction are the file's own, so that no value changes.
-void set_gamma(const png_reading* job) {
-    png_fixed_point gamma = 0;
-    if (!png_get_gAMA_fixed(job->png, job->info, &gamma) || gamma <= 0) return;
-    const std::int64_t inverse = (std::int64_t{10000000000} + gamma / 2) / gamma;
-    png_set_gamma_fixed(job->png, static_cast<png_fixed_point>(inverse), gamma);
-}
-
 void set_transforms(const png_reading* job) {
-    set_gamma(job);
+    // Both ends of the correction are the file's own, so that no value changes.
+    png_fixed_point gamma = 0;
+    if (png_get_gAMA_fixed(job->png, job->info, &gamma) && gamma > 0) {
+        const std::int64_t inverse = (std::int64_t{10000000000} + gamma / 2) / gamma;
+        png_set_gamma_fixed(job->png, static_cast<png_fixed_point>(inverse), gamma);
+    }
     const int colour = png_get_color_type(job->png, job->info);
     const bool keyed = png_get_valid(job->png, job->info, PNG_INFO_tRNS) != 0;
     if (colour == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(job->png);
