@@ -22,7 +22,7 @@ static long fetch_all(const std::string& host, const std::string& folder, int fi
     for (int left = files; left > 0;) {
         xtim.xtim_update();
         for (int slot = 0; slot < streams && left > 0; ++slot, ++polls) {
-            const int result = http.net_check(slot, host, "/file.zip", folder + std::to_string(slot) + ".zip");
+            const int result = http.net_check(slot, {host, "/file.zip", folder + std::to_string(slot) + ".zip"});
             if (result == net_failed) {
                 std::fprintf(stderr, "%s\n", http.last_failure().c_str());
                 return -1;

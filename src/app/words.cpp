@@ -8,6 +8,7 @@
 #include "engine/flow.h"
 #include "engine/stg.h"
 #include "net/http.h"
+#include "net/server_list.h"
 #include "runtime/hl_string.h"
 #include "runtime/xtim.h"
 
@@ -64,7 +65,7 @@ static std::string size_text(float kilobytes) {
 
 // Share of the catalogue that is here, in percent; -1 while its length is not known.
 static std::int64_t check_percent() {
-    const down_class* transfer = http.slots[1];
+    const auto& transfer = http.slots[slot_directory];
     if (!transfer) return 0;
     if (transfer->content_len < 0) return -1;
     if (transfer->content_len == 0) return 100;
@@ -150,10 +151,9 @@ static std::string done_text() {
 
 static std::string pace_text() {
     const install_pace pace = get_install_pace();
-    const long streams = std::count_if(std::begin(next.stream_on), std::end(next.stream_on), [](int on) { return on; });
     return "About " + time_left_text(pace.seconds_left) + " left in the install, downloading at " +
            std::to_string(static_cast<std::int64_t>(pace.rate_kb_s)) + " kilobytes/second with " +
-           std::to_string(streams) + " simultaneous download streams.";
+           std::to_string(streams_on()) + " simultaneous download streams.";
 }
 
 static void idle_lines(sentence (&line)[3]) {
@@ -167,8 +167,8 @@ static void idle_lines(sentence (&line)[3]) {
             "for the latest FULL version of Velaris).";
         line[2].text = "This is a beta installer.";
     } else {
-        line[0].text =
-            "You are about to install " + size_text(flow.tot_disk_req) + " of files to get " + install_name + ".";
+        line[0].text = "You are about to install " + size_text(flow.tot_disk_req) + " of files to get " +
+                       server_list.install_name + ".";
         if (!(flow.tot_availabl > 0)) return;
         line[1].text =
             "You have " + size_text(flow.tot_availabl) + " of drive space available for the selected directory.";

@@ -7,6 +7,7 @@
 
 #include "engine/front.h"
 #include "engine/stg.h"
+#include "engine/streams.h"
 
 // What kind of news a sentence is. Each face has a colour for it.
 enum class tone { plain, good_news, bad_news, error };

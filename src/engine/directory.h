@@ -6,8 +6,8 @@
 //   FILE disc_set platform version zip_size ext_size signature name
 // in which rows of one path stand together, oldest first; the last row is the file's current state. A path's first
 // component is a distribution folder and no part of the installed path. Sizes are thousands of bytes, cut.
-// The history is there so that a file on the disk that matches any row is stale and is replaced without a question; only
-// a signature that no row knows means that the user changed the file.
+// The history is there so that a file on the disk that matches any row is stale and is replaced without a question;
+// only a signature that no row knows means that the user changed the file.
 // Threads: main thread only.
 #pragma once
 

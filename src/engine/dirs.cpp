@@ -259,8 +259,8 @@ static std::string way_out(const beneath_folder& root, const std::string& folder
     return "";
 }
 
-// Whether every file to install or delete lies in the destination. What is behind a link that the release itself once laid
-// there does not count, as long as that link is still to be cleared away.
+// Whether every file to install or delete lies in the destination. What is behind a link that the release itself once
+// laid there does not count, as long as that link is still to be cleared away.
 static bool all_stays_inside(bool links_are_cleared) {
     const beneath_folder root = destination_folder();
     std::string last_folder;  // files of one folder stand together

@@ -18,6 +18,7 @@
 #include "files/io_utils.h"
 #include "files/zip_io.h"
 #include "net/http.h"
+#include "net/server_list.h"
 #include "platform/folder_lock.h"
 #include "platform/folders.h"
 #include "platform/volume.h"
@@ -27,7 +28,6 @@
 
 flow_t flow;
 
-constexpr int list_slot = 0, directory_slot = 1;  // of the pool
 // Far more than any release needs, at 60 bytes a row.
 constexpr std::int64_t most_list_bytes = 1 << 20, most_directory_zip_bytes = 256 << 20;
 constexpr double file_work_seconds = 0.01;  // of a frame, so that the screen stays live
@@ -37,15 +37,14 @@ void flow_start() {
     next = next_t{};
     flow = flow_t{};
     flow.list_host = default_list_host;
-    install_name = no_install_name;
+    server_list.install_name = no_install_name;
     get_OS_abs_path(os_dir_temp, &temp_path);
 }
 
 int flow_server_list() {
     if (stg.server_cnt != -1) return net_complete;
     const std::string local = temp_path + temp_server_list;
-    http.most_bytes[list_slot] = most_list_bytes;
-    const int result = http.net_check(list_slot, flow.list_host, "/serverlist.txt", local);
+    const int result = http.net_check(slot_list, {flow.list_host, "/serverlist.txt", local, most_list_bytes});
     if (result != net_complete) return result;
     const int count = read_server_list(local);
     if (count == -1) {
@@ -62,7 +61,7 @@ void flow_make_paths() {
     flow.net_dir_path_zip = temp_path + temp_directory_zip;
     flow.dir_path = temp_path + temp_directory;
     flow.dir_path_path = temp_path;
-    flow.dvd_dir_path_zip = dvd_path + install_name + "/directory.txt.zip";
+    flow.dvd_dir_path_zip = dvd_path + server_list.install_name + "/directory.txt.zip";
 }
 
 // Signatures do not pack, so a catalogue shrinks to a third or so. What shrinks to nearly nothing is no catalogue but
@@ -80,7 +79,7 @@ static void expand_directory() {
     if (err == 0) {
         stg.dir_state = dir_unread;
     } else {
-        http.reject(directory_slot, error_str(err));
+        http.reject(slot_directory, error_str(err));
         stg.server_sel = pick_other_server(stg.server_cnt, 1u << stg.server_sel);
         __MACIBM_alert(0, "DIR-scan: The installer cannot extract a file.", "Error: " + error_str(err),
                        "Compressed File/" + flow.net_dir_path_zip, "Destination Path/" + flow.dir_path_path, t_alert,
@@ -93,17 +92,17 @@ int flow_directory() {
     if (stg.dir_state != dir_fetching) return net_complete;
     if (stg.server_cnt < 1) return net_running;
     flow_make_paths();
-    const std::size_t server = static_cast<std::size_t>(stg.server_sel);
-    http.most_bytes[directory_slot] = most_directory_zip_bytes;
-    const int result = http.net_check(directory_slot, server_name[server], server_path[server] + "directory.txt.zip",
-                                      flow.net_dir_path_zip);
+    const int server = stg.server_sel;
+    const int result = http.net_check(
+        slot_directory, {server_list.server_name[server], server_list.server_path[server] + "directory.txt.zip",
+                         flow.net_dir_path_zip, most_directory_zip_bytes});
     if (result == net_failed) stg.server_sel = pick_server_plain(stg.server_cnt);
     if (result == net_complete) expand_directory();
     return result;
 }
 
-// Nothing of ours downloads to there; it is what another program of the family would have left. A file of the release that
-// has such a name stays, and so does a whole archive, which may be the user's own.
+// Nothing of ours downloads to there; it is what another program of the family would have left. A file of the release
+// that has such a name stays, and so does a whole archive, which may be the user's own.
 static void delete_partial_zip(const file_version_struct& row) {
     const std::string partial = installed_path(row) + ".zip";
     const beneath_folder root = destination_folder();
@@ -115,16 +114,11 @@ static void delete_partial_zip(const file_version_struct& row) {
 }
 
 void stream_reset() {
-    for (std::size_t s = 0; s < stream_max; ++s) {
-        const std::size_t file = static_cast<std::size_t>(next.stream_file[s]);
-        if (next.stream_on[s] && file < sim_info.size()) delete_partial_zip(sim_info[file].back());
+    for (int stream = 0; stream < stream_max; ++stream) {
+        const auto file = static_cast<std::size_t>(next.stream_file[stream]);
+        if (next.stream_on[stream] && file < sim_info.size()) delete_partial_zip(sim_info[file].back());
     }
-    const int all_done = next.all_done;  // says "complete" for the rest of the run
-    next = next_t{};
-    next.all_done = all_done;
-    next.stream_on[0] = next.stream_fresh[0] = 1;
-    if (!is_dvd) next.stream_on[1] = next.stream_fresh[1] = 1;
-    next.start_time = xtim.real_time;
+    streams_start();
 }
 
 void flow_destination_picked() {

@@ -19,8 +19,8 @@ enum class scan_phase { reading_catalogue, examining_disk };
 struct front_t {
     // The agreement; non-zero when the user agreed.
     int (*handle_EULA)();
-    // A file that the user changed is to be replaced, or deleted (`removing`). `trouble` tells why nobody knows what is in
-    // it, in words; empty for a file that could be read.
+    // A file that the user changed is to be replaced, or deleted (`removing`). `trouble` tells why nobody knows what is
+    // in it, in words; empty for a file that could be read.
     changed_answer (*select_alert)(const std::string& file, bool removing, const std::string& trouble);
     // Progress of a scan. Returns at once.
     void (*dir_progress_bar)(float lo, float value, float hi, scan_phase phase, const std::string& label,

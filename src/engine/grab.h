@@ -1,9 +1,9 @@
 // grab.h: fetches, expands and deletes what was decided, a turn for each stream in every call; sweeps up folders that
 // have become empty; may rename the destination to the release's name at the end.
-// How a file travels: server_path + path + ".zip" -> temp_path + stream + ".zip" -> expanded beside its target, renamed.
-// A transfer that fails chooses another server and is tried again, for as long as the user lets it. A file that arrives
-// and is not the one that was promised counts as a failed transfer too; after three in a row the install has failed.
-// Threads: main thread only; nothing here blocks but the expansion of a file.
+// How a file travels: server_path + path + ".zip" -> temp_path + stream + ".zip" -> expanded beside its target,
+// renamed. A transfer that fails chooses another server and is tried again, for as long as the user lets it. A file
+// that arrives and is not the one that was promised counts as a failed transfer too; after three in a row the install
+// has failed. Threads: main thread only; nothing here blocks but the expansion of a file.
 #pragma once
 
 #include <string>

@@ -1,7 +1,6 @@
 #include "engine/stg.h"
 
 stg_t stg;
-next_t next;
 
 std::string dest_dir_path;
 std::string temp_path;

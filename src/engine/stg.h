@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "net/server_list.h"
 #include "runtime/product.h"
 
 enum : int { dir_fetching = 0, dir_unread = 1, dir_failed = 2, dir_ready = 3 };
@@ -34,21 +33,6 @@ extern std::string dest_dir_path;                   // the folder that is instal
 extern std::string temp_path;                       // private to the run
 extern std::string dvd_path;                        // root of a disc source; empty here
 extern std::string crnt_file_name, crnt_file_path;  // for the status lines
-
-constexpr int stream_max = 4;
-struct next_t {
-    int next_file = 0;  // index in sim_info of the next file to hand out
-    int all_done = 0;   // set when no stream has a file left; no reset clears it
-    int stream_on[stream_max] = {};
-    int stream_fresh[stream_max] = {};  // takes a new file at its next turn
-    int stream_file[stream_max] = {};
-    float start_time = 0;  // real time of the last reset
-    float part_kb = 0;     // of the files in flight; rebuilt by every call
-    float down_kb = 0;     // of the files finished, in zip_size units
-    float disk_kb = 0;     // of the files finished, in ext_size units
-    int files_done = 0;    // files fetched and expanded, or deleted, since the last reset
-};
-extern next_t next;
 
 // Cuts everything up to and including the first "/": a catalogue path without its distribution folder.
 void trim_dest_folder(std::string& path);

@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "engine/front.h"
+#include "engine/outcome.h"
 #include "engine/stg.h"
+#include "engine/streams.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/opensave.h"
 #include "platform/paths.h"
-#include "runtime/log.h"
 #include "runtime/oops.h"
 
 bool is_fixed_folder(std::string_view folder) {
@@ -22,21 +23,12 @@ bool is_fixed_folder(std::string_view folder) {
     });
 }
 
-void log_action(const char* what, const std::string& path, int result) {
-    if (stg.log_actions) xer << what << path << ", with result=" << result << ".\n";
-}
-
 // The folders on the way to a file may be empty now. Those that every install makes stay.
 static void mark_for_sweep(const std::string& installed) {
     for (std::string_view passed = folder_of(installed); !passed.empty(); passed = folder_of(passed)) {
         const std::string folder(passed);
         if (!is_fixed_folder(folder)) deleted_files.insert(dest_dir_path + folder);
     }
-}
-
-void fail_install(const char* what, const std::string& error, const std::string& zip, const std::string& destination) {
-    stg.install_failed = 1;
-    __MACIBM_alert(0, what, "Error: " + error, zip, "Destination: " + destination, t_alert, OOPS_PLACE);
 }
 
 int delete_withdrawn(const file_version_struct& row) {

@@ -6,7 +6,8 @@
 
 #include "engine/directory.h"
 
-// What the simulator expects to find, whether a file is installed there or not: below the destination, no "/" at the end.
+// What the simulator expects to find, whether a file is installed there or not: below the destination, no "/" at the
+// end.
 inline constexpr const char* fixed_folders[] = {
     "Output",    "Output/FMS plans",     "Output/logbooks", "Output/movies", "Output/situations",
     "Resources", "Resources/preferences"};
@@ -18,9 +19,3 @@ int delete_withdrawn(const file_version_struct& row);
 
 // Removes the marked folders that have become empty, children before their parents.
 void sweep_folders();
-
-// One line in the log for a file action, where the user wants them.
-void log_action(const char* what, const std::string& path, int result);
-
-// The install has failed: the flag, and an alert.
-void fail_install(const char* what, const std::string& error, const std::string& zip, const std::string& destination);

@@ -54,14 +54,13 @@ down_class::down_class(const char* host, unsigned short port, const char* path, 
         return;
     }
     status = -1;
-    sock = new PCSBSocket(0, false);
+    sock = std::make_unique<PCSBSocket>(0, false);
     sock->Connect(address, peer_port);
     build_request(path, post, request, body, body_len, through_proxy);
 }
 
 down_class::~down_class() {
     close_file();
-    delete sock;
 }
 
 void down_class::close_file() {
@@ -90,19 +89,19 @@ void down_class::build_request(const char* path, bool post, const header_map& re
 }
 
 int down_class::GetStat() const {
-    if (!sock) return 0;
+    if (!sock) return down_no_socket;
     switch (sock->state_now()) {
         case sock_connecting:
-            return 1;
+            return down_connecting;
         case sock_error:
-            return 2;
+            return down_broken;
         case sock_closed:
-            return 3;
+            return down_closed;
         default:
             break;
     }
-    if (!out_buf.empty()) return 4;
-    return header_done ? 5 : 6;
+    if (!out_buf.empty()) return down_sending;
+    return header_done ? down_body : down_waiting;
 }
 
 bool down_class::IsErr() const {
@@ -183,8 +182,8 @@ void down_class::take_header_line(const std::string& line) {
     if (colon != std::string::npos) headers.emplace(line.substr(0, colon), line.substr(colon + 2));
 }
 
-// A length in digits, blanks around it allowed. Anything else is no length at all, so that the transfer fails instead of
-// being taken for complete at a wrong size.
+// A length in digits, blanks around it allowed. Anything else is no length at all, so that the transfer fails instead
+// of being taken for complete at a wrong size.
 static std::int64_t parse_length(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t");
     if (first == std::string_view::npos) return -1;

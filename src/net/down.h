@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,17 @@
 
 // All header blocks of one answer together. A peer that sends more has failed (EMSGSIZE), or memory would grow with it.
 constexpr std::size_t max_header_bytes = 65536;
+
+// Where a transfer stands.
+enum down_stat : int {
+    down_no_socket = 0,   // the name could not be resolved
+    down_connecting = 1,  // the peer has not answered yet
+    down_broken = 2,      // a fault of this side; the socket knows its code
+    down_closed = 3,      // all is here, or the peer has gone
+    down_sending = 4,     // part of the request is still to be sent
+    down_body = 5,        // the headers are through
+    down_waiting = 6      // all is sent and the headers are not through
+};
 
 class down_class {
   public:
@@ -32,17 +44,16 @@ class down_class {
     void DoProcessing();
     void close_file();  // the bytes are on their way to the disk after it; a failure sets file_err
 
-    // 0 no socket, 1 connecting, 2 socket error, 3 closed, 4 request being sent, 5 body, 6 waiting for the headers
-    int GetStat() const;
-    bool IsDone() const { return GetStat() == 3; }
+    int GetStat() const;  // one of down_stat
+    bool IsDone() const { return GetStat() == down_closed; }
     bool IsComplete() const { return content_len == received; }
     bool IsErr() const;
     int GetOSErr() const;  // 20009 with no socket and no other code
     const std::string& response() const { return reason; }
 
-    PCSBSocket* sock = nullptr;  // null when the name could not be resolved
-    std::vector<char> out_buf;   // request not yet sent
-    std::vector<char> in_buf;    // received and not yet used; without a local path the body stays here
+    std::unique_ptr<PCSBSocket> sock;  // null when the name could not be resolved
+    std::vector<char> out_buf;         // request not yet sent
+    std::vector<char> in_buf;          // received and not yet used; without a local path the body stays here
     bool header_done = false;
     int status = 0;  // 0 at first, -1 once connecting, then the number of the status line
     std::string reason;
@@ -69,8 +80,8 @@ class down_class {
     std::size_t head_bytes = 0;  // of all header lines taken so far
 };
 
-// Cuts ":port" off into `port`. A text without one, or with one that is no port, comes back whole and leaves `port` alone:
-// a look-up of the whole text then fails and names it, where another port would go unnoticed.
+// Cuts ":port" off into `port`. A text without one, or with one that is no port, comes back whole and leaves `port`
+// alone: a look-up of the whole text then fails and names it, where another port would go unnoticed.
 std::string split_host_port(const std::string& host, unsigned short& port);
 // False for an empty host, a port that is no number of 1 to 65535, or a "/", blank or control character in the text.
 bool host_port_is_valid(const std::string& host);

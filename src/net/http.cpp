@@ -28,19 +28,17 @@ static bool is_over(const PCSBSocket& s) {
     return s.state_now() == sock_closed || s.state_now() == sock_error;
 }
 
-int http_class::net_check(int slot, const std::string& server, const std::string& path, const std::string& local) {
+int http_class::net_check(int slot, const http_request& request) {
     if (slot < 0 || slot >= http_slot_count) {
         __MACIBM_alert(0, "Too many download objects requested!", "", "", "", t_exit, OOPS_PLACE);
         return net_failed;
     }
     if (!started) {
-        for (down_class*& d : slots)
-            d = nullptr;
         PCSBSocket::StartupNetworking(true);
         started = true;
     }
     if (is_pausing(slot)) return net_running;
-    if (!slots[slot] && !start(slot, server, path, local)) return net_failed;
+    if (!slots[slot] && !start(slot, request)) return net_failed;
 
     down_class& d = *slots[slot];
     d.DoProcessing();
@@ -49,7 +47,8 @@ int http_class::net_check(int slot, const std::string& server, const std::string
     return net_running;
 }
 
-bool http_class::start(int slot, const std::string& server, const std::string& path, const std::string& local) {
+bool http_class::start(int slot, const http_request& request) {
+    const auto& [server, path, local, most_bytes] = request;
     if (server.ends_with('/')) {
         __MACIBM_alert(0, "net_check error! You have a dirchar at the end of the server name!", "You should not!",
                        "Our convention is that a server name is simply a server name... with no slash!", server, t_exit,
@@ -67,14 +66,15 @@ bool http_class::start(int slot, const std::string& server, const std::string& p
     const down_class::header_map headers = {{"Host", server}, {"User-agent", agent_text()}, {"Connection", "close"}};
     unsigned short port = http_port;
     const std::string host = split_host_port(server, port);
-    slots[slot] = new down_class(host.c_str(), port, path.c_str(), false, headers, nullptr, 0, local.c_str());
-    slots[slot]->most_bytes = most_bytes[slot];
-    requests[slot] = {server, path, local};
+    slots[slot] =
+        std::make_unique<down_class>(host.c_str(), port, path.c_str(), false, headers, nullptr, 0, local.c_str());
+    slots[slot]->most_bytes = most_bytes;
+    requests[slot] = request;
     return true;
 }
 
-// The file is closed first: what the disk refuses at the end counts as a failed transfer, and after "complete" the caller
-// reads the file.
+// The file is closed first: what the disk refuses at the end counts as a failed transfer, and after "complete" the
+// caller reads the file.
 int http_class::judge(int slot) {
     down_class& d = *slots[slot];
     d.close_file();
@@ -84,8 +84,7 @@ int http_class::judge(int slot) {
 
 int http_class::finish(int slot, int result) {
     finished_bytes += slots[slot]->received;
-    delete slots[slot];
-    slots[slot] = nullptr;
+    slots[slot].reset();
     if (result == net_complete) slot_freed = true;
     note_outcome(slot, result);
     return result;
@@ -138,11 +137,10 @@ static std::string why_failed(const down_class& d, const std::string& local) {
     return "sent " + std::to_string(d.received) + " bytes where " + std::to_string(d.content_len) + " were announced";
 }
 
-static void log_failure(const down_class& d, const std::string& server, const std::string& path,
-                        const std::string& local) {
-    xer << "HTTP Error for " << local << '\n'
-        << "   server     =" << server << '\n'
-        << "   file       =" << path << '\n'
+static void log_failure(const down_class& d, const http_request& asked) {
+    xer << "HTTP Error for " << asked.local << '\n'
+        << "   server     =" << asked.server << '\n'
+        << "   file       =" << asked.path << '\n'
         << "   IsDone     =" << d.IsDone() << '\n'
         << "   IsComplete =" << d.IsComplete() << '\n'
         << "   IsErr      =" << d.IsErr() << '\n'
@@ -159,9 +157,8 @@ void http_class::note_failure(int slot, const std::string& why) {
 // Silence is an everyday event on a busy mirror and does not go to the log.
 int http_class::fail(int slot, bool silent) {
     const down_class& d = *slots[slot];
-    const asked& a = requests[slot];
-    note_failure(slot, silent ? why_silent(d) : why_failed(d, a.local));
-    if (!silent) log_failure(d, a.server, a.path, a.local);
+    note_failure(slot, silent ? why_silent(d) : why_failed(d, requests[slot].local));
+    if (!silent) log_failure(d, requests[slot]);
     return finish(slot, net_failed);
 }
 
@@ -173,7 +170,7 @@ bool http_class::wait(int timeout_ms, int wake_fd) {
     pollfd polled[http_slot_count + 1];
     nfds_t count = 0;
     if (wake_fd >= 0) polled[count++] = {wake_fd, POLLIN, 0};
-    for (const down_class* d : slots) {
+    for (const auto& d : slots) {
         if (!d) continue;
         if (!d->sock || is_over(*d->sock)) return true;
         if (d->sock->ReceivedRelease()) continue;  // always readable from here on, with nothing to read
@@ -187,7 +184,7 @@ bool http_class::wait(int timeout_ms, int wake_fd) {
 
 std::int64_t http_class::bytes_in() const {
     std::int64_t sum = finished_bytes;
-    for (const down_class* d : slots)
+    for (const auto& d : slots)
         if (d) sum += d->received;
     return sum;
 }

@@ -212,11 +212,11 @@ void PCSBSocket::Release() {
         fail(errno);
 }
 
-PCSBSocket* PCSBSocket::Accept() {
+std::unique_ptr<PCSBSocket> PCSBSocket::Accept() {
     if (!listening || state == sock_closed || state == sock_error) return nullptr;
     state = sock_idle;
     const int taken = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC);
-    return taken < 0 ? nullptr : new PCSBSocket(taken);
+    return taken < 0 ? nullptr : std::make_unique<PCSBSocket>(taken);
 }
 
 void PCSBSocket::GetAddresses(ConnectionData* data) const {

@@ -6,8 +6,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
-enum : int { sock_idle = 1, sock_connecting = 2, sock_connected = 3, sock_closed = 4, sock_error = 5 };
+enum : int {
+    sock_idle = 1,        // not connected yet; of a listener: no one waits
+    sock_connecting = 2,  // of a listener: someone waits
+    sock_connected = 3,   // also while the peer has closed its side and this one has not
+    sock_closed = 4,      // over, or lost; close_reason tells
+    sock_error = 5        // a fault of this side; GetOSError tells
+};
 
 struct ConnectionData {  // host byte order
     std::uint32_t local_address, remote_address;
@@ -34,8 +41,8 @@ class PCSBSocket {
     long ReadData(void* buf, long len);              // 0: nothing there now; -1: closed or failed
     long http_WriteData(const void* buf, long len);  // 0: none can be taken now; -1: closed or failed
     void Disconnect();
-    void Release();        // ends the sending half
-    PCSBSocket* Accept();  // null when no one waits; the caller owns it
+    void Release();                        // ends the sending half
+    std::unique_ptr<PCSBSocket> Accept();  // null when no one waits
     void GetAddresses(ConnectionData* data) const;
 
     int descriptor() const { return fd; }    // for a poll; -1 when there is none

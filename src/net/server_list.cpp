@@ -11,24 +11,19 @@
 #include "runtime/startup.h"
 
 static const int list_versions[] = {820, 0};
-static constexpr char not_yet_scanned[] = "Not Yet Scanned";
 
-const std::string no_install_name = not_yet_scanned;
-std::string install_name = not_yet_scanned;
-std::string server_name[16];
-std::string server_path[16];
-std::string server_desc[16];
+server_list_t server_list;
 
-// Behind the keyword. False for a server that cannot be asked for anything, as where the list ends before its folder: one
-// bad record must not spoil the others.
+// Behind the keyword. False for a server that cannot be asked for anything, as where the list ends before its folder:
+// one bad record must not spoil the others.
 static bool read_server(xmap_class& list, int n) {
     std::string folder;
-    list.TXT_str_scan_eoln(&server_name[n]);
+    list.TXT_str_scan_eoln(&server_list.server_name[n]);
     list.TXT_str_scan_eoln(&folder);
-    list.TXT_str_scan_eoln(&server_desc[n]);
-    server_path[n] = folder + install_name + "/";
-    if (host_port_is_valid(server_name[n]) && folder.starts_with('/')) return true;
-    xer << "Left out of the server list: " << server_name[n] << ' ' << folder << "\n";
+    list.TXT_str_scan_eoln(&server_list.server_desc[n]);
+    server_list.server_path[n] = folder + server_list.install_name + "/";
+    if (host_port_is_valid(server_list.server_name[n]) && folder.starts_with('/')) return true;
+    xer << "Left out of the server list: " << server_list.server_name[n] << ' ' << folder << "\n";
     return false;
 }
 
@@ -40,7 +35,7 @@ int read_server_list(const std::string& path) {
         if (is_white(*list.mem_ptr))
             ++list.mem_ptr;
         else if (list.TXT_token_match("BETA"))
-            list.TXT_str_scan_eoln(&install_name);
+            list.TXT_str_scan_eoln(&server_list.install_name);
         else if (list.TXT_token_match("ENDOFLIST"))
             break;
         else if (!list.TXT_token_match("SERVER"))

@@ -7,12 +7,17 @@
 
 #include <string>
 
-constexpr int max_servers = 10;            // an eleventh and later one lands at index 10, out of reach
-extern const std::string no_install_name;  // "Not Yet Scanned"
-extern std::string install_name;           // name of the release on offer
-extern std::string server_name[16];        // host, with ":port" if not 80
-extern std::string server_path[16];        // folder + install_name + "/"
-extern std::string server_desc[16];        // text to show
+constexpr int max_servers = 10;  // an eleventh and later one lands at index 10, out of reach
+constexpr char no_install_name[] = "Not Yet Scanned";
+
+// What the last list that was read says; of the whole run.
+struct server_list_t {
+    std::string install_name = no_install_name;  // name of the release on offer
+    std::string server_name[16];                 // host, with ":port" if not 80
+    std::string server_path[16];                 // folder + install_name + "/"
+    std::string server_desc[16];                 // text to show
+};
+extern server_list_t server_list;
 
 // Number of servers, or -1 when the file cannot be opened or is of another version.
 int read_server_list(const std::string& path);

@@ -8,6 +8,7 @@
 #include "engine/flow.h"
 #include "engine/stg.h"
 #include "net/http.h"
+#include "net/server_list.h"
 #include "runtime/xtim.h"
 
 namespace {
@@ -53,19 +54,18 @@ TEST(Header, SaysTheFirstThingThatFits) {
 
 TEST(Header, CountsACheckOfOverTwentyMegabytesWithoutOverflow) {
     down_class::header_map headers = {{"Host", "127.0.0.1"}};
-    down_class* transfer = new down_class("127.0.0.1", 1, "/", false, headers, nullptr, 0, nullptr);
-    http.slots[1] = transfer;
+    http.slots[slot_directory] = std::make_unique<down_class>("127.0.0.1", 1, "/", false, headers, nullptr, 0, nullptr);
+    const auto& transfer = http.slots[slot_directory];
     stg.server_cnt = 1;
     transfer->content_len = 4'000'000'000;
     transfer->received = 3'000'000'000;
     EXPECT_NE(header_sentence().text.find("I am 75% done checking."), std::string::npos);
-    http.slots[1] = nullptr;
-    delete transfer;
+    http.slots[slot_directory] = nullptr;
 }
 
 TEST(Status, OffersOnlyWhatTheVolumeHolds) {
     stg.dir_state = dir_ready;
-    install_name = "Velaris 9";
+    server_list.install_name = "Velaris 9";
     EXPECT_EQ(status_lines().line[0].text, "Your copy of Velaris is already the latest version.");
 
     flow.tot_disk_req = 5000;

@@ -34,7 +34,7 @@ TEST_F(flow_steps, a_whole_install_from_the_list_to_the_end) {
     ASSERT_TRUE(poll_until([] { return flow_server_list() == net_complete; }));
     stg.server_sel = 0;
     ASSERT_TRUE(reach_catalogue());
-    EXPECT_EQ(install_name, "New 1");
+    EXPECT_EQ(server_list.install_name, "New 1");
     EXPECT_FALSE(scratch::exists(temp_path + "directory.txt.zip"));
     flow_scan();
     ASSERT_EQ(stg.dir_state, dir_ready);

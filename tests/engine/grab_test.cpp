@@ -89,8 +89,8 @@ TEST_F(grab, a_failed_transfer_is_tried_again_elsewhere_and_rewinds_the_list) {
     open_mirror();
     const refusing_port dead;
     stg.server_cnt = 2;
-    server_name[1] = dead.host();
-    server_path[1] = "/r/";
+    server_list.server_name[1] = dead.host();
+    server_list.server_path[1] = "/r/";
     for (const char* path : {"All/0", "All/1", "All/2", "All/3", "All/4", "All/5"})
         shipped(path, path);
     prepare();
@@ -138,7 +138,7 @@ TEST_F(grab, the_destination_takes_the_release_name_only_when_programs_came) {
         prepare();
         this_install_has_exes = c.has_exes;
         stg.rename_folder = c.preference;
-        install_name = c.name;
+        server_list.install_name = c.name;
         EXPECT_EQ(run(), 1);
         EXPECT_EQ(dest_dir_path, disk / c.folder);
         EXPECT_TRUE(is_there("Output"));
@@ -197,8 +197,8 @@ TEST_F(grab, what_does_not_sign_as_promised_never_takes_the_old_files_place) {
 TEST_F(grab, a_server_that_lies_is_left_for_another_one) {
     open_mirror();
     stg.server_cnt = 2;
-    server_name[1] = server_name[0];
-    server_path[1] = "/good/";
+    server_list.server_name[1] = server_list.server_name[0];
+    server_list.server_path[1] = "/good/";
     put({{"a/f", "old"}});
     row("All/a/f", "old");
     shipped("All/a/f", "new");

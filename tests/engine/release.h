@@ -21,6 +21,7 @@
 #include "files/md5.h"
 #include "files/zip_io.h"
 #include "net/http.h"
+#include "net/server_list.h"
 #include "platform/process.h"
 #include "runtime/log.h"
 #include "runtime/product.h"
@@ -116,8 +117,8 @@ class release : public testing::Test {
             return script().send(answer_to(request.substr(4, request.find(" HTTP/") - 4))).close();
         });
         stg.server_cnt = 1;
-        server_name[0] = flow.list_host = mirror->host();
-        server_path[0] = "/r/";
+        server_list.server_name[0] = flow.list_host = mirror->host();
+        server_list.server_path[0] = "/r/";
     }
     // Polls until `over`, as a front end would; false when that takes suspiciously long.
     static bool poll_until(const std::function<bool()>& over) {

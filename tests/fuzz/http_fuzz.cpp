@@ -26,7 +26,7 @@ class transfer {
         int ends[2];
         must(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "a pair of sockets can be had");
         peer = ends[0];
-        d.sock = new PCSBSocket(ends[1]);
+        d.sock = std::make_unique<PCSBSocket>(ends[1]);
         d.file_err = 0;
         d.status = -1;
     }

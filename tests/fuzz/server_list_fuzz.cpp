@@ -5,18 +5,19 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const memory_file list(view_of(data, size));
-    install_name = no_install_name;
+    server_list.install_name = no_install_name;
     for (int i = 0; i < 16; ++i)
-        server_name[i] = server_path[i] = server_desc[i] = "";
+        server_list.server_name[i] = server_list.server_path[i] = server_list.server_desc[i] = "";
     survives([&] {
         const int count = read_server_list(list.path());
         must(count >= -1 && count <= max_servers, "there are as many servers as there is room for");
         for (int i = 0; i < count; ++i) {
-            must(server_path[i].ends_with('/'), "a server's path ends in a slash");
+            must(server_list.server_path[i].ends_with('/'), "a server's path ends in a slash");
             unsigned short port = 80;
-            const std::string host = split_host_port(server_name[i], port);
-            must(port != 0 && server_name[i].starts_with(host), "a host is cut off with a port, or not at all");
-            host_port_is_valid(server_name[i]);
+            const std::string host = split_host_port(server_list.server_name[i], port);
+            must(port != 0 && server_list.server_name[i].starts_with(host),
+                 "a host is cut off with a port, or not at all");
+            host_port_is_valid(server_list.server_name[i]);
         }
         for (int turn = 0; turn < 4; ++turn) {
             const int picked = turn % 2 ? pick_server_plain(count) : pick_server_biased(count);

@@ -22,7 +22,7 @@ class Http : public testing::Test {
     }
     int check(const std::string& server, const std::string& path = "/x.zip", int slot = 2) {
         xtim.xtim_update();
-        return http.net_check(slot, server, path, local);
+        return http.net_check(slot, {server, path, local, most_bytes});
     }
     // As if the peer had been silent for more than half a minute.
     void grow_old(int slot = 2) { http.slots[slot]->last_data = xtim.real_time - 31; }
@@ -51,6 +51,7 @@ class Http : public testing::Test {
 
     scratch dir;
     std::string local = dir / "got.zip";
+    std::int64_t most_bytes = 0;
 };
 
 TEST_F(Http, TheRequestIsExact) {
@@ -156,7 +157,7 @@ TEST_F(Http, AServerThatFailsAtOnceIsNotHammered) {
     int failures = 0;
     for (int hundredth = 0; hundredth < 1000; ++hundredth) {
         xtim.real_time = static_cast<float>(hundredth) * 0.01f;
-        if (http.net_check(2, nobody.host(), "/x.zip", local) != net_failed) continue;
+        if (http.net_check(2, {nobody.host(), "/x.zip", local}) != net_failed) continue;
         ++failures;
         EXPECT_EQ(http.is_pausing(2), failures > 1) << "the first failure is tried again at once";
     }
@@ -172,12 +173,12 @@ TEST_F(Http, ContentThatIsRefusedCountsAsAFailureAndSoDoesMoreThanIsWanted) {
         EXPECT_EQ(http.is_pausing(2), failures > 1);
         EXPECT_EQ(http.last_failure(), peer.host() + ": a lie for /x.zip");
     }
-    http.most_bytes[3] = 5;
+    most_bytes = 5;
     EXPECT_EQ(fetch(peer.host(), "/x.zip", 3), net_complete);
-    http.most_bytes[3] = 4;
+    most_bytes = 4;
     EXPECT_EQ(fetch(peer.host(), "/x.zip", 3), net_failed);
     scripted_peer endless(script().send("HTTP/1.1 200 OK\r\n\r\nmore").pause().send("!"));
-    http.most_bytes[4] = 4;
+    most_bytes = 4;
     while (check(endless.host(), "/x.zip", 4) == net_running && http.slots[4]->received < 4)
         http.wait(5000, -1);
     endless.go_on();

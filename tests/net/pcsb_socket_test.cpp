@@ -34,7 +34,7 @@ class Connected : public testing::Test {
         EXPECT_EQ(listener.GetStatus(), sock_idle);
         client.Connect(loopback, port_of(listener));
         ASSERT_EQ(settle(listener, POLLIN), sock_connecting);
-        server.reset(listener.Accept());
+        server = listener.Accept();
         ASSERT_TRUE(server);
         ASSERT_EQ(settle(client, POLLOUT), sock_connected);
         EXPECT_EQ(listener.GetStatus(), sock_idle);

@@ -29,13 +29,13 @@ TEST_F(ServerList, KeywordsAreTakenWholeAndForeignLinesAreSkipped) {
         "SERVER\ttwo.example\r\n/\r\n|Two\r\n"
         "ENDOFLIST\r\nSERVER three.example\r\n/\r\n|Three\r\nBETA other\r\n";
     ASSERT_EQ(read(text), 2);
-    EXPECT_EQ(install_name, "Velaris 9");
-    EXPECT_EQ(server_name[0], "one.example:8080");
-    EXPECT_EQ(server_path[0], "/pub/x/Velaris 9/");
-    EXPECT_EQ(server_desc[0], "|One, with blanks ");
-    EXPECT_EQ(server_name[1], "two.example");
-    EXPECT_EQ(server_path[1], "/Velaris 9/");
-    EXPECT_EQ(server_desc[1], "|Two");
+    EXPECT_EQ(server_list.install_name, "Velaris 9");
+    EXPECT_EQ(server_list.server_name[0], "one.example:8080");
+    EXPECT_EQ(server_list.server_path[0], "/pub/x/Velaris 9/");
+    EXPECT_EQ(server_list.server_desc[0], "|One, with blanks ");
+    EXPECT_EQ(server_list.server_name[1], "two.example");
+    EXPECT_EQ(server_list.server_path[1], "/Velaris 9/");
+    EXPECT_EQ(server_list.server_desc[1], "|Two");
 }
 
 TEST_F(ServerList, TheEleventhAndLaterServersStayOutOfReach) {
@@ -43,10 +43,10 @@ TEST_F(ServerList, TheEleventhAndLaterServersStayOutOfReach) {
     for (int n = 0; n < 13; ++n)
         text += record(n);
     EXPECT_EQ(read(text), 10);
-    EXPECT_EQ(server_name[9], "host9");
-    EXPECT_EQ(server_name[10], "host12");
-    EXPECT_EQ(server_path[10], "/folder12/V/");
-    EXPECT_EQ(server_name[11], "");
+    EXPECT_EQ(server_list.server_name[9], "host9");
+    EXPECT_EQ(server_list.server_name[10], "host12");
+    EXPECT_EQ(server_list.server_path[10], "/folder12/V/");
+    EXPECT_EQ(server_list.server_name[11], "");
 }
 
 TEST_F(ServerList, AListCutAnywhereGivesOnlyServersWithAFolder) {
@@ -55,11 +55,11 @@ TEST_F(ServerList, AListCutAnywhereGivesOnlyServersWithAFolder) {
         const int count = read(text.substr(0, n));
         EXPECT_EQ(count == -1, n < head.size() - 2) << n;
         for (int i = 0; i < count; ++i)
-            EXPECT_EQ(server_path[i][0], '/') << n;
+            EXPECT_EQ(server_list.server_path[i][0], '/') << n;
     }
     EXPECT_EQ(read(text), 2);
     EXPECT_EQ(read(head + "BETA"), 0);
-    EXPECT_EQ(install_name, "");
+    EXPECT_EQ(server_list.install_name, "");
 }
 
 TEST_F(ServerList, AServerThatCouldNotBeAskedIsLeftOutAndSpoilsNoOther) {
@@ -67,7 +67,8 @@ TEST_F(ServerList, AServerThatCouldNotBeAskedIsLeftOutAndSpoilsNoOther) {
     for (const char* bad : {"host/\n/x/", "a host\n/x/", "host:0\n/x/", "host\nno slash/"})
         text += "SERVER " + std::string(bad) + "\nbad\n";
     EXPECT_EQ(read(text + record(1)), 1);
-    EXPECT_EQ(server_name[0] + server_path[0] + server_desc[0], "host1/folder1/V/Text 1");
+    EXPECT_EQ(server_list.server_name[0] + server_list.server_path[0] + server_list.server_desc[0],
+              "host1/folder1/V/Text 1");
 }
 
 TEST_F(ServerList, AnotherVersionTitleOrNoFileIsNoList) {
@@ -75,7 +76,7 @@ TEST_F(ServerList, AnotherVersionTitleOrNoFileIsNoList) {
     EXPECT_EQ(read("I\n820 version\nSERVERSX\n" + record(1)), -1);
     EXPECT_EQ(read("<html>"), -1);
     EXPECT_EQ(read_server_list(dir / "missing.txt"), -1);
-    EXPECT_EQ(install_name, no_install_name);
+    EXPECT_EQ(server_list.install_name, no_install_name);
 }
 
 TEST(ServerChoice, StaysInTheListAndFavoursItsTop) {

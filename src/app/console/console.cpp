@@ -15,6 +15,7 @@
 #include "engine/directory.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
+#include "engine/streams.h"
 #include "files/scan.h"
 #include "net/http.h"
 #include "platform/interrupt.h"
@@ -57,21 +58,7 @@ void say_failure(run_t& run) {
 
 after_pass after_transfer(run_t& run, int slot, int result) {
     if (result == net_failed) say_failure(run);
-    return http.slots[slot] || http.is_pausing(slot) ? after_pass::wait_for_data : after_pass::go_on;
-}
-
-// Whether some stream can take a file or start a transfer now, without any data coming in.
-after_pass streams_wait_for() {
-    const int files = static_cast<int>(sim_info.size());
-    for (int s = 0; s < stream_max; ++s) {
-        if (!next.stream_on[s]) continue;
-        const int slot = s + 2;
-        const bool takes_a_file = next.stream_fresh[s] && next.next_file < files;
-        const bool starts =
-            !next.stream_fresh[s] && next.stream_file[s] < files && !http.slots[slot] && !http.is_pausing(slot);
-        if (takes_a_file || starts) return after_pass::go_on;
-    }
-    return after_pass::wait_for_data;
+    return http.is_under_way(slot) ? after_pass::wait_for_data : after_pass::go_on;
 }
 
 after_pass work_on_files(run_t& run) {
@@ -81,7 +68,7 @@ after_pass work_on_files(run_t& run) {
     if (stg.install_state == install_over) return after_pass::go_on;
     console_install_progress(false);
     if (stg.down_failed) say_failure(run);
-    return streams_wait_for();
+    return streams_wait_for_data() ? after_pass::wait_for_data : after_pass::go_on;
 }
 
 int start_install(const run_t& run) {
@@ -102,7 +89,7 @@ int start_install(const run_t& run) {
 int pass(run_t& run, after_pass& after) {
     after = after_pass::go_on;
     if (stg.server_cnt == -1) {
-        after = after_transfer(run, 0, flow_server_list());
+        after = after_transfer(run, slot_list, flow_server_list());
         if (app_done) return status_failed;
         if (stg.server_cnt == -1) return still_running;
     }
@@ -111,7 +98,7 @@ int pass(run_t& run, after_pass& after) {
         return status_failed;
     }
     flow_make_paths();
-    if (stg.dir_state == dir_fetching) after = after_transfer(run, 1, flow_directory());
+    if (stg.dir_state == dir_fetching) after = after_transfer(run, slot_directory, flow_directory());
     if (stg.dir_state == dir_unread) {
         console_flow_sentences();
         flow_scan();

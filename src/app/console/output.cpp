@@ -15,6 +15,7 @@
 #include "engine/directory.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
+#include "net/server_list.h"
 #include "runtime/memory.h"
 #include "runtime/utf8.h"
 #include "runtime/xtim.h"
@@ -140,7 +141,7 @@ void console_flow_sentences() {
 void console_offer() {
     if (!output.json) return;
     print_json(json_object("offer")
-                   .add("name", install_name)
+                   .add("name", server_list.install_name)
                    .add("download_kb", rounded(static_cast<double>(stg.down_size)))
                    .add("install_kb", rounded(static_cast<double>(stg.disk_size))));
 }

@@ -12,6 +12,7 @@
 #include "engine/stg.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
+#include "net/server_list.h"
 #include "runtime/oops.h"
 #include "runtime/xtim.h"
 #include "shell/pump.h"
@@ -43,7 +44,7 @@ int draw_destination() {
 
 // The list's author writes a label; what he writes must not be able to break one.
 std::string server_label(std::size_t server) {
-    std::string label = server_desc[server];
+    std::string label = server_list.server_desc[server];
     while (!label.empty() && label.back() == '{')
         label.pop_back();
     return latin1_of_path(label);
@@ -72,8 +73,8 @@ void turn_globe() {
 void draw_header() {
     interface_button(0, 595, sprite_logo, 0, tint_white);
     interface_icon(29, 608, globe_frame);
-    if (install_name != no_install_name) {
-        BTN_frame2(box_picture, 135, 600, 790, 72, fit_text("NET: " + install_name, 770, 1));
+    if (server_list.install_name != no_install_name) {
+        BTN_frame2(box_picture, 135, 600, 790, 72, fit_text("NET: " + server_list.install_name, 770, 1));
         BTN_frame2(box_picture, 935, 600, 80, 72, "Download");
         std::string size;
         set_size_str(stg.down_size, &size);
