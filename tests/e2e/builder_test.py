@@ -6,23 +6,19 @@ import resource
 import signal
 import subprocess
 import sys
-import tempfile
 import termios
 import unittest
 import zipfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import installer
 import release
-
-PROGRAMS = os.environ["VELARIS_BIN"]
-NAME = "Velaris 9.00 Beta-19"
+from release import NEW as NAME
 
 
 class BuilderTest(unittest.TestCase):
     def setUp(self):
-        room = tempfile.TemporaryDirectory(prefix="velaris-")
-        self.addCleanup(room.cleanup)
-        self.room = room.name
+        self.room = installer.private_folder(self)
         self.src = os.path.join(self.room, "ref")
         self.out = os.path.join(self.room, "out")
         os.mkdir(self.out)
@@ -34,15 +30,15 @@ class BuilderTest(unittest.TestCase):
                           if name.startswith("velaris-")], "a temporary folder is left")
 
     def start(self, *arguments, program="velaris-builder", stdin=subprocess.DEVNULL, **more):
-        run = subprocess.Popen([os.path.join(PROGRAMS, program), *arguments], cwd=self.room, stdin=stdin,
+        run = subprocess.Popen([os.path.join(installer.PROGRAMS, program), *arguments], cwd=self.room, stdin=stdin,
                                stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                env=release.builder_environment(self.room), **more)
-        self.addCleanup(lambda: (run.kill(), run.communicate()) if run.poll() is None else None)
+        installer.at_end(self, installer.put_down, run)
         return run
 
     def end(self, run):
         out, err = run.communicate(timeout=120)
-        return run.returncode, out.decode(errors="replace"), err.decode(errors="replace")
+        return run.returncode, installer.text_of(out), installer.text_of(err)
 
     def build(self, *arguments, **more):
         return self.end(self.start(*arguments, **more))
@@ -153,4 +149,4 @@ class BuilderTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    sys.exit(unittest.main(verbosity=2))
+    installer.main()

@@ -1,5 +1,6 @@
 """Files that the user changed: every way of answering, in the options and on a terminal."""
 import os
+import shutil
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
@@ -8,42 +9,30 @@ import installer
 import release
 
 HERON = "Aircraft/Heron/"
-EDITED = {                                  # what the user wrote -> what the release has there
-    HERON + "cockpit.txt": "two\n",         # new in this release
-    HERON + "engine.txt": "same\n",         # as in the last one
-    HERON + "old.txt": None,                # withdrawn
-    HERON + "sounds/wind.txt": "wind two\n",
-    "Weapons/rocket.wpn": "rocket two\n",
-}
-
-
-def first():
-    tree = release.landmarks()
-    tree.add("All/Aircraft/Heron/cockpit.txt", "one\n").add("All/Aircraft/Heron/engine.txt", "same\n")
-    tree.add("All/Aircraft/Heron/old.txt", "gone soon\n").add("All/Aircraft/Heron/sounds/wind.txt", "wind one\n")
-    tree.add("All/Aircraft/Heron/plain.txt", "plain one\n").add("All/Weapons/rocket.wpn", "rocket one\n")
-    tree.link("All/Instructions/latest", "one")
-    return tree
-
-
-def second():
-    tree = first().remove("All/Aircraft/Heron/old.txt")
-    tree.add("All/Aircraft/Heron/cockpit.txt", "two\n").add("All/Aircraft/Heron/sounds/wind.txt", "wind two\n")
-    tree.add("All/Aircraft/Heron/plain.txt", "plain two\n").add("All/Weapons/rocket.wpn", "rocket two\n")
-    tree.add("All/Instructions/news.txt", "read this\n")
-    return tree
+COCKPIT, ENGINE, GONE, WIND, ROCKET = EDITED = [
+    HERON + "cockpit.txt",          # new in this release
+    HERON + "engine.txt",           # as in the last one
+    HERON + "old.txt",              # withdrawn
+    HERON + "sounds/wind.txt",
+    "Weapons/rocket.wpn",
+]
+OVERWRITE, KEEP, CANCEL, OVERWRITE_FOLDER, KEEP_FOLDER = "12345"
 
 
 class ChangedTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
-        cls.publisher, (cls.old, cls.new) = installer.publish(
-            cls, (first(), "Velaris 9.00 Beta-18", 90018), (second(), "Velaris 9.00 Beta-19", 90019))
+        cls.publisher, (cls.old, _, cls.new) = installer.publish(cls, *release.history())
         cls.server = installer.nginx_for(cls, cls.publisher, cls.new)
 
     def setUp(self):
         super().setUp()
         self.host = self.server.address
+        self.begin()
+
+    def begin(self):
+        """The copy that the user changed."""
+        shutil.rmtree(self.dest, ignore_errors=True)
         self.place(self.old.tree.installed())
         for path in EDITED:
             self.put(path, f"my own {path}")
@@ -51,44 +40,42 @@ class ChangedTest(installer.Scene):
 
     def assert_kept(self, *kept):
         """The release, but with the user's own text in `kept` and nowhere else."""
-        besides = {path: self.before[path] for path in kept}
-        self.assert_installed(self.new.tree.installed(), besides=besides)
+        self.assert_installed(self.new.tree.installed(), besides={path: self.before[path] for path in kept})
 
     def assert_no_file_touched(self):
         files = {path: facts for path, facts in folders.snapshot(self.dest).items() if facts[0] != "folder"}
         self.assertEqual(files, {path: facts for path, facts in self.before.items() if facts[0] != "folder"})
 
     def test_option_answers_for_every_file(self):
-        self.install("--changed=keep")
-        self.assert_kept(*EDITED)
-        self.install("--changed=overwrite")
-        self.assert_kept()
-
-    def test_cancel_and_silence_without_a_terminal_leave_all_files_alone(self):
-        for options in (["--changed=cancel"], []):
+        link = os.path.join(self.dest, "Instructions/latest")       # turned elsewhere, it counts as changed
+        os.unlink(link)
+        os.symlink("mine", link)
+        self.before = folders.snapshot(self.dest)
+        for options in (["--changed=cancel"], []):                  # without a terminal, silence cancels
             with self.subTest(options=options):
                 outcome = self.install(*options, status=3)
-                self.assertIn(os.path.join(self.dest, HERON + "cockpit.txt"), outcome.err)
+                self.assertIn(os.path.join(self.dest, COCKPIT), outcome.err)
                 self.assertIn("--changed=", outcome.err)
                 self.assert_no_file_touched()
+        self.install("--changed=keep", "--pref:_rename_folder=0")
+        self.assert_kept(*EDITED, "Instructions/latest")
+        self.install("--changed=overwrite", "--pref:_rename_folder=0")
+        self.assert_kept()
 
-    def answer(self, answers, *options, status=0):
-        """Answers each question by `answers` (path -> keys); returns the paths that were asked for."""
-        terminal = self.terminal("--agree", "--quiet", *options)
+    def answer(self, answers):
+        """Answers each question by `answers` (path -> keys); returns the paths that were asked for, and the status."""
+        terminal = self.terminal("--agree", "--quiet", "--pref:_rename_folder=0")
         asked = []
-        while True:
-            if not self.question_comes(terminal):
-                break
+        while self.question_comes(terminal):
             lines = installer.plain(installer.text_of(terminal.seen)).replace("\r", "").split("\n")
             place = max(number for number, line in enumerate(lines) if line.startswith("I am about to "))
             path = lines[place + 1].removeprefix(self.dest + "/")
             removing = lines[place] == "I am about to DELETE:"
-            self.assertEqual(removing, EDITED.get(path, "") is None, lines)
+            self.assertEqual(removing, path == GONE, lines)
             self.assertIn("1 DELETE" if removing else "1 OVERWRITE", lines[place + 3])
             asked.append(path)
             terminal.type(answers[path] + "\n")
-        self.assertEqual(terminal.end(), status, installer.text_of(terminal.seen))
-        return asked
+        return asked, terminal.end()
 
     @staticmethod
     def question_comes(terminal):
@@ -97,46 +84,31 @@ class ChangedTest(installer.Scene):
                 return False
         return True
 
-    def test_answers_for_one_file_reach_no_other(self):
-        asked = self.answer({HERON + "cockpit.txt": "1", HERON + "engine.txt": "2", HERON + "old.txt": "1",
-                             HERON + "sounds/wind.txt": "2", "Weapons/rocket.wpn": "1"})
-        self.assertEqual(sorted(asked), sorted(EDITED))
-        self.assert_kept(HERON + "engine.txt", HERON + "sounds/wind.txt")
-
-    def test_answers_for_a_folder_hold_for_it_and_not_for_the_one_below(self):
-        everything = dict.fromkeys(EDITED, "2")
-        asked = self.answer({**everything, HERON + "cockpit.txt": "4"})
-        self.assertEqual(set(asked), {HERON + "cockpit.txt", HERON + "sounds/wind.txt", "Weapons/rocket.wpn"})
-        self.assert_kept(HERON + "sounds/wind.txt", "Weapons/rocket.wpn")
-
-    def test_keeping_a_folder_also_keeps_what_was_withdrawn_there(self):
-        asked = self.answer({HERON + "cockpit.txt": "5", HERON + "sounds/wind.txt": "1", "Weapons/rocket.wpn": "1"})
-        self.assertEqual(len(asked), 3)
-        self.assert_kept(*(path for path in EDITED if path.startswith(HERON) and "sounds" not in path))
-
-    def test_cancel_after_some_answers_has_touched_nothing(self):
-        asked = self.answer({HERON + "cockpit.txt": "1", HERON + "engine.txt": "3"}, status=3)
-        self.assertEqual(len(asked), 2)
+    def test_answers_reach_as_far_as_they_say(self):
+        # What is answered, for a file or for its folder and not for the one below -> what is asked for, what is kept.
+        cases = {
+            "one by one": ({COCKPIT: OVERWRITE, ENGINE: KEEP, GONE: OVERWRITE, WIND: KEEP, ROCKET: OVERWRITE},
+                           [ENGINE, WIND]),
+            "overwrite a folder": ({COCKPIT: OVERWRITE_FOLDER, WIND: KEEP, ROCKET: KEEP}, [WIND, ROCKET]),
+            "keep a folder": ({COCKPIT: KEEP_FOLDER, WIND: OVERWRITE, ROCKET: OVERWRITE}, [COCKPIT, ENGINE, GONE]),
+        }
+        for case, (answers, kept) in cases.items():
+            with self.subTest(case=case):
+                self.begin()
+                asked, status = self.answer(answers)
+                self.assertEqual((sorted(asked), status), (sorted(answers), 0))
+                self.assert_kept(*kept)
+        self.begin()
+        self.assertEqual(self.answer({COCKPIT: OVERWRITE, ENGINE: CANCEL}), ([COCKPIT, ENGINE], 3))
         self.assert_no_file_touched()
 
     def test_answer_that_is_none_is_asked_again_and_the_end_of_input_cancels(self):
         terminal = self.terminal("--agree", "--quiet")
-        for keys in ("6\n", "yes\n", "\n", "11\n"):
+        for keys in ("6\n", "yes\n", "\n", "11\n", "\x04"):
             terminal.expect("Your choice [1-5]: ")
             terminal.type(keys)
-        terminal.expect("Your choice [1-5]: ")
-        terminal.type("\x04")
         self.assertEqual(terminal.end(), 3)
         self.assert_no_file_touched()
-
-    def test_link_that_the_user_turned_elsewhere_counts_as_changed(self):
-        link = os.path.join(self.dest, "Instructions/latest")
-        os.unlink(link)
-        os.symlink("mine", link)
-        self.install("--changed=keep")
-        self.assertEqual(os.readlink(link), "mine")
-        self.install("--changed=overwrite")
-        self.assert_kept()
 
     def test_licence_is_asked_on_a_terminal_and_needed_without_one(self):
         for keys in ("n\n", "\n", "\x04"):
@@ -149,7 +121,7 @@ class ChangedTest(installer.Scene):
         self.assertEqual(outcome.status, 3, outcome)
         self.assertIn("--agree", outcome.err)
         self.assert_no_file_touched()
-        terminal = self.terminal("--changed=overwrite", "--quiet")
+        terminal = self.terminal("--changed=overwrite", "--quiet", "--pref:_rename_folder=0")
         terminal.expect("Do you agree?")
         terminal.type("y\n")
         self.assertEqual(terminal.end(), 0)

@@ -8,53 +8,40 @@ import folders
 import installer
 import release
 import servers
+from release import NEW
 
-OLD, NEW = "Velaris 9.00 Beta-18", "Velaris 9.00 Beta-19"
-LATIN = os.fsdecode(b"K\xf6ln \"quoted\".txt")           # no valid UTF-8
-
-
-def first():
-    tree = release.sample()
-    tree.add("All/Resources/withdrawn.txt", "once\n").add("All/Resources/stale.dat", bytes(9999))
-    tree.add("All/Resources/changed.dat", bytes(20500)).add("All/Resources/changed and gone.txt", "once\n")
-    return tree
-
-
-def second():
-    tree = first().remove("All/Resources/withdrawn.txt", "All/Resources/changed and gone.txt")
-    tree.add("All/Resources/stale.dat", release.noise(12345)).add("All/Resources/new one.dat", release.noise(7999))
-    tree.add("All/Resources/tiny.txt", "x").add(f"All/Resources/{LATIN}", "umlaut\n")
-    tree.add("Linux/helper", release.noise(4321), mode=0o755)
-    return tree
+COCKPIT, GONE = "Aircraft/Heron/cockpit.txt", "Aircraft/Heron/old.txt"      # the user's: new in the release, withdrawn
 
 
 class ConsoleTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
-        cls.publisher, (cls.old, cls.new) = installer.publish(cls, (first(), OLD, 90018), (second(), NEW, 90019))
+        cls.publisher, (cls.old, _, cls.new) = installer.publish(cls, *release.history())
         cls.server = installer.nginx_for(cls, cls.publisher, cls.new)
-        cls.wanted = ["All/Resources/changed.dat", "All/Resources/new one.dat", "All/Resources/stale.dat",
-                      "All/Resources/tiny.txt", f"All/Resources/{LATIN}", "Linux/helper"]
+        wanted, withdrawn = release.steps(cls.old.tree, cls.new.tree)
+        cls.kilobytes = cls.new.kilobytes(wanted)
+        # Without the user's two, which are asked about; and what is not UTF-8 is told in other words.
+        cls.fetched = [path.split("/", 1)[1] for path in wanted if not path.endswith((COCKPIT, release.LATIN))]
+        cls.deleted = [path for path in withdrawn if path != GONE]
 
     def setUp(self):
         super().setUp()
         self.host = self.server.address
         self.place(self.old.tree.installed())
-        self.put("Resources/changed.dat", "mine")
-        self.put("Resources/changed and gone.txt", "mine")
+        self.put(COCKPIT, "mine")
+        self.put(GONE, "mine")
 
     def test_check_tells_each_decision_and_changes_nothing(self):
         before = folders.snapshot(self.dest)
         outcome = self.run_installer("--check")
         self.assertEqual(outcome.status, 0, outcome)
-        down, disk = self.new.kilobytes(self.wanted)
+        down, disk = self.kilobytes
         told = re.findall("(?m)^(?:FETCH |DELETE |ASK |to download:|to install:).*", outcome.out)
         umlaut = "Resources/K\N{REPLACEMENT CHARACTER}ln \"quoted\".txt"
         self.assertEqual(told[:2], [f"to download: {down} kB", f"to install: {disk} kB"])
-        self.assertEqual(sorted(told[2:]), sorted([
-            "ASK Resources/changed and gone.txt", "ASK Resources/changed.dat", "DELETE Resources/withdrawn.txt",
-            "FETCH Resources/new one.dat", "FETCH Resources/stale.dat", "FETCH Resources/tiny.txt", f"FETCH {umlaut}",
-            "FETCH helper"]))
+        self.assertEqual(sorted(told[2:]), sorted(
+            [f"ASK {path}" for path in (COCKPIT, GONE)] + [f"DELETE {path}" for path in self.deleted] +
+            [f"FETCH {path}" for path in (*self.fetched, umlaut)]))
         self.assertEqual(outcome.err, "")
         self.assert_same(before)
         nowhere = os.path.join(self.folder, "not there")
@@ -73,7 +60,7 @@ class ConsoleTest(installer.Scene):
                 ([f"--list_host=127.0.0.1:{servers.free_port()}", "--give_up=0.5"], 4, None),
                 ([], 1, os.path.join(self.folder, "a file", "x")), (["--give_up=x"], 2, None)]
         self.place(self.old.tree.installed(), nowhere)
-        self.put("Resources/changed.dat", "mine", nowhere)
+        self.put(COCKPIT, "mine", nowhere)
         for options, status, where in runs:
             with self.subTest(options=options):
                 outcome = self.install("--json", *options, status=status, dest=where)
@@ -86,17 +73,16 @@ class ConsoleTest(installer.Scene):
 
     def test_json_tells_the_offer_and_every_file(self):
         events = self.install("--json", "--changed=keep", "--pref:_rename_folder=0").events()
-        down, disk = self.new.kilobytes(self.wanted)
+        down, disk = self.kilobytes
         self.assertIn({"event": "offer", "name": NEW, "download_kb": down, "install_kb": disk}, events)
         files = [one for one in events if one["event"] == "file"]
         done = sorted((one["action"], one["path"]) for one in files if one["action"] != "keep")
         umlaut = "Resources/K\u00f6ln \"quoted\".txt"           # each byte that is no UTF-8 as a character
-        self.assertEqual(done, sorted([
-            ("delete", "Resources/withdrawn.txt"), ("fetch", "Resources/new one.dat"),
-            ("fetch", "Resources/stale.dat"), ("fetch", "Resources/tiny.txt"), ("fetch", umlaut), ("fetch", "helper")]))
+        self.assertEqual(done, sorted([("delete", path) for path in self.deleted] +
+                                      [("fetch", path) for path in (*self.fetched, umlaut)]))
         self.assertEqual({one["result"] for one in files}, {0})
         last = [one for one in events if one["event"] == "progress"][-1]
-        self.assertEqual((last["files_done"], last["files_total"]), (6, 6))
+        self.assertEqual((last["files_done"], last["files_total"]), (len(done), len(done)))
 
     def test_plain_lines_where_there_is_no_terminal(self):
         outcome = self.install("--changed=overwrite")
@@ -105,8 +91,9 @@ class ConsoleTest(installer.Scene):
                       "You are about to install", f"of files to get {NEW}.", "OK I am installing this now...",
                       "INSTALLATION COMPLETE!"):
             self.assertEqual(outcome.out.count(words), 1, outcome)
-        shares = re.findall(r"(?m)^(\d+)% (\d+) of 8 files, ", outcome.out)
-        self.assertEqual(shares[-1], ("100", "8"), outcome.out)
+        count = str(len(self.fetched) + len(self.deleted) + 3)
+        shares = re.findall(r"(?m)^(\d+)% (\d+) of (\d+) files, ", outcome.out)
+        self.assertEqual(shares[-1], ("100", count, count), outcome.out)
         self.assertEqual(outcome.err, "")
 
     def test_terminal_gets_one_line_redrawn_and_colour_unless_it_is_unwanted(self):
@@ -123,10 +110,15 @@ class ConsoleTest(installer.Scene):
                     self.assertLess(len(one), 70, "would wrap")
                 self.assertNotIn("\n[", text)
 
-    def test_quiet_shows_no_progress(self):
-        outcome = self.install("--quiet", "--changed=keep")
-        self.assertNotRegex(outcome.out, r"\d+% ")
-        self.assertIn("INSTALLATION COMPLETE!", outcome.out)
+    def test_wrong_value_is_wrong_usage_before_anything_is_done(self):
+        before, asked = folders.snapshot(self.dest), len(self.server.requests())
+        for option in ("--changed=ask", "--give_up=soon", "--target_os=4", "--list_host=127.0.0.1:0"):
+            with self.subTest(option=option):
+                outcome = self.run_installer("--agree", option)
+                self.assertEqual((outcome.status, outcome.out, outcome.err.count("\n")), (2, "", 1), outcome)
+                self.assertIn(option.split("=")[0], outcome.err)
+        self.assertEqual(len(self.server.requests()), asked)
+        self.assert_same(before)
 
     def test_help_and_version_need_nothing(self):
         for option in ("--help", "-h", "--version"):

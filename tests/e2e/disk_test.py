@@ -10,7 +10,6 @@ import folders
 import installer
 import release
 
-OLD, NEW = "Velaris 9.00 Beta-18", "Velaris 9.00 Beta-19"
 BIG = "All/Aircraft/Heron/Heron.acf"
 ROOM = 3_000_000
 NO_ACCESS = "I am unable to install or update Velaris. An error occurred while creating new folders."
@@ -26,7 +25,7 @@ class DiskTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
         cls.publisher, (cls.old, cls.new) = installer.publish(
-            cls, (tree_with(release.noise(900_000)), OLD, 90018), (tree_with(release.noise(1_600_000)), NEW, 90019))
+            cls, tree_with(release.noise(900_000)), tree_with(release.noise(1_600_000)))
 
     def setUp(self):
         super().setUp()

@@ -1,4 +1,4 @@
-"""A server that means harm: nothing outside the folder is touched, no lie is installed, nothing grows for ever."""
+"""Servers whose answers are broken or mean harm: plain words, nothing outside the folder touched, no lie installed."""
 import hashlib
 import os
 import struct
@@ -9,11 +9,12 @@ import folders
 import installer
 import release
 import servers
+from release import NEW as NAME
 
-NAME = "Velaris 9.00 Beta-19"
 BASE = f"/beta/{NAME}/"
 LIST, CATALOGUE = "/serverlist.txt", BASE + "directory.txt.zip"
 CANNOT_EXTRACT = "The installer cannot extract a file."
+NEWER = "OK I am checking the Tarvex servers and I am finding file formats that are newer than I can understand!"
 MANUAL = "Instructions/Manual.pdf"
 MANUAL_ZIP = f"{BASE}All/{MANUAL}.zip"
 MEMORY_KB, BOMB = 200_000, 300_000_000
@@ -44,7 +45,7 @@ class HostileTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
         tree = release.landmarks().add("All/" + MANUAL, release.noise(200_000)).add("All/Airfoils/flat.afl", "flat\n")
-        cls.publisher, (cls.new,) = installer.publish(cls, (tree, NAME, 90019))
+        cls.publisher, (cls.new,) = installer.publish(cls, tree)
         cls.text = cls.new.catalogue()
 
     def setUp(self):
@@ -92,6 +93,46 @@ class HostileTest(installer.Scene):
         said = self.run_over(status, *words, options=options)
         self.assert_same(before)
         return said
+
+    def test_list_or_catalogue_without_sense_is_told_and_changes_nothing(self):
+        def packed(text, name="directory.txt"):
+            return release.zipped(name, text)
+
+        page = b"<html><body>Please log in</body></html>"
+        lists = {
+            "of another version": (release.server_list(NAME, [self.host], version=830).encode(), 1, NEWER),
+            "of another kind": (release.server_list(NAME, [self.host], title="PILOTS").encode(), 1, NEWER),
+            "empty": (b"", 1, NEWER),
+            "a web page": (page, 1, NEWER),
+            "without a server": (release.server_list(NAME, []).encode(), 1, "I could not find any servers to get"),
+        }
+        catalogues = {
+            "not there": (None, 4, "give up"),
+            "a web page": (page, 4, CANNOT_EXTRACT),
+            "cut": (packed(self.text)[:-99], 4, CANNOT_EXTRACT),
+            "another archive": (packed(b"x", "serverlist.txt"), 4, CANNOT_EXTRACT),
+            "of a newer version": (packed(self.text.replace(b"900 version", b"910 version", 1)), 1, NEWER),
+            "of another kind": (packed(self.text.replace(b"INSTALLER", b"SERVERS", 1)), 1, NEWER),
+            "empty": (packed(b""), 1, NEWER),
+        }
+        os.unlink(os.path.join(self.dest, MANUAL))      # there would be something to do
+        good = dict(self.server.replies)
+        for path, cases in ((LIST, lists), (CATALOGUE, catalogues)):
+            for case, (reply, status, words) in cases.items():
+                with self.subTest(path=path, case=case):
+                    self.server.replies = good if reply is None else {**good, path: reply}
+                    self.server.script = {path: [servers.refuse(404)]} if reply is None else {}
+                    self.refused(status, words, options=("--give_up=1",))
+
+    def test_release_whose_name_leads_elsewhere_renames_nothing(self):
+        odd = "../escaped"
+        self.server.replies[LIST] = release.server_list(odd, [(self.host, "/beta/x/")]).encode()
+        for path in ("directory.txt", *(path for path in self.new.tree.items)):
+            with open(f"{self.new.folder}/{path}.zip", "rb") as data:
+                self.server.replies[f"/beta/x/{odd}/{path}.zip"] = data.read()
+        fresh = os.path.join(self.folder, "Flight Sims", "fresh")
+        self.install(dest=fresh)
+        self.assert_installed(self.new.tree.installed(), fresh)
 
     def test_rows_that_no_folder_can_hold_are_refused_before_anything_is_done(self):
         row = b"\nDIR %b\nFILE 0 0 90019 1 1 " + signature(b"x") + b" %b\n"

@@ -17,7 +17,6 @@ import installer
 import release
 import servers
 
-OLD, NEW = "Velaris 9.00 Beta-18", "Velaris 9.00 Beta-19"
 KILLS = int(os.environ.get("VELARIS_KILLS", "12"))
 SEED = int(os.environ.get("VELARIS_SEED", str(random.randrange(10 ** 6))))
 SIZES = (0, 7, 900, 4000, 30_000, 250_000)
@@ -64,7 +63,7 @@ def second():
 class InterruptTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
-        cls.publisher, (cls.old, cls.new) = installer.publish(cls, (first(), OLD, 90018), (second(), NEW, 90019))
+        cls.publisher, (cls.old, cls.new) = installer.publish(cls, first(), second())
         cls.before = folders.expected(cls.old.tree.installed())
         cls.after = folders.expected(cls.new.tree.installed())
         cls.pristine = os.path.join(installer.private_folder(cls), "old copy")
@@ -116,7 +115,7 @@ class InterruptTest(installer.Scene):
         self.assertGreater(len(done), 20)
         asked = len(self.server.asked)
         self.assert_next_run_completes()
-        again = {path.removeprefix(f"/beta/{NEW}/").split("/", 1)[-1].removesuffix(".zip")
+        again = {path.removeprefix(f"/beta/{release.NEW}/").split("/", 1)[-1].removesuffix(".zip")
                  for path in self.server.asked[asked:]}
         self.assertEqual(again & set(done), set(), "fetched twice")
 

@@ -9,7 +9,6 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import installer
 import release
 
-NAME = "Velaris 9.00 Beta-19"
 SIZE = 3_000_000_000        # does not fit 31 bits
 BIG = "Custom Scenery/World/big.dat"
 
@@ -25,7 +24,7 @@ class LoadTest(installer.Scene):
         tree = release.landmarks()
         for number in range(5000):
             tree.add(f"All/Custom Scenery/Tiles {number % 97}/deep/er/tile {number}.dat", f"{number}\n" * (number % 300))
-        publisher, (new,) = installer.publish(self, (tree, NAME, 90019))
+        publisher, (new,) = installer.publish(self, tree)
         server = self.serve(publisher, new)
         for options in ([], ["--check"]):       # the second hashes what the first has put there
             said, memory_kb = self.run_measured("--quiet", *options)
@@ -44,7 +43,7 @@ class LoadTest(installer.Scene):
             out.truncate(SIZE)                  # zeros that take no room
             out.seek(SIZE // 2)
             out.write(b"in the middle")
-        new = publisher.publish(release.landmarks(), NAME, 90019)
+        new = publisher.publish(release.landmarks(), release.NEW, 90019)
         row = [line.split(" ", 7) for line in new.catalogue().decode().splitlines() if line.endswith(" big.dat")]
         self.assertEqual((len(row), int(row[0][5])), (1, SIZE // 1000))
         self.serve(publisher, new)

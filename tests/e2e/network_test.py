@@ -11,8 +11,8 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import installer
 import release
 import servers
+from release import NEW as NAME
 
-NAME = "Velaris 9.00 Beta-19"
 BASE = f"/beta/{NAME}/"
 HERON = BASE + "All/Aircraft/Heron/Heron.acf.zip"
 SEED = int(os.environ.get("VELARIS_SEED", str(random.randrange(10 ** 6))))
@@ -59,7 +59,7 @@ class NetworkTest(installer.Scene):
     def setUpClass(cls):
         # Large enough that the number of streams goes by the network, even on a machine that has other things to do.
         tree = tiles(40, random.Random(0), lambda dice: 50_000)
-        cls.publisher, (cls.new,) = installer.publish(cls, (tree, NAME, 90019))
+        cls.publisher, (cls.new,) = installer.publish(cls, tree)
         cls.good = installer.nginx_for(cls, cls.publisher, cls.new)
 
     def setUp(self):
@@ -81,7 +81,7 @@ class NetworkTest(installer.Scene):
 
     def test_every_file_arrives_whole_from_mirrors_that_fail_and_lie(self):
         dice = random.Random(SEED)
-        publisher, (made,) = installer.publish(self, (tiles(FILES, dice), NAME, 90019))
+        publisher, (made,) = installer.publish(self, tiles(FILES, dice))
         one = installer.faulty(self, publisher, made)
         mirrors = [one] + [installer.keep_up(self, servers.FaultServer(publisher.web, one)) for _ in range(2)]
         text = release.server_list(NAME, [mirror.address for mirror in mirrors])

@@ -74,8 +74,8 @@ class RealDataTest(installer.Scene):
                 out.write(f"{name} of the folder\n")
         there, back = tree_of(0, cls.outside), tree_of(1, cls.outside)
         cls.publisher, cls.releases = installer.publish(
-            cls, (there, "Velaris 9.00 Beta-17", 90017), (back, "Velaris 9.00 Beta-18", 90018),
-            (there, "Velaris 9.00 Beta-19", 90019))
+            cls, there, back,
+            there)
         cls.server = installer.nginx_for(cls, cls.publisher, cls.releases[0])
         cls.out_before = folders.snapshot(cls.outside)
 

@@ -43,8 +43,7 @@ ANSWERS = {1: (96, 53), 2: (96, 28), 4: (308, 53), 5: (308, 28), 3: (584, 28)}
 class ScreensTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
-        cls.publisher, (cls.old, cls.new) = installer.publish(
-            cls, (first(), "Velaris 9.00 Beta-18", 90018), (second(), "Velaris 9.00 Beta-19", 90019))
+        cls.publisher, (cls.old, cls.new) = installer.publish(cls, first(), second())
         cls.server = installer.nginx_for(cls, cls.publisher, cls.new)
         cls.display = installer.keep_up(cls, desktop.Display())
 

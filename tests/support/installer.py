@@ -244,10 +244,11 @@ def keep_up(test, server):
     return server
 
 
-def publish(test, *releases):
-    """Makes (tree, name, number) one after the other for the whole class; returns the publisher and the releases."""
+def publish(test, *trees):
+    """Publishes one after the other for the whole class, the last as release.NEW; the publisher and the releases."""
     publisher = release.Publisher(BUILDER, private_folder(test))
-    return publisher, [publisher.publish(*one) for one in releases]
+    numbers = range(90020 - len(trees), 90020)
+    return publisher, [publisher.publish(tree, release.name_of(number), number) for tree, number in zip(trees, numbers)]
 
 
 def nginx_for(test, publisher, newest, **how):

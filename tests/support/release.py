@@ -17,6 +17,13 @@ MAC, WINDOWS, LINUX = 1, 2, 3
 EVERYONE = frozenset({MAC, WINDOWS, LINUX})
 NOBODY = frozenset()
 TOP_FOLDERS = {"All": EVERYONE, "Macintosh": {MAC}, "Windows": {WINDOWS}, "Linux": {LINUX}}
+
+
+def name_of(number):
+    return f"Velaris 9.00 Beta-{number % 100}"
+
+
+OLD, MIDDLE, NEW = (name_of(number) for number in (90017, 90018, 90019))
 # Made by every install, whatever the release holds.
 OWN_FOLDERS = ["Output/FMS plans", "Output/logbooks", "Output/movies", "Output/situations", "Resources/preferences"]
 
@@ -138,6 +145,47 @@ def sample():
     tree.add("All/Aircraft/Heron/Heron.bak", "litter", systems=NOBODY)
     tree.add("All/Resources/.hidden", "litter", systems=NOBODY)
     return tree
+
+
+HERON = "All/Aircraft/Heron/"
+LATIN = os.fsdecode(b"K\xf6ln \"quoted\".txt")           # no valid UTF-8
+
+
+def history():
+    """Three successive releases with every step that a file can take from one to the next."""
+    first = sample()
+    first.add("All/Instructions/Old charts/north.txt", "N\n").add("All/Instructions/Old charts/deep/south.txt", "S\n")
+    first.add("All/Resources/comes back.txt", "as ever\n").add("All/Resources/moves.txt", "moved\n")
+    first.add(HERON + "cockpit.txt", "one\n").add(HERON + "engine.txt", "same\n").add(HERON + "old.txt", "gone soon\n")
+    first.add(HERON + "sounds/wind.txt", "wind one\n").link("All/Instructions/latest", "one")
+
+    second = first.copy().remove("All/Resources/comes back.txt")
+    second.add(HERON + "Heron.acf", b"second wing" * 5000, when=moment(2008, 6, 2))
+    second.add("Linux/Velaris", b"\x7fELF second" + noise(50000), mode=0o755)
+
+    third = second.copy().remove("All/Instructions/Old charts/north.txt", "All/Instructions/Old charts/deep/south.txt")
+    third.remove("All/Custom Scenery/Airstrip/apt.txt", HERON + "old.txt")
+    third.add("All/Resources/comes back.txt", "as ever\n")
+    third.remove("All/Resources/moves.txt").add("Linux/Resources/moves.txt", "moved\n")
+    third.add(HERON + "Heron.acf", b"third wing" * 6000, when=moment(2008, 7, 30))
+    third.add(HERON + "cockpit.txt", "two\n").add(HERON + "sounds/wind.txt", "wind two\n")
+    third.add("All/Weapons/rocket.wpn", "thrust 13\n", mode=0o444)
+    third.add("All/Aircraft/Kestrel/Kestrel.acf", b"new" * 4000, when=moment(2008, 12, 24))
+    third.add(f"All/Resources/{LATIN}", "umlaut\n").add("All/Airfoils/tiny.afl", "x")
+    third.link("All/Resources/plugins/QRNK.framework/Versions/Current", "B")
+    third.add("All/Resources/plugins/QRNK.framework/Versions/B/Resources/info.txt", "three\n")
+    return first, second, third
+
+
+def steps(old, new, system=LINUX):
+    """What an update has to do: the paths to fetch, with their top folders, and the installed paths to delete."""
+    have = old.installed(system)
+
+    def is_there(path, item):
+        before = have.get(path.split("/", 1)[1])
+        return before is not None and (before.data, before.target) == (item.data, item.target)
+    fetch = [path for path, item in new.items.items() if system in item.systems and not is_there(path, item)]
+    return fetch, sorted(have.keys() - new.installed(system).keys())
 
 
 @dataclasses.dataclass
