@@ -17,6 +17,7 @@ extern const char* const version_text;  // "Velaris 9.00 Beta-19"
 constexpr int version_number = VELARIS_VERSION_NUMBER;  // 90019; it and the text come from the project's version
 extern const char* const build_date;  // as "Jan 21 2008 21:49:09"
 
+extern const char* const built_in_public_keys;  // of whoever may sign releases, apart by blanks; "" for none
 extern const char* const default_list_host;  // where "/serverlist.txt" is fetched
 extern const char* const maker_site;         // the maker's web site, by name
 extern const char* const download_page_url;  // where a newer installer lies
