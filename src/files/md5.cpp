@@ -100,12 +100,15 @@ std::string md5_hex(const MD5_CTX& context) {
     return hex;
 }
 
-static std::string signature(const unsigned char* bytes, std::size_t length) {
+std::string md5_of(std::string_view bytes) {
     constexpr std::size_t piece = 1u << 26;  // a length is 32 bits, a file may be longer
     MD5_CTX context;
     MD5Init(&context);
-    for (std::size_t at = 0; at < length; at += piece)
-        MD5UpdateWide(&context, bytes + at, static_cast<std::uint32_t>(std::min(piece, length - at)));
+    for (std::size_t at = 0; at < bytes.size(); at += piece) {
+        const std::string_view part = bytes.substr(at, piece);
+        MD5UpdateWide(&context, reinterpret_cast<const unsigned char*>(part.data()),
+                      static_cast<std::uint32_t>(part.size()));
+    }
     MD5Final(&context);
     return md5_hex(context);
 }
@@ -113,11 +116,11 @@ static std::string signature(const unsigned char* bytes, std::size_t length) {
 int calc_file_md5(const std::string& path, std::string& sig) {
     std::string target;
     if (is_sim_link(path, &target)) {
-        sig = signature(reinterpret_cast<const unsigned char*>(target.data()), target.size());
+        sig = md5_of(target);
         return 0;
     }
     xmap_class file;
     if (!file.retry_exact(path)) return err_file_open;
-    sig = signature(file.mem_start, static_cast<std::size_t>(file.length()));
+    sig = md5_of({reinterpret_cast<const char*>(file.mem_start), static_cast<std::size_t>(file.length())});
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 struct MD5_CTX {
     std::uint32_t bits[2];  // count of bits, low word first
@@ -18,6 +19,7 @@ void MD5Update(MD5_CTX* context, const unsigned char* buffer, std::uint16_t leng
 void MD5UpdateWide(MD5_CTX* context, const unsigned char* buffer, std::uint32_t length);
 void MD5Final(MD5_CTX* context);
 std::string md5_hex(const MD5_CTX& context);
+std::string md5_of(std::string_view bytes);  // the signature of bytes in memory
 
 // 0, or 20006 when the file cannot be read; then `sig` stays as it was. A link is not followed. Exact spelling.
 int calc_file_md5(const std::string& path, std::string& sig);

@@ -59,8 +59,7 @@ struct lane {
 
 class lane_set {
   public:
-    lane_set(std::size_t how_many, md5_messages& source, md5_means with)
-        : count(how_many), messages(source), means(with) {}
+    lane_set(md5_messages& source, md5_means with) : messages(source), means(with) {}
 
     void run() {
         while (supply()) {
@@ -92,8 +91,9 @@ class lane_set {
 
     bool begin(std::size_t l) {
         constexpr std::uint32_t start[4] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
-        if (begun == count) return false;
-        lanes[l].begin(begun++);
+        std::size_t message = 0;
+        if (at_end || (at_end = !messages.next(message))) return false;
+        lanes[l].begin(message);
         for (std::size_t w = 0; w < 4; ++w)
             states.words[w][l] = start[w];
         return true;
@@ -145,10 +145,9 @@ class lane_set {
             if (one.in_use) one.at += blocks * block;
     }
 
-    const std::size_t count;
     md5_messages& messages;
     const md5_means means;
-    std::size_t begun = 0;
+    bool at_end = false;  // of the messages
     std::array<lane, md5_lane_count> lanes;
     md5_lane_states states = {};
 };
@@ -163,6 +162,6 @@ md5_means best_md5_means() {
     return md5_means::alone;
 }
 
-void md5_sign_all(std::size_t count, md5_messages& messages, md5_means means) {
-    lane_set(count, messages, means).run();
+void md5_sign_all(md5_messages& messages, md5_means means) {
+    lane_set(messages, std::min(means, best_md5_means())).run();
 }

@@ -14,6 +14,8 @@ md5_means best_md5_means();  // of this processor
 class md5_messages {
   public:
     virtual ~md5_messages() = default;
+    // Names the message that is begun next; false when there is none. Long ones first keep the lanes full to the end.
+    virtual bool next(std::size_t& message) = 0;
     // Writes the next bytes of a message to `to`: how many, at most `room`; 0 at its end, below 0 where it cannot be
     // read. Up to 16 messages are read in turn, each from start to end, once.
     virtual std::ptrdiff_t read(std::size_t message, unsigned char* to, std::size_t room) = 0;
@@ -21,5 +23,5 @@ class md5_messages {
     virtual void signed_as(std::size_t message, const std::string& signature) = 0;
 };
 
-// Signs messages 0 to `count` - 1. They are begun in this order: long ones first keep the lanes full to the end.
-void md5_sign_all(std::size_t count, md5_messages& messages, md5_means means = best_md5_means());
+// Signs messages until there is none. "Alone" is taken where the processor has not what `means` asks for.
+void md5_sign_all(md5_messages& messages, md5_means means = best_md5_means());

@@ -29,7 +29,7 @@ struct worker_handles {
 
 // Process, from THREAD_init to THREAD_shutdown. Plain pointers: at a fatal end workers still wait on these.
 static UTL_thread main_thread;
-static std::atomic<bool> threads_inited = false;
+static std::atomic<bool> threads_inited = false, threads_end = false;
 static UTL_message_queue *warn_exce, *quit_exce;  // of exce_class*
 static UTL_message_queue* call_queue;             // of THREAD_call*, or stop_message
 static UTL_critical_section* free_calls_lock;     // guards the two below
@@ -48,6 +48,7 @@ void THREAD_init() {
     UTL_message_queue_create(&call_queue);
     workers = new worker_handles;
     threads_inited = true;
+    threads_end = false;
     alert_road.off_main_thread = [] { return THREAD_is_inited() && !THREAD_is_main_thread(); };
     alert_road.send_to_main = THREAD_send_exception;
     alert_road.stop_threads = THREAD_shutdown;
@@ -131,6 +132,14 @@ void THREAD_make_workers() {
     }
 }
 
+int THREAD_worker_count() {
+    return threads_inited ? static_cast<int>(workers->join.size()) : 0;
+}
+
+bool THREAD_is_ending() {
+    return threads_end;
+}
+
 // Joins all workers but the calling one. True if that is one of them.
 static bool join_workers() {
     bool by_worker = false;
@@ -163,6 +172,7 @@ static void destroy_exceptions(UTL_message_queue* queue) {
 
 void THREAD_shutdown() {
     if (!threads_inited) return;
+    threads_end = true;
     for (std::size_t i = 0; i < workers->join.size(); ++i)
         UTL_message_queue_write(call_queue, stop_message);
     const bool by_worker = join_workers();
@@ -177,7 +187,7 @@ void THREAD_shutdown() {
     }
     destroy_exceptions(warn_exce);
     destroy_exceptions(quit_exce);
-    threads_inited = false;
+    threads_inited = threads_end = false;
     xer << "Clean exit from threads.\n";
 }
 

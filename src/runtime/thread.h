@@ -1,5 +1,5 @@
 // thread.h: a pool of one worker per processor, a record for each asynchronous call, and the road on which an exception
-// travels from a worker to the main thread. The installer's workers idle.
+// travels from a worker to the main thread.
 // Ownership: a record returned by THREAD_run_async belongs to the caller until THREAD_cleanup.
 // On the fatal path workers still wait when the process ends, so the globals are plain pointers and never destroyed there.
 #pragma once
@@ -28,3 +28,6 @@ void THREAD_check_exception(int check_warnings);
 
 int THREAD_is_main_thread();
 int THREAD_is_inited();
+int THREAD_worker_count();  // 0 before THREAD_make_workers
+// THREAD_shutdown waits for the calls that run; a long one looks at this and gives up.
+bool THREAD_is_ending();
