@@ -84,23 +84,30 @@ TEST_F(display, a_key_and_its_text_are_one_event) {
 }
 
 TEST_F(display, keys_have_the_numbers_that_bindings_and_widgets_know) {
-    const auto of = [](SDL_Keycode key, SDL_Scancode place = SDL_SCANCODE_UNKNOWN, int mod = KMOD_NUM) {
-        push_key(key, place, mod);
-        return told(take());
+    const struct {
+        SDL_Keycode key;
+        const char* seen;
+        SDL_Scancode place = SDL_SCANCODE_UNKNOWN;
+        int mod = KMOD_NUM;
+    } cases[] = {
+        {SDLK_BACKSPACE, "down 8/8"},
+        {SDLK_DELETE, "down 46/8"},
+        {SDLK_LEFT, "down 37/28"},
+        {SDLK_TAB, "down 9/9 shift", SDL_SCANCODE_TAB, KMOD_LSHIFT},
+        {SDLK_KP_ENTER, "down 188/0"},
+        {SDLK_F12, "down 123/0"},
+        {SDLK_KP_9, "down 105/0"},
+        {SDLK_KP_8, "down 38/30", SDL_SCANCODE_KP_8, 0},  // without Num Lock
+        {SDLK_LSHIFT, ""},                                // no key of its own
+        // Another layout: its letters where it has them, else the place counts.
+        {SDLK_z, "down 90/0", SDL_SCANCODE_Y},
+        {SDLK_AMPERSAND, "down 49/0", SDL_SCANCODE_1},
+        {0x444, "down 65/0", SDL_SCANCODE_A},
     };
-    EXPECT_EQ(of(SDLK_BACKSPACE), "down 8/8");
-    EXPECT_EQ(of(SDLK_DELETE), "down 46/8");
-    EXPECT_EQ(of(SDLK_LEFT), "down 37/28");
-    EXPECT_EQ(of(SDLK_TAB, SDL_SCANCODE_TAB, KMOD_LSHIFT), "down 9/9 shift");
-    EXPECT_EQ(of(SDLK_KP_ENTER), "down 188/0");
-    EXPECT_EQ(of(SDLK_F12), "down 123/0");
-    EXPECT_EQ(of(SDLK_KP_9), "down 105/0");
-    EXPECT_EQ(of(SDLK_KP_8, SDL_SCANCODE_KP_8, 0), "down 38/30") << "without Num Lock";
-    EXPECT_EQ(of(SDLK_LSHIFT, SDL_SCANCODE_LSHIFT), "") << "no key of its own";
-    // Another layout: its letters where it has them, else the place counts.
-    EXPECT_EQ(of(SDLK_z, SDL_SCANCODE_Y), "down 90/0");
-    EXPECT_EQ(of(SDLK_AMPERSAND, SDL_SCANCODE_1), "down 49/0");
-    EXPECT_EQ(of(0x444, SDL_SCANCODE_A), "down 65/0");
+    for (const auto& [key, seen, place, mod] : cases) {
+        push_key(key, place, mod);
+        EXPECT_EQ(told(take()), seen) << key;
+    }
 }
 
 TEST_F(display, the_end_is_asked_for_by_signals_and_nothing_shows_without_a_screen) {

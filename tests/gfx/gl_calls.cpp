@@ -25,40 +25,23 @@ static void* next_of(const char* name) {
     if (!next) std::abort();
     return next;
 }
-static void count(const char* name) {
-    if (gl_calls.watching) ++gl_calls.count[name];
-}
 #define HAND_ON(name, ...)                                                              \
     static auto* const next_##name = reinterpret_cast<decltype(&name)>(next_of(#name)); \
-    count(#name);                                                                       \
+    if (gl_calls.watching) ++gl_calls.count[#name];                                     \
     return next_##name(__VA_ARGS__)
 
 extern "C" {
 
-void glEnable(GLenum what) {
-    HAND_ON(glEnable, what);
-}
-void glDisable(GLenum what) {
-    HAND_ON(glDisable, what);
-}
-void glDepthMask(GLboolean on) {
-    HAND_ON(glDepthMask, on);
-}
-void glActiveTexture(GLenum unit) {
-    HAND_ON(glActiveTexture, unit);
-}
-void glBindTexture(GLenum target, GLuint id) {
-    HAND_ON(glBindTexture, target, id);
-}
-void glTexEnvi(GLenum target, GLenum name, GLint value) {
-    HAND_ON(glTexEnvi, target, name, value);
-}
-void glBegin(GLenum mode) {
-    HAND_ON(glBegin, mode);
-}
-void glEnd() {
-    HAND_ON(glEnd);
-}
+// clang-format off
+void glEnable(GLenum what) { HAND_ON(glEnable, what); }
+void glDisable(GLenum what) { HAND_ON(glDisable, what); }
+void glDepthMask(GLboolean on) { HAND_ON(glDepthMask, on); }
+void glActiveTexture(GLenum unit) { HAND_ON(glActiveTexture, unit); }
+void glBindTexture(GLenum target, GLuint id) { HAND_ON(glBindTexture, target, id); }
+void glTexEnvi(GLenum target, GLenum name, GLint value) { HAND_ON(glTexEnvi, target, name, value); }
+void glBegin(GLenum mode) { HAND_ON(glBegin, mode); }
+void glEnd() { HAND_ON(glEnd); }
+// clang-format on
 
 void glTexCoord2f(GLfloat s, GLfloat t) {
     pen_s = s;

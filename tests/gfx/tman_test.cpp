@@ -35,31 +35,23 @@ static rgb texel(const bytes& all, int width, int x, int y) {
     return {p[0], p[1], p[2]};
 }
 
-static void fill_scratch(int dx, int dy, const rgb& colour) {
+static void fill_scratch(int dx, int dy, const rgb& c) {
     scratch_dx = dx;
     scratch_dy = dy;
-    for (int i = 0; i < dx * dy; ++i) {
-        scratch_array[i * 4] = static_cast<unsigned char>(colour.r);
-        scratch_array[i * 4 + 1] = static_cast<unsigned char>(colour.g);
-        scratch_array[i * 4 + 2] = static_cast<unsigned char>(colour.b);
-        scratch_array[i * 4 + 3] = 255;
-    }
+    for (int i = 0; i < dx * dy * 4; i += 4)
+        for (int channel = 0; channel < 4; ++channel)
+            scratch_array[i + channel] = static_cast<unsigned char>(std::array{c.r, c.g, c.b, 255}[channel]);
 }
 
-// Without its upper half if `only_low`: that stays black.
-static std::string save(const scratch& folder, const std::string& name, int size, const rgb& colour,
-                        bool only_low = false) {
+// Its upper half stays black.
+static std::string save(const scratch& folder, const std::string& name, int size, const rgb& colour) {
     fill_scratch(size, size, {0, 0, 0});
-    fill_scratch(size, only_low ? size / 2 : size, colour);
+    fill_scratch(size, size / 2, colour);
     const TEX_image_desc plain = {tex_format_rgba, size, size, 0, 0}, blocks = {tex_format_dxt1, size, size, 0, 0};
-    if (name.ends_with(".dds")) {
-        bytes image(TEX_bytes_needed_for_image(blocks));
-        EXPECT_EQ(TEX_encode_s3tc(plain, blocks, scratch_array, image.data()), 1);
-        EXPECT_EQ(TEX_save_dds(folder / name, blocks, image.data()), 1);
-    } else {
-        EXPECT_EQ(TEX_save_png(folder / name, plain, scratch_array), 1);
-    }
-    return folder / name;
+    if (name.ends_with(".png")) return TEX_save_png(folder / name, plain, scratch_array) ? folder / name : "";
+    bytes image(TEX_bytes_needed_for_image(blocks));
+    TEX_encode_s3tc(plain, blocks, scratch_array, image.data());
+    return TEX_save_dds(folder / name, blocks, image.data()) ? folder / name : "";
 }
 
 TEST(tman, a_reference_or_size_out_of_bounds_is_fatal_and_names_the_image) {
@@ -83,8 +75,7 @@ TEST(tman, an_image_stands_in_the_low_corner_of_a_texture_of_powers_of_two) {
     fill_scratch(1010, 764, orange);
     EXPECT_EQ(tman.load_texture(4, 389, builtin_flags, load_now, scratch_name), 389);
     tman.bind_ref(389, 0, 0);
-    EXPECT_EQ(side(GL_TEXTURE_WIDTH), 1024);
-    EXPECT_EQ(side(GL_TEXTURE_HEIGHT), 1024);
+    EXPECT_EQ(side(GL_TEXTURE_WIDTH) * 10000 + side(GL_TEXTURE_HEIGHT), 10241024);
     const bytes image = texels();
     EXPECT_EQ(texel(image, 1024, 0, 0), orange);
     EXPECT_EQ(texel(image, 1024, 1009, 763), orange);
@@ -95,8 +86,7 @@ TEST(tman, an_image_stands_in_the_low_corner_of_a_texture_of_powers_of_two) {
     tman.load_texture(4, 389, tex_fmt_rgba | tex_any_size | tex_clamp_x, load_now, scratch_name);
     tman.bind_ref(389, 0, 0);
     EXPECT_EQ(tman.record(389)->tex_id, before);
-    EXPECT_EQ(side(GL_TEXTURE_WIDTH), 300);
-    EXPECT_EQ(side(GL_TEXTURE_HEIGHT), 200);
+    EXPECT_EQ(side(GL_TEXTURE_WIDTH) * 1000 + side(GL_TEXTURE_HEIGHT), 300200);
     EXPECT_EQ(tman.loaded_texes(), 1);
 }
 
@@ -117,8 +107,8 @@ TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
     gl_window window;
     const scratch folder;
     const rgb of_dds{255, 0, 0}, of_png{0, 255, 0};
-    save(folder, "p.dds", 8, of_dds, true);
-    save(folder, "p.png", 8, of_png, true);
+    save(folder, "p.dds", 8, of_dds);
+    save(folder, "p.png", 8, of_png);
     const auto drawn = [&](const char* name) {
         const int ref = tman.load_texture(fail_scenery, 0, tex_fmt_rgb | tex_full, load_now, folder / name);
         tman.bind_ref(ref, 0, 0);
@@ -135,8 +125,7 @@ TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
 TEST(tman, quality_and_the_card_bound_the_size_and_mipmaps_go_down_to_one_pixel) {
     gl_window window;
     const scratch folder;
-    const rgb blue{40, 80, 120};
-    const std::string name = save(folder, "p.png", 64, blue);
+    const std::string name = save(folder, "p.png", 64, {40, 80, 120});
     const auto width = [&](int flags, int quality, int card) {
         mnw.tex_quality = quality;
         glExt.max_texture_size = card;
@@ -152,7 +141,7 @@ TEST(tman, quality_and_the_card_bound_the_size_and_mipmaps_go_down_to_one_pixel)
         glExt.automini_avail = by_card;
         EXPECT_EQ(width(tex_full | tex_mipmap, 5, 2048), 64);
         EXPECT_EQ(side(GL_TEXTURE_WIDTH, 6), 1);
-        EXPECT_EQ(texel(texels(6), 1, 0, 0), blue);
+        EXPECT_EQ(texel(texels(6), 1, 0, 0), (rgb{20, 40, 60})) << "the mean of all";
     }
 }
 
