@@ -1,5 +1,6 @@
 #include "runtime/debug.h"
 
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -9,22 +10,26 @@
 #include <atomic>
 #include <cctype>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "platform/folders.h"
+#include "platform/interrupt.h"
 #include "platform/memory_map.h"
 #include "platform/process.h"
 #include "runtime/log.h"
 #include "runtime/product.h"
+#include "runtime/utf8.h"
 
 static const int fatal_signals[] = {SIGILL, SIGFPE, SIGBUS, SIGSEGV, SIGTRAP,
 #ifdef SIGEMT
                                     SIGEMT,
 #endif
-                                    SIGSYS};
+                                    SIGSYS, SIGABRT};
 constexpr unsigned longest_report_s = 30;
 constexpr std::size_t signal_stack_size = 256 * 1024;  // a lookup takes some 30 KB of it
 
@@ -34,6 +39,7 @@ static std::FILE* crash_log;       // writes to crash_log_fd
 static int crash_log_fd = -1;
 static char crash_log_buffer[BUFSIZ];
 static std::atomic<pid_t> reporting_thread = 0;
+static char uncaught[512];  // "type: what" of the exception that is ending the process; empty: none
 
 // True if the file at `path` can be appended to or made.
 static bool can_hold_report(const std::string& folder, const std::string& path) {
@@ -67,9 +73,29 @@ static void install_handler(int signal) {
     if (sigaction(signal, &action, nullptr) != 0) std::fprintf(stderr, "Failed to installed signal: %d\n", signal);
 }
 
+// Notes what would be lost with the exception; abort leads to the report.
+[[noreturn]] static void on_terminate() {
+    if (const std::type_info* const type = abi::__cxa_current_exception_type()) {
+        int failed = 0;
+        char* const readable = abi::__cxa_demangle(type->name(), nullptr, nullptr, &failed);
+        std::string words = readable ? readable : type->name();
+        std::free(readable);
+        try {
+            throw;
+        } catch (const std::exception& e) {
+            words += std::string(": ") + e.what();
+        } catch (...) {
+        }
+        printable(words).copy(uncaught, sizeof uncaught - 1);
+    }
+    std::abort();
+}
+
 void UTL_debug_init() {
     if (crash_log) return;
     ignore_sigpipe();
+    callers_init();
+    std::set_terminate(on_terminate);
     choose_place_of_report();
     // A stream without a file yet: the file is made by the first crash only, and opening a stream allocates. By the line,
     // so that what was found is kept if the search for the next line crashes.
@@ -159,20 +185,45 @@ __attribute__((no_sanitize("address", "thread", "undefined"))) static stack_fram
     return {.link = frame->link, .return_address = frame->return_address};
 }
 
-void UTL_dump_stack(std::FILE* out, const stack_frame* frame, const void* pc) {
-    if (!pc) return;
-    std::fprintf(out, " % 2d) ", 0);
-    print_symbol(out, pc);
+// From line 1 on, as UTL_dump_stack.
+static void dump_frames(std::FILE* out, const stack_frame* frame) {
     for (int n = 1; frame && n <= 99; ++n) {
         if (!UTL_valid_memory(frame, sizeof *frame, 1, 1)) break;
         const stack_frame here = copy_of(frame);
         // The stack grows down, so a caller's frame lies higher; this ends circles too.
         if (here.link <= frame) break;
         std::fprintf(out, " % 2d) ", n);
-        print_symbol(out, here.return_address);
+        // The call is before the address that it returns to.
+        print_symbol(out, static_cast<const char*>(here.return_address) - 1);
         frame = here.link;
     }
 }
+
+void UTL_dump_stack(std::FILE* out, const stack_frame* frame, const void* pc) {
+    if (!pc) return;
+    std::fprintf(out, " % 2d) ", 0);
+    print_symbol(out, pc);
+    dump_frames(out, frame);
+}
+
+namespace {
+
+// A walk from inside the handler meets the handler first; the report begins with what was interrupted.
+struct report_walk {
+    std::FILE* out;
+    const void* interrupted;
+    int lines;  // 0: still in the handler
+};
+
+bool report_caller(void* data, const void* address) {
+    auto& walk = *static_cast<report_walk*>(data);
+    if (walk.lines == 0 && address != walk.interrupted) return true;
+    std::fprintf(walk.out, " % 2d) ", walk.lines);
+    print_symbol(walk.out, address);
+    return ++walk.lines < 100;
+}
+
+}  // namespace
 
 static void dump_interrupted_code(std::FILE* out, void* context) {
     const mcontext_t& machine = static_cast<ucontext_t*>(context)->uc_mcontext;
@@ -186,10 +237,33 @@ static void dump_interrupted_code(std::FILE* out, void* context) {
     const std::uintptr_t frame = 0, pc = 0;
     static_cast<void>(machine);
 #endif
-    UTL_dump_stack(out, reinterpret_cast<const stack_frame*>(frame), reinterpret_cast<const void*>(pc));
+    report_walk walk{out, reinterpret_cast<const void*>(pc), 0};
+    walk_callers(report_caller, &walk);
+    // No table leads on from what is no code, as after a call of a null function; the frames still tell who called.
+    const auto* const first = reinterpret_cast<const stack_frame*>(frame);
+    if (walk.lines == 0)
+        UTL_dump_stack(out, first, walk.interrupted);
+    else if (walk.lines == 1)
+        dump_frames(out, first);
+}
+
+// Only what a signal handler may use: the C library's own dates take a lock.
+static void print_head(std::FILE* out) {
+    using namespace std::chrono;
+    const auto now = time_point_cast<seconds>(system_clock::now());
+    const auto today = floor<days>(now);
+    const year_month_day date(today);
+    const hh_mm_ss time(now - today);
+    std::fprintf(out, "%s, %s, build %d, %d-%02u-%02u %02d:%02d:%02d UTC, %s thread %d\n",
+                 program_invocation_short_name, version_text, version_number, static_cast<int>(date.year()),
+                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                 static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                 static_cast<int>(time.seconds().count()), gettid() == getpid() ? "main" : "another", gettid());
+    if (*uncaught) std::fprintf(out, "Nobody caught an exception, %s\n", uncaught);
 }
 
 static void print_signal(std::FILE* out, int signal, const siginfo_t& info, void* context) {
+    print_head(out);
     const char* const name = signal < 32 ? sigabbrev_np(signal) : nullptr;
     if (name) {
         for (const char* letter = name; *letter; ++letter)
@@ -229,13 +303,22 @@ void fatal_signal_handler(int signal, siginfo_t* info, void* context) {
     std::signal(SIGALRM, SIG_DFL);
     alarm(longest_report_s);
 
+    restore_terminal();
+
     if (*crash_log_path && crash_log)
-        crash_log_fd = open(crash_log_path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0644);
+        crash_log_fd = open(crash_log_path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0644);
     print_signal(crash_log_fd >= 0 ? crash_log : stderr, signal, *info, context);
-    if (crash_log_fd >= 0) close(crash_log_fd);
+    if (crash_log_fd >= 0) {
+        close(crash_log_fd);
+        if (isatty(STDERR_FILENO)) {
+            std::fprintf(stderr, "\nThis program has crashed. A report was left in %s\n", crash_log_path);
+            std::fflush(stderr);
+        }
+    }
 
     xer << "This application has crashed.  Please send the file crash_log.txt to Tarvex.\n" << std::flush;
     remove_temp_folder();
+    std::signal(SIGABRT, SIG_DFL);
     std::abort();
 }
 

@@ -1,6 +1,8 @@
-// debug.h: what is left of a process that dies on a fatal signal: "crash_log.txt", with where and by which road.
+// debug.h: what is left of a process that dies on a fatal signal, by abort or of an exception that nobody caught:
+// "crash_log.txt", with what ran, where it was and by which calls it came there.
 // The file lies in the application's folder where it can be written, else in the state folder; where neither can be had
-// the report goes to standard error. Each crash appends. After the report the process aborts.
+// the report goes to standard error. Each crash appends. After the report the process aborts; a terminal gets its echo
+// back and is told where the report lies.
 // A crash in the reporter itself ends the process at once, and one that hangs is ended by an alarm.
 // In a signal handler nothing may be taken for granted, so the reporter neither allocates nor waits for another thread;
 // only the line in the log goes through an ordinary stream.
@@ -10,7 +12,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "platform/symbols.h"
+#include "platform/callers.h"
 
 // A frame as code with frame pointers lays it down.
 struct stack_frame {
@@ -38,7 +40,8 @@ class UTL_signal_stack {
 
 [[noreturn]] void fatal_signal_handler(int signal, siginfo_t* info, void* context);
 
-// One line for `pc` and for each return address, 100 at most. Ends quietly where the chain of frames makes no sense.
+// One line for `pc` and for each caller, 100 at most, by the chain of frames: the way for where the tables for unwinding
+// do not lead. Ends quietly where the chain makes no sense.
 void UTL_dump_stack(std::FILE* out, const stack_frame* frame, const void* pc);
 void print_symbol(std::FILE* out, const void* address);
 void UTL_get_debug_symbol(const void* address, symbol_info* info);

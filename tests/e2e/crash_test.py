@@ -39,22 +39,26 @@ class CrashTest(installer.Scene):
         """Function and place of each frame in the installer, innermost first."""
         return [(name, place) for _, name, place, image in FRAME.findall(report) if image == "velaris-installer"]
 
+    def place_of(self, function, frames):
+        """Its name is as the linker knows it, with marks before and behind."""
+        return next((place for name, place in frames if function in name), f"not in {frames}")
+
     def test_report_tells_functions_and_lines_and_the_next_one_follows_it(self):
         report = self.crash()
-        self.assertRegex(report, r"\Asegv \(Segmentation fault\)\nSig no: 11, sig err: 0, sig code: 0, status: -?\d+\n"
+        self.assertRegex(report, r"\Avelaris-installer, Velaris 9\.00 Beta-19, build 90019, [^\n]*\nsegv \(Segmentation fault\)\nSig no: 11, sig err: 0, sig code: 0, status: -?\d+\n"
                                  r"Addy: 0x-?\d{8,}\n  0\) ")
-        frames = dict(self.frames_of_program(report))
-        self.assertRegex(frames.get("console_main", report), r"^ \(console\.cpp:\d+\)$")
-        self.assertIn("main", frames, report)
+        frames = self.frames_of_program(report)
+        self.assertRegex(self.place_of("console_main", frames), r"^ \(console\.cpp:\d+\)$")
+        self.assertIn("main", dict(frames), report)
         again = self.crash()
         self.assertTrue(again.startswith(report))
         self.assertEqual(again.count("segv (Segmentation fault)\n"), 2)
 
     def test_stripped_program_still_tells_functions(self):
         subprocess.run(["strip", self.desk.program], check=True)
-        frames = dict(self.frames_of_program(self.crash()))
-        self.assertEqual(frames.get("console_main"), "", frames)
-        self.assertIn("main", frames)
+        frames = self.frames_of_program(self.crash())
+        self.assertEqual(self.place_of("console_main", frames), "")
+        self.assertIn(("main", ""), frames)
 
     def test_no_alert_no_crash_no_file(self):
         self.assertEqual(self.run_installer("--version").status, 0)

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <regex>
+#include <stdexcept>
 #include <streambuf>
 
 #include "runtime/log.h"
@@ -60,10 +61,32 @@ static void crash_in_reporter() {
     __builtin_trap();
 }
 
+// Called back by a library that was built without frame pointers.
+[[gnu::noinline]] static int crash_in_comparison(const void*, const void*) {
+    __builtin_trap();
+}
+constexpr int line_of_sort = __LINE__ + 4;
+[[gnu::noinline]] static void crash_in_library() {
+    start();
+    volatile int numbers[] = {2, 1};
+    std::qsort(const_cast<int*>(numbers), 2, sizeof numbers[0], crash_in_comparison);
+    numbers[0] = 3;
+}
+[[gnu::noinline]] static void throw_reason() {
+    throw std::runtime_error("the\033 reason");
+}
+static void crash_by_exception() noexcept {  // or the test library would catch it
+    start();
+    throw_reason();
+}
+
 static const own_copy::job jobs[] = {
     {"deep", [] { start(), crash_deep(nullptr); }},
     {"worker", crash_in_worker},
     {"reporter", crash_in_reporter},
+    {"library", crash_in_library},
+    {"exception", crash_by_exception},
+    {"abort", [] { start(), std::abort(); }},
 };
 
 #ifdef __SANITIZE_THREAD__
@@ -80,12 +103,40 @@ TEST(Crash, of_a_runaway_recursion_leaves_a_report_of_a_hundred_lines_from_any_t
         const int status = copy.run(where).status;
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT) << where << status;
         const std::string report = scratch::read(path);
-        EXPECT_EQ(lines_in(report), 3 + 100);
+        EXPECT_EQ(lines_in(report), 4 + 100);
         EXPECT_TRUE(std::regex_search(
             report,
             std::regex("\n  99\\) run_away \\+ [0-9]+ \\(debug_test\\.cpp:[0-9]+\\) \\(program \\+ [0-9]+\\)\n$")))
             << report;
         std::filesystem::remove(path);
+    }
+}
+
+TEST(Crash, report_tells_what_ran_why_it_ended_and_by_which_calls) {
+    if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
+    const std::string head =
+        "^program, Velaris 9\\.00 Beta-19, build 90019, 20[0-9-]+ [0-9:]+ UTC, main thread [0-9]+\n";
+    const std::string sorting =
+        "crash_in_library \\+ [0-9]+ \\(debug_test\\.cpp:" + std::to_string(line_of_sort) + "\\)";
+    const struct {
+        const char* job;
+        std::string report;
+    } cases[] = {
+        {"library", head +
+                        "ill \\(Illegal instruction\\)\nSig no: 4, [^\n]*\nAddy: [^\n]*\n  0\\) crash_in_comparison "
+                        "\\+ 0 \\(debug_test\\.cpp:[^]* \\(libc\\.so[^]*" +
+                        sorting},
+        {"exception", head + "Nobody caught an exception, std::runtime_error: the\\? reason\nabrt \\(Aborted\\)\n[^]*"
+                             "throw_reason "},
+        {"abort", head + "abrt \\(Aborted\\)\n"},
+    };
+    for (const auto& one : cases) {
+        const own_copy copy;
+        const own_copy::outcome run = copy.run(one.job);
+        EXPECT_TRUE(WIFSIGNALED(run.status) && WTERMSIG(run.status) == SIGABRT) << one.job << run.status;
+        const std::string report = scratch::read(copy.app + "crash_log.txt");
+        EXPECT_TRUE(std::regex_search(report, std::regex(one.report))) << one.job << "\n" << report;
+        EXPECT_EQ(run.err, "") << "only a terminal is told";
     }
 }
 
@@ -97,7 +148,7 @@ TEST(Crash, inside_the_reporter_keeps_the_report_and_ends_the_process) {
     const int status = copy.run("reporter").status;
     ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGFPE) << status;
     const std::string report = scratch::read(path);
-    EXPECT_TRUE(report.starts_with("an earlier report\nill (Illegal instruction)\nSig no: 4, ")) << report;
+    EXPECT_TRUE(report.starts_with("an earlier report\nprogram, ")) << report;
     EXPECT_NE(report.find("crash_in_reporter + "), std::string::npos) << report;
 }
 
@@ -105,10 +156,10 @@ TEST(Crash, report_goes_to_the_state_folder_and_then_to_standard_error) {
     const own_copy copy;
     std::filesystem::create_directory(copy.app + "crash_log.txt");  // nothing can be written there, not even by root
     copy.run("reporter");
-    EXPECT_TRUE(scratch::read(copy.state + "velaris/crash_log.txt").starts_with("ill (")) << copy.state;
+    EXPECT_TRUE(scratch::read(copy.state + "velaris/crash_log.txt").starts_with("program, ")) << copy.state;
     std::filesystem::remove_all(copy.state);
     copy.home.write("state", "a file");
-    EXPECT_TRUE(copy.run("reporter").err.starts_with("ill (Illegal instruction)\n"));
+    EXPECT_TRUE(copy.run("reporter").err.starts_with("program, "));
 }
 
 // Pieces of the report.
