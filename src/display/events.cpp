@@ -30,6 +30,7 @@ static bool suppresses_text(int mod) {
 
 static void take_key(const SDL_KeyboardEvent& from, std::vector<display_event>& events) {
     const display_key key = display_key_of(from.keysym);
+    // Shift and its like alone are no key of ours.
     if (key.vkey == 0 && !key.printable) return;
     const bool down = from.type == SDL_KEYDOWN;
     display_event event{!down         ? display_event_kind::key_up
@@ -105,6 +106,7 @@ static void take_other(const SDL_Event& from, std::vector<display_event>& events
 
 void display_take_events(int wait_ms, std::vector<display_event>& events) {
     events.clear();
+    // The first may be waited for; what else is there is taken without waiting.
     SDL_Event event;
     int there = wait_ms > 0 ? SDL_WaitEventTimeout(&event, wait_ms) : SDL_PollEvent(&event);
     for (; there; there = SDL_PollEvent(&event)) {

@@ -17,6 +17,7 @@ static struct {
     std::string title;
 } shown;
 
+// Start-up, from the video system to a window with a context: each step may fail, and display_error() tells why.
 bool display_start() {
     // The desktop's effects may stay on beside a window that is no game, and its screen saver may come.
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
@@ -109,11 +110,13 @@ bool display_make_context(int samples, context_facts& facts) {
         SDL_SetError("There is no window.");
         return false;
     }
+    // The old context goes first: some drivers have room for one.
     if (shown.context) SDL_GL_DeleteContext(shown.context);
     shown.context = nullptr;
     if ((!shown.window || shown.samples != samples) && !create_window(samples)) return false;
     shown.context = SDL_GL_CreateContext(shown.window);
     if (!shown.context || SDL_GL_MakeCurrent(shown.window, shown.context) != 0) return false;
+    // The pump keeps the pace; a swap that waited for the screen would keep it twice.
     SDL_GL_SetSwapInterval(0);
     SDL_ShowWindow(shown.window);
     facts = {true,

@@ -1,11 +1,14 @@
 // glext.h: what the driver can do, found out once at start-up, logged, and corrected by the command line's switches.
 #pragma once
 
+// Lifetime: the findings hold for the context that was probed; a context that is made again on the same card has the same.
+// Errors: a missing entry point is a line in the log and the end of its feature; weak hardware is an alert.
 class OGL_extensions {
   public:
     int init_entry_points();  // how names are looked up; 0 on success
     void init_extensions();   // probes, logs; may end the program on hardware that is too weak
 
+    // 1 where the feature is there and not switched off.
     int arb_mtex_avail = 0, tex_clamp_avail = 0, add_env_avail = 0, combine_avail = 0, dis_fog_avail = 0,
         tex_comp_avail = 0, vbo_avail = 0, pbo_avail = 0, vprog_avail = 0, fprog_avail = 0, automini_avail = 0,
         aniso_avail = 0, fsaa_avail = 0, sprites_avail = 0, depth_tex_avail = 0, occlude_avail = 0, shad_objs_avail = 0,

@@ -7,13 +7,17 @@
 #include "gfx/colr.h"
 #include "gfx/tman.h"
 
-static constexpr int most_tex_units = 8;
+static constexpr int most_tex_units = 8;  // that OGL_setstate switches, however many the card has
 
 // What the context is set to. Every switch of these states goes through OGL_setstate, or this is no longer true.
 static struct {
     bool known = false;
-    int o_fog, o_tex, o_lit, o_alB, o_alT, o_deR, o_deW;
-    int num_units;
+    int o_fog;  // fog_on or fog_off; the others likewise
+    int o_tex;  // units in use, from 0 up
+    int o_lit;
+    int o_alB, o_alT;  // blending and the alpha test: 0 or 1
+    int o_deR, o_deW;  // depth: read and written
+    int num_units;     // at most so many are used
 } state;
 
 void OGL_forget_state() {
@@ -87,6 +91,7 @@ void OGL_set_color(int color, float alpha) {
         for (int i = 0; i < 3; ++i)
             rgb[i] *= colr.tint[i];
     alpha *= ren.alpha_scale;
+    // One channel for all three, and never quite dark.
     if (ren.green_only) {
         rgb[1] = std::clamp(rgb[0] + rgb[1] + rgb[2], 0.01f, 1.0f);
         rgb[0] = rgb[2] = 0;
@@ -101,6 +106,7 @@ void OGL_nrml_colors() {
     glColor3f(1, 1, 1);
 }
 
+// Clockwise, as front faces are; others are culled.
 static void corners(float x1, float y1, float x2, float y2) {
     glVertex2f(x1, y1);
     glVertex2f(x1, y2);
@@ -121,6 +127,7 @@ void OGL_fillrect(int color, float alpha, float x, float y, float dx, float dy) 
 void OGL_framerect(int color, float alpha, float x, float y, float dx, float dy) {
     flat_state();
     OGL_set_color(color, alpha);
+    // Through the middles of the pixels, so that a line covers whole ones.
     x += mnw.wind_x + 0.5f;
     y += mnw.wind_y + 0.5f;
     glBegin(GL_LINE_LOOP);
@@ -163,6 +170,7 @@ void OGL_2dquad(int tex_ref, int color, float alpha, float x1, float y1, float s
 }
 
 void OGL_scissors(float x, float y, float dx, float dy) {
+    // OpenGL's scissors are in pixels of the surface and know no window.
     const auto whole = [](float units) { return static_cast<int>(units * mnw.scale); };
     glEnable(GL_SCISSOR_TEST);
     glScissor(whole(x + mnw.wind_x), whole(y + mnw.wind_y), std::max(0, whole(dx)), std::max(0, whole(dy)));

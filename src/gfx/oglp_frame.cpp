@@ -57,11 +57,13 @@ static void unbind(const char* entry_point, GLenum target) {
 }
 
 void OGL_recover() {
+    // Whatever was begun is ended; where nothing was, that is an error, which goes with the rest.
     glEnd();
     glEndList();
     constexpr int errors_dropped = 30;  // and no loop until there is none: a lost context reports them without end
     for (int i = 0; i < errors_dropped; ++i)
         glGetError();
+    // What drawing a screen takes for granted.
     OGL_nrml_colors();
     if (glExt.vbo_avail) unbind("glBindBufferARB", GL_ARRAY_BUFFER);
     if (glExt.framebuf_avail) unbind("glBindFramebufferEXT", GL_FRAMEBUFFER);
@@ -92,6 +94,7 @@ void OGL_plot_back_tex() {
 }
 
 void OGL_sbuff() {
+    // The colour that a frame begins with, for whoever sets none.
     const float red_and_blue = ren.green_only ? 0.0f : 1.0f;
     glColor4f(red_and_blue, 1.0f, red_and_blue, ren.alpha_scale);
     xtim.profile_chart("sb1", 0);
@@ -101,6 +104,7 @@ void OGL_sbuff() {
 
 void OGL_screenshot(int save) {
     const int dx = std::min(mnw.screen_dx, scratch_side), dy = std::min(mnw.screen_dy, scratch_side);
+    // The buffer holds a square; of a larger surface its middle is taken.
     glReadPixels((mnw.screen_dx - dx) / 2, (mnw.screen_dy - dy) / 2, dx, dy, GL_RGB, GL_UNSIGNED_BYTE, scratch_array);
     scratch_dx = dx;
     scratch_dy = dy;

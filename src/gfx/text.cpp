@@ -15,6 +15,7 @@
 
 namespace {
 
+// Cells of the atlas: 21 in a row of the letters, 40 in a row of the table of pictographs.
 constexpr int grid_columns = 21, table_columns = 40;
 constexpr float atlas_side = 512;
 
@@ -44,6 +45,7 @@ constexpr glyph_cells make_cells() {
 constexpr glyph_cells cells = make_cells();
 static_assert(cells.of[0xBF] == 5 * grid_columns - 1, "every row fills the grid");
 
+// How far the pen moves behind each character, in units. The plain sum is the width of a text: nothing is kerned.
 struct width_row {
     unsigned char width;
     std::string_view characters;
@@ -79,6 +81,7 @@ struct charset_row {
     int charset, tex_ref;
     float dx, dy, advance;
 };
+// `dx` and `dy` of a cell; `advance` 0: by the widths above.
 constexpr charset_row charsets[] = {
     {charset_text, tex_atlas, 14, 15, 0},
     {charset_digits, tex_atlas, 14, 15, 10},
@@ -124,6 +127,7 @@ float for_each_line(float y, std::string_view text, float wrap_width, float fixe
         return y;
     }
     std::size_t start = 0;
+    // A line ends at a line end, at the text's end, or behind a blank, hyphen or slash where the next word may not fit.
     float pen = 0, last_y = y;
     for (std::size_t i = 0; i < text.size(); ++i) {
         pen += advance_of(text[i], fixed);
@@ -187,6 +191,7 @@ void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, 
     const float s1 = s + static_cast<float>(column) * dx, t1 = t + static_cast<float>(row) * dy;
     const float s2 = (s1 + dx) / atlas_side, t2 = (t1 + dy) / atlas_side;
     const float scale = std::max(1.0f, mnw.scale);
+    // On whole units, or the letters blur; the cell reaches 4 below the line for what hangs there.
     const float left = std::trunc(x), bottom = std::trunc(y) - 4;
     const float right = left + dx * scale, top = bottom + dy * scale;
     glTexCoord2f(s1 / atlas_side, t1 / atlas_side);

@@ -48,6 +48,7 @@ static std::string scientific(double value) {
     return text + static_cast<char>('0' + (power > 9 ? 0 : power));
 }
 
+// All digits, with a comma at each thousand.
 static std::string plain(double scaled, int decimals) {
     int most = decimals;
     while (scaled >= std::pow(10.0, most + 1))

@@ -12,6 +12,8 @@
 #include "runtime/product.h"
 #include "runtime/utl_thread.h"
 
+// Lookups by name go through the hash, by reference straight into the rows. A row without a name is free. What OpenGL has
+// of a row is its `tex_id`; 0 where there is nothing on the card.
 tman_class tman;
 const char* const scratch_name = "scratch_array:hardwired textures";
 
@@ -19,6 +21,7 @@ static const char* const here = "HLutils/OOPS_cpp/tman";
 
 namespace {
 
+// Holds the tables for the length of a block. The section is recursive: a load may bind, and a bind may load.
 class table_lock {
   public:
     table_lock() { UTL_critical_section_lock(section()); }
@@ -38,6 +41,7 @@ class table_lock {
     }
 };
 
+// Off the card. What came from a file will come back with its next bind; what was drawn into the scratch buffer is lost.
 void drop_texture(tman_class::ref_dat_struct& row) {
     if (row.tex_id) {
         glDeleteTextures(1, &row.tex_id);
@@ -50,6 +54,7 @@ void drop_texture(tman_class::ref_dat_struct& row) {
 
 unsigned hash_of(const std::string& name) {
     unsigned h = 0;
+    // Signed on every machine, so that the same name gives the same number everywhere.
     for (const char c : name)
         h = h * 5 + static_cast<unsigned>(static_cast<signed char>(c));
     return h;
@@ -124,6 +129,7 @@ int tman_class::place_for(int manual_ref) {
 int tman_class::load_texture(int fail_mode, int manual_ref, int flags, int load_time, const std::string& name) {
     if (name.empty()) return 0;
     const table_lock lock;
+    // A file that is known is shared. Scratch pixels are new each time, whatever their name.
     if (load_time != load_now && !is_scratch_name(name)) {
         if (const int ref = shared_ref(name)) {
             if (row_of(ref).use_count >= 0) ++row_of(ref).use_count;
@@ -131,6 +137,7 @@ int tman_class::load_texture(int fail_mode, int manual_ref, int flags, int load_
             return ref;
         }
     }
+    // A row of its own, which forgets what it held before; the texture on the card is written over.
     check_arguments(manual_ref, flags, load_time, name);
     const int ref = place_for(manual_ref);
     enter_name(ref, name);
@@ -156,6 +163,7 @@ int tman_class::load_texture_int(int ref) {
     load.flags = row.flags;
     load.name = row.name;
     if (!load_texture_io(load)) {
+        // Not tried again in every frame.
         row.load_state = load_never;
         row.miss_told = true;
         fail_of(row.fail_mode).failed |= !fail_of(row.fail_mode).muted;
@@ -167,6 +175,7 @@ int tman_class::load_texture_int(int ref) {
         xer << "WARNING: we are missing the texture: " << row.name << ".\n";
         return 0;
     }
+    // `width` is the picture's own size; `tex_width` the texture's, in whose low corner it stands.
     row.width = static_cast<float>(load.desc.width);
     row.height = static_cast<float>(load.desc.height);
     TEX_get_scale(load);
@@ -174,6 +183,7 @@ int tman_class::load_texture_int(int ref) {
     row.tex_width = static_cast<float>(load.tex_dx);
     row.tex_height = static_cast<float>(load.tex_dy);
     row.byte_count = load.tex_dx * load.tex_dy * tex_bytes_per_pixel(row.flags);
+    // A quarter and a quarter of that and so on: a third.
     if (row.flags & tex_mipmap) row.byte_count += row.byte_count / 3;
     row.load_state = load_now;
     if ((row.flags & tex_keep_scratch) && load.pixels && load.pixels != scratch_array) {

@@ -16,6 +16,7 @@ static const char* const here = "HLutils/OOPS_cpp/tman";
 
 namespace {
 
+// OpenGL's numbers for each format of the flags word; `bytes` of a pixel in memory.
 struct format_row {
     int flag;  // in the low three bits
     int format, bytes;
@@ -78,6 +79,7 @@ void move_to_temp(tex_load_vars& load) {
 // The share of the full size that is wanted: a power of two, at most 1, as nothing is ever enlarged.
 double wanted_scale(const tex_load_vars& load) {
     if ((load.flags & tex_full) || load.fail_mode == fail_is_fatal) return 1;
+    // Quality 5 is the whole, each step below it half as much.
     double scale = 1.0 / (1 << (5 - std::clamp(mnw.tex_quality, 0, 5)));
     if (load.flags & tex_double) scale *= 2;
     if (load.flags & tex_half) scale /= 2;
@@ -138,6 +140,7 @@ int load_texture_io(tex_load_vars& load) {
 }
 
 void TEX_get_scale(tex_load_vars& load) {
+    // As wanted, but no side below a pixel, and none beyond what the card takes.
     double scale = wanted_scale(load);
     const int shorter = std::min(load.desc.width, load.desc.height);
     const int longer = std::max(load.desc.width, load.desc.height);
@@ -145,11 +148,13 @@ void TEX_get_scale(tex_load_vars& load) {
         scale *= 2;
     while (longer * scale > glExt.max_texture_size)
         scale /= 2;
+    // The scale is a power of two, so the factor is whole.
     if (const int factor = static_cast<int>(1 / scale); factor > 1 && load.pixels) {
         move_to_temp(load);
         TEX_downscale(load.desc, load.pixels, factor, factor);
     }
     check_dxy(load.desc.width, load.desc.height, load.name);
+    // Old cards take sides of powers of two alone.
     const bool any_size = (load.flags & tex_any_size) != 0;
     load.tex_dx = any_size ? load.desc.width : rounded_up(load.desc.width);
     load.tex_dy = any_size ? load.desc.height : rounded_up(load.desc.height);

@@ -82,6 +82,7 @@ int tex_bmp_from_map(const std::string& path, const xmap_class& file, TEX_image_
     }
     const std::int64_t rows = std::abs(header.height);
     if (header.width < 1 || header.width > tex_max_side || rows < 1 || rows > tex_max_side) return 0;
+    // In 64 bits: a header may claim what it likes. The file has to hold every row, and the image has to be bearable.
     const std::int64_t stride = (header.width * 3 + 3) & ~std::int64_t{3};
     if (header.data_offset + stride * rows > file.length()) return 0;
     const TEX_image_desc made = {format, static_cast<int>(header.width), static_cast<int>(rows), 0, 0};

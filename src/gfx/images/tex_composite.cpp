@@ -49,6 +49,7 @@ unsigned char to_byte(float value) {
     return static_cast<unsigned char>(std::clamp(value + 0.5f, 0.0f, 255.0f));
 }
 
+// `over` onto what is there. Both may be partly clear: the colours count by their share of what covers the pixel.
 void blend(const tex_layout& layout, unsigned char* to, const sample& over, float alpha) {
     if (over.a <= 0 || alpha <= 0) return;
     const tex_pixel under = tex_get(layout, to);
@@ -88,6 +89,7 @@ void TEX_composite(const TEX_image_desc& in_desc, const unsigned char* in, const
     const auto source_place = [](std::int64_t i, int from_side, int to_side) {
         return (static_cast<float>(i) + 0.5f) * static_cast<float>(from_side) / static_cast<float>(to_side) - 0.5f;
     };
+    // `to` may lie anywhere and be of any size, so its end is counted in 64 bits.
     const std::int64_t end_x = std::min<std::int64_t>(out_desc.width, std::int64_t{to.x} + to.dx);
     const std::int64_t end_y = std::min<std::int64_t>(out_desc.height, std::int64_t{to.y} + to.dy);
     for (int y = std::max(0, to.y); y < end_y; ++y) {

@@ -43,6 +43,7 @@ struct four_cc {
     char name[5];
     int format;
 };
+// Read by the first that fits: the file does not tell whether DXT1 has its clear colour, so it may have it.
 constexpr four_cc four_ccs[] = {
     {"DXT1", tex_format_dxt1}, {"DXT3", tex_format_dxt3}, {"DXT5", tex_format_dxt5}, {"DXT1", tex_format_dxt1_rgb}};
 
@@ -92,6 +93,7 @@ int TEX_load_dds(const std::string& path, xmap_class& file, TEX_image_desc& desc
                            0};
     made.mipmaps = read_mipmaps(bytes, made);
     const std::size_t needed = TEX_bytes_needed_for_image(made);
+    // Every block that is promised has to be there.
     if (needed == 0 || needed > static_cast<std::size_t>(file.length()) - data_offset) return 0;
     desc = made;
     *data = bytes + data_offset;
@@ -107,6 +109,7 @@ int TEX_save_dds(const std::string& path, const TEX_image_desc& desc, const unsi
     if (!format_name || bytes == 0) return 0;
     std::vector<unsigned char> image = header_of(desc, format_name);
     image.insert(image.end(), pixels, pixels + bytes);
+    // Ours run from the bottom, the file from the top.
     TEX_flip_y(desc, image.data() + data_offset);
 
     const std::string full = app_path + path;

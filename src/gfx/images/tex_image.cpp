@@ -50,6 +50,7 @@ void tex_put(const tex_layout& layout, unsigned char* to, const tex_pixel& pixel
     if (layout.a >= 0) to[layout.a] = pixel.a;
 }
 
+// Where one level lies. Plain rows have their pad; blocks have none, and a part of a block takes a whole one.
 static tex_level level_of(const TEX_image_desc& desc, int width, int height, std::size_t offset) {
     const auto rows = static_cast<std::size_t>(height);
     if (const tex_layout* layout = tex_layout_of(desc.format)) {
@@ -81,6 +82,7 @@ std::size_t TEX_bytes_needed_for_image(const TEX_image_desc& desc) {
 
 void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels) {
     for (const tex_level& level : tex_levels(desc)) {
+        // Rows of pixels, or of blocks, from both ends towards the middle.
         unsigned char* low = pixels + level.offset;
         unsigned char* high = low + level.stride * (level.strides - 1);
         for (; low < high; low += level.stride, high -= level.stride)
@@ -109,6 +111,7 @@ void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int x_factor, in
     const tex_layout* layout = tex_layout_of(desc.format);
     const std::vector<tex_level> levels = tex_levels(desc);
     if (!layout || levels.empty()) return;
+    // No side falls below a pixel.
     while (x_factor > desc.width)
         x_factor /= 2;
     while (y_factor > desc.height)

@@ -9,6 +9,7 @@ int TEX_load_any(const std::string& path, TEX_image_desc& desc, int format, std:
     xmap_class file;
     const unsigned char* bytes = file.retry(path);
     if (!bytes || file.length() < 8) return 0;
+    // What a file is stands in its first bytes; its name may lie.
     if (bytes[0] == 'B' && bytes[1] == 'M') return tex_bmp_from_map(path, file, desc, format, pixels);
     if (png_sig_cmp(bytes, 0, 8) == 0) return tex_png_from_map(path, file, desc, format, pixels);
     return 0;
