@@ -1,6 +1,9 @@
 #include "app/dest.h"
 
+#include <unistd.h>
+
 #include <array>
+#include <climits>
 #include <vector>
 
 #include "engine/stg.h"
@@ -13,6 +16,16 @@ static int no_chooser(const std::string&, const std::string&, const std::string&
 }
 
 folder_chooser choose_folder = no_chooser;
+
+std::string folder_argument(const std::string& text) {
+    std::string path = text;
+    char here[PATH_MAX];
+    if (!path.starts_with('/') && getcwd(here, sizeof here)) path = std::string(here) + "/" + path;
+    while (path.ends_with("//"))
+        path.pop_back();
+    if (!path.ends_with('/')) path += '/';
+    return path;
+}
 
 static std::string without_last_component(const std::string& path) {
     std::string parent;

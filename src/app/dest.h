@@ -10,6 +10,9 @@ typedef int (*folder_chooser)(const std::string& message, const std::string& act
                               std::string& chosen);
 extern folder_chooser choose_folder;  // by default a cancel
 
+// A folder as the user names it, from the current folder where it is relative, and with one "/" at its end.
+std::string folder_argument(const std::string& text);
+
 // "Velaris/" below the root of the volume that holds the user's folder where that can be written, else below that folder.
 std::string default_destination();
 

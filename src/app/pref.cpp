@@ -1,5 +1,7 @@
 #include "app/pref.h"
 
+#include <algorithm>
+#include <span>
 #include <string>
 
 #include "engine/stg.h"
@@ -19,43 +21,46 @@ static std::string set_path(int set) {
     return folder.empty() ? folder : folder + "Velaris Installer.prf";
 }
 
-static void io_display(scan_class& file, display_prefs_t& d) {
-    if (file.io_dir == scan_write) {
-        d.prefs_found = 1;
-        d.x_res_req_ALL = d.window_dx;
-        d.y_res_req_ALL = d.window_dy;
-    }
-    file.int_io(&d.x_res_req_PLN, "_x_res_req_PLN");
-    file.int_io(&d.y_res_req_PLN, "_y_res_req_PLN");
-    file.int_io(&d.x_res_req_WRL, "_x_res_req_WRL");
-    file.int_io(&d.y_res_req_WRL, "_y_res_req_WRL");
-    file.int_io(&d.x_res_req_ALL, "_x_res_req_ALL");
-    file.int_io(&d.y_res_req_ALL, "_y_res_req_ALL");
-    if (file.io_dir == scan_read) {
-        d.window_dx = d.x_res_req_ALL;
-        d.window_dy = d.y_res_req_ALL;
-    }
-    file.int_io(&d.col_res_req, "_col_res_req");
-    file.int_io(&d.set_res, "_set_res");
-    file.int_io(&d.lang, "_lang");
-    file.int_io(&d.alias_req, "_alias_req");
-    file.int_io(&d.keylist_up, "_keylist_up");
-    file.int_io(&d.sec_mon_inuse, "_sec_mon_inuse");
-    file.int_io(&d.prefs_found, "_prefs_found");
-    if (d.x_res_req_ALL < 600 || d.x_res_req_ALL > 9999) d.x_res_req_ALL = 1024;
-    if (d.y_res_req_ALL < 600 || d.y_res_req_ALL > 9999) d.y_res_req_ALL = 768;
+// A setting by its key in the file: a number or a text.
+struct setting {
+    const char* key;
+    int* number;
+    std::string* text;
+};
+
+static const setting display_settings[] = {
+    {"_x_res_req_PLN", &display_prefs.x_res_req_PLN, nullptr},
+    {"_y_res_req_PLN", &display_prefs.y_res_req_PLN, nullptr},
+    {"_x_res_req_WRL", &display_prefs.x_res_req_WRL, nullptr},
+    {"_y_res_req_WRL", &display_prefs.y_res_req_WRL, nullptr},
+    {"_x_res_req_ALL", &display_prefs.x_res_req_ALL, nullptr},
+    {"_y_res_req_ALL", &display_prefs.y_res_req_ALL, nullptr},
+    {"_col_res_req", &display_prefs.col_res_req, nullptr},
+    {"_set_res", &display_prefs.set_res, nullptr},
+    {"_lang", &display_prefs.lang, nullptr},
+    {"_alias_req", &display_prefs.alias_req, nullptr},
+    {"_keylist_up", &display_prefs.keylist_up, nullptr},
+    {"_sec_mon_inuse", &display_prefs.sec_mon_inuse, nullptr},
+    {"_prefs_found", &display_prefs.prefs_found, nullptr},
+};
+
+static const setting installer_settings[] = {
+    {"_use_max_cpu", &stg.use_max_cpu, nullptr},       {"_rename_folder", &stg.rename_folder, nullptr},
+    {"_stream_count", &stg.stream_count, nullptr},     {"_log_actions", &stg.log_actions, nullptr},
+    {"_always_ask_dir", &stg.always_ask_dir, nullptr}, {"_dest_dir_path", nullptr, &dest_dir_path},
+    {"_proxy_host", nullptr, &proxy.proxy_host},       {"_proxy_port", nullptr, &proxy.proxy_port_str},
+    {"_proxy_port_int", &proxy.proxy_port, nullptr},
+};
+
+static std::span<const setting> settings_of(int set) {
+    if (set == pref_display) return display_settings;
+    return installer_settings;
 }
 
-static void io_installer(scan_class& file) {
-    file.int_io(&stg.use_max_cpu, "_use_max_cpu");
-    file.int_io(&stg.rename_folder, "_rename_folder");
-    file.int_io(&stg.stream_count, "_stream_count");
-    file.int_io(&stg.log_actions, "_log_actions");
-    file.int_io(&stg.always_ask_dir, "_always_ask_dir");
-    file.str_io(&dest_dir_path, "_dest_dir_path");
-    file.str_io(&proxy.proxy_host, "_proxy_host");
-    file.str_io(&proxy.proxy_port_str, "_proxy_port");
-    file.int_io(&proxy.proxy_port, "_proxy_port_int");
+bool pref_class::has_setting(const std::string& key) const {
+    const auto named = [&](const setting& one) { return one.key == key; };
+    return std::any_of(std::begin(display_settings), std::end(display_settings), named) ||
+           std::any_of(std::begin(installer_settings), std::end(installer_settings), named);
 }
 
 void pref_class::IO_set(int set, int dir) {
@@ -71,8 +76,21 @@ void pref_class::IO_set(int set, int dir) {
         return;
     }
     scan_class file(path, dir);
-    if (set == pref_display)
-        io_display(file, display_prefs);
-    else
-        io_installer(file);
+    display_prefs_t& d = display_prefs;
+    if (set == pref_display && dir == scan_write) {
+        d.prefs_found = 1;
+        d.x_res_req_ALL = d.window_dx;
+        d.y_res_req_ALL = d.window_dy;
+    }
+    for (const setting& one : settings_of(set)) {
+        if (one.number) file.int_io(one.number, one.key);
+        if (one.text) file.str_io(one.text, one.key);
+    }
+    if (set != pref_display) return;
+    if (dir == scan_read) {
+        d.window_dx = d.x_res_req_ALL;
+        d.window_dy = d.y_res_req_ALL;
+    }
+    if (d.x_res_req_ALL < 600 || d.x_res_req_ALL > 9999) d.x_res_req_ALL = 1024;
+    if (d.y_res_req_ALL < 600 || d.y_res_req_ALL > 9999) d.y_res_req_ALL = 768;
 }

@@ -1,8 +1,11 @@
-// pref.h: every setting of every floor, named once: the same sequence of calls reads them all or writes them all.
+// pref.h: every setting of every floor, named once: one table reads them all, writes them all, and tells what a --pref:
+// option may name.
 // Set 11 is the installer's own, "Velaris Installer.prf" in the user's preferences folder. Set 10 are the display
 // settings that a family of programs shares; the installer carries their form.
 // Errors: a missing or bad file leaves the defaults; one that cannot be written shows the alert of ouf_open.
 #pragma once
+
+#include <string>
 
 enum { pref_display = 10, pref_installer = 11 };
 
@@ -24,7 +27,8 @@ extern display_prefs_t display_prefs;
 
 class pref_class {
   public:
-    void IO_set(int set, int dir);  // dir: scan_read or scan_write
+    void IO_set(int set, int dir);                   // dir: scan_read or scan_write
+    bool has_setting(const std::string& key) const;  // of either set
     void IO_sta(int set, int dir) { IO_set(set, dir); }
 };
 extern pref_class pref;

@@ -1,27 +1,13 @@
 #include "app/start.h"
 
-#include <unistd.h>
-
-#include <climits>
-#include <cstring>
-
 #include "app/dest.h"
+#include "app/options.h"
 #include "app/pref.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
 #include "files/scan.h"
 #include "platform/folders.h"
 #include "runtime/log.h"
-
-// The folder as the user sees it: from the current folder where it is relative, and with its "/".
-static std::string folder_argument(const char* text) {
-    std::string path = text;
-    if (path.empty()) return path;
-    char here[PATH_MAX];
-    if (path[0] != '/' && getcwd(here, sizeof here)) path = std::string(here) + "/" + path;
-    if (path.back() != '/') path += "/";
-    return path;
-}
 
 void app_start(int argc, char* const* argv) {
     // For whoever reads the log: where things lie on this machine.
@@ -44,8 +30,10 @@ void app_start(int argc, char* const* argv) {
     xer << "dest_dir_path=" << dest_dir_path << '\n';
     flow_start();
     pref.IO_set(pref_installer, scan_read);
-    if (argc > 2 && std::strcmp(argv[1], "-path") == 0)
-        dest_dir_path = folder_argument(argv[2]);
+    // A person's own hand may have written it, in the file or behind --pref:.
+    if (!dest_dir_path.empty()) dest_dir_path = folder_argument(dest_dir_path);
+    if (const std::string named = path_option(argc, argv); !named.empty())
+        dest_dir_path = named;
     else if (stg.always_ask_dir)
         pick_dest_path();
 }

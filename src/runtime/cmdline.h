@@ -12,6 +12,7 @@ class UTL_cmdline {
     bool has_option(const std::string& name) const;
     std::string get_option(const std::string& name) const;  // empty when absent or without a value
     void clear() { options.clear(); }
+    void forget(const std::string& name) { options.erase(name); }
 
   private:
     void init_common() const;

@@ -2,10 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <regex>
+#include <set>
 #include <tuple>
 
+#include "app/builder/settings.h"
 #include "app/console/options.h"
 #include "app/dest.h"
+#include "app/options.h"
 #include "app/pref.h"
 #include "app/start.h"
 #include "engine/stg.h"
@@ -40,7 +45,9 @@ class Settings : public ::testing::Test {
         arguments(std::move(words));
         std::string problem;
         console_options options;
-        const bool usable = read_console_options(argc(), argv.data(), false, options, problem);
+        const auto wrong = wrong_options(argc(), argv.data(), installer_options);
+        if (!wrong.empty()) return wrong.front().problem;
+        const bool usable = read_console_options(false, options, problem);
         EXPECT_EQ(usable, problem.empty());
         return problem;
     }
@@ -64,7 +71,7 @@ TEST_F(Settings, WhatIsWrittenIsReadBackAndTheCommandLineWins) {
     dest_dir_path = proxy.proxy_host = proxy.proxy_port_str = "";
     pref.IO_set(pref_installer, scan_read);
     EXPECT_TRUE(all() == wanted);
-    arguments({"--pref:_stream_count=4", "--pref:_log_actions"});
+    arguments({"--pref:_stream_count=4", "--pref:_log_actions=0"});
     pref.IO_set(pref_installer, scan_read);
     EXPECT_EQ(stg.stream_count, 4);
     EXPECT_EQ(stg.log_actions, 0);
@@ -91,25 +98,76 @@ TEST_F(Settings, StartTakesTheFolderFromTheArgumentAndGivesItItsSlash) {
     arguments({"-path", "/there/my copy"});
     app_start(argc(), argv.data());
     EXPECT_EQ(dest_dir_path, "/there/my copy/");
-    arguments({"-path", "here"});
+    arguments({"-path", "here//"});
     app_start(argc(), argv.data());
     EXPECT_TRUE(dest_dir_path.starts_with("/") && dest_dir_path.ends_with("/here/")) << dest_dir_path;
+    arguments({"--pref:_dest_dir_path=/x/y"});
+    app_start(argc(), argv.data());
+    EXPECT_EQ(dest_dir_path, "/x/y/");
 }
 
 TEST_F(Settings, WrongUsageIsNamedInOneLine) {
     const struct {
         std::vector<std::string> words;
-        const char* names;
-    } wrong[] = {
-        {{"--changed=maybe"}, "maybe"},         {{"--changed=ask"}, "terminal"},
-        {{"--give_up=soon"}, "soon"},           {{"--give_up=inf"}, "inf"},
-        {{"--target_os"}, "--target_os"},       {{"--list_host=h:65536"}, "h:65536"},
-        {{"--list_host=http://h"}, "http://h"}, {{"--console", "-path", "/x"}, "-path"},
+        const char* names;  // "" where the words are right
+    } lines[] = {
+        {{"--changed=maybe"}, "maybe"},
+        {{"--changed=ask"}, "terminal"},
+        {{"--give_up=soon"}, "soon"},
+        {{"--give_up=inf"}, "inf"},
+        {{"--list_host=h:65536"}, "h:65536"},
+        {{"--list_host=http://h"}, "http://h"},
+        {{"--console", "-path", "/x"}, "-path FOLDER must stand before"},
         {{"-path", "--console"}, "--console"},
+        {{"-path"}, "-path wants a folder"},
+        {{"-path", "/a\nb"}, "'/a?b'"},
+        {{"--chekc"}, "did you mean --check?"},
+        {{"-console"}, "did you mean --console?"},
+        {{"--use_sprite"}, "did you mean --use_sprites?"},
+        {{"--bird=1"}, "I do not know the option '--bird'"},
+        {{"\x1b[2J"}, "'?[2J'"},
+        {{"--check=1"}, "--check takes no value"},
+        {{"--no_vbos="}, "--no_vbos takes no value"},
+        {{"--target_os"}, "--target_os wants a value: --target_os=1|2|3"},
+        {{"--fps_test="}, "--fps_test=n"},
+        {{"--pref:_stream_cuont=2"}, "'_stream_cuont'"},
+        {{"--pref:_stream_count"}, "--pref:_stream_count=VALUE"},
+        {{"--pref:_dest_dir_path=/a\r"}, "line end"},
+        {{"-path", "a b", "--console", "--pref:_lang=1", "--use_fprogs", "--fps_test=102", "--no_sound", "-h"}, ""},
     };
-    for (const auto& w : wrong) {
-        const std::string problem = problem_with(w.words);
-        EXPECT_NE(problem.find(w.names), std::string::npos) << w.words[0] << ": " << problem;
+    for (const auto& line : lines) {
+        const std::string problem = problem_with(line.words);
+        EXPECT_EQ(problem.empty(), *line.names == '\0') << line.words[0] << ": " << problem;
+        EXPECT_NE(problem.find(line.names), std::string::npos) << line.words[0] << ": " << problem;
+    }
+}
+
+// An option that is told and not read does nothing; one that is read and not told is refused.
+TEST(Options, WhatHelpTellsIsWhatIsRead) {
+    std::set<std::string> read;
+    std::string all;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(VELARIS_ROOT_DIR "/src")) {
+        if (entry.path().extension() != ".cpp") continue;
+        const std::string text = scratch::read(entry.path());
+        const std::regex reads(
+            "(has_option|get_option|stands_in|setting|read_folder|read_path)\\([^\")]*\"(-[^\"]+)\"");
+        for (std::sregex_iterator at(text.begin(), text.end(), reads), end; at != end; ++at)
+            read.insert((*at)[2]);
+    }
+    EXPECT_GT(read.size(), 20u);
+    std::set<std::string> told = {"-path", "--pref:KEY", "--console"};  // read in other ways
+    for (const option_table* table : {&installer_options, &builder_options})
+        for (const option_row& row : table->rows) {
+            EXPECT_TRUE(told.contains(row.name) || read.contains(row.name)) << row.name << " is told and not read";
+            EXPECT_NE(usage_text(*table).find("\n" + std::string(row.name)), std::string::npos);
+            told.insert(row.name);
+        }
+    for (const std::string& name : read) {
+        std::string argument = name;
+        char* argv[] = {argument.data(), argument.data(), nullptr};
+        const auto wrong = wrong_options(2, argv, installer_options);
+        const bool known = wrong.empty() || wrong[0].problem.find("do not know") == std::string::npos;
+        EXPECT_TRUE(known || told.contains(name)) << name << " is read and not told";
     }
 }
 

@@ -45,8 +45,21 @@ class ConsoleTest(installer.Scene):
         self.assertEqual(outcome.err, "")
         self.assert_same(before)
         nowhere = os.path.join(self.folder, "not there")
-        self.run_installer("--check", "--quiet", dest=nowhere)
+        with open("/dev/full", "wb") as full:
+            outcome = self.run_installer("--check", "--quiet", dest=nowhere, stdout=full)
+        self.assertEqual((outcome.status, outcome.err.count("\n")), (1, 1), outcome)
+        self.assertIn("standard output", outcome.err)
         self.assertFalse(os.path.exists(nowhere))
+        self.assertEqual(os.listdir(os.path.join(self.desk.config, "velaris")), [], "no preferences either")
+
+    def test_nothing_to_do_asks_for_no_agreement(self):
+        self.install("--changed=keep", "--pref:_rename_folder=0", "--give_up=3000000")
+        before = folders.snapshot(self.dest)
+        outcome = self.run_installer("--changed=keep")
+        self.assertEqual((outcome.status, outcome.err), (0, ""), outcome)
+        self.assertIn("Nothing is to be done", outcome.out)
+        self.assertNotIn("installing", outcome.out)
+        self.assert_same(before)
 
     def test_json_is_whole_for_every_way_a_run_can_end(self):
         forms = {"status": {"text": str}, "offer": {"name": str, "download_kb": int, "install_kb": int},
@@ -112,7 +125,7 @@ class ConsoleTest(installer.Scene):
 
     def test_wrong_value_is_wrong_usage_before_anything_is_done(self):
         before, asked = folders.snapshot(self.dest), len(self.server.requests())
-        for option in ("--changed=ask", "--give_up=soon", "--target_os=4", "--list_host=127.0.0.1:0"):
+        for option in ("--changed=ask", "--give_up=soon", "--target_os=4", "--list_host=127.0.0.1:0", "--chekc"):
             with self.subTest(option=option):
                 outcome = self.run_installer("--agree", option)
                 self.assertEqual((outcome.status, outcome.out, outcome.err.count("\n")), (2, "", 1), outcome)

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/console/options.h"
+#include "app/options.h"
 #include "app/pref.h"
 #include "engine/stg.h"
 #include "files/scan.h"
@@ -13,9 +14,12 @@
 #include "support/scratch.h"
 
 static void check_options(int argc, char* const* argv, bool on_terminal) {
+    for (const wrong_option& wrong : wrong_options(argc, argv, installer_options))
+        must(!wrong.problem.empty() && wrong.problem.find('\n') == std::string::npos,
+             "what is wrong is told in one line");
     console_options options;
     std::string problem;
-    if (!read_console_options(argc, argv, on_terminal, options, problem)) {
+    if (!read_console_options(on_terminal, options, problem)) {
         must(!problem.empty() && problem.find('\n') == std::string::npos, "wrong usage is told in one line");
         return;
     }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "app/exit_status.h"
 #include "app/progress_line.h"
 #include "builder/report.h"
 #include "engine/front.h"
@@ -53,7 +54,7 @@ void show_alert(const exce_class& alert, const std::string& place, int) {
 }
 
 void leave(int status) {
-    std::exit(face.interrupted ? 130 : status);
+    std::exit(face.interrupted ? status_signal + interrupt_requested() : status);
 }
 
 }  // namespace

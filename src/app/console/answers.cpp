@@ -8,6 +8,7 @@
 
 #include "app/console/output.h"
 #include "app/dest.h"
+#include "app/exit_status.h"
 #include "app/words.h"
 #include "engine/flow.h"
 #include "engine/front.h"
@@ -92,7 +93,7 @@ static void scan_progress(float lo, float value, float hi, scan_phase phase, con
     if (!interrupt_requested()) return;
     flow_quit();
     MACIBM_finishup(1);
-    alert_front.leave(130);
+    alert_front.leave(status_signal + interrupt_requested());
 }
 
 static int typed_folder(const std::string& message, const std::string&, const std::string& start, std::string& chosen) {

@@ -12,6 +12,7 @@
 #include "app/options.h"
 #include "app/pref.h"
 #include "app/start.h"
+#include "engine/choose.h"
 #include "engine/directory.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
@@ -37,8 +38,9 @@ struct run_t {
     console_options options;
     double last_failure_said = -1;
     std::string failure_said;
-    double last_finish = 0;  // when something was last finished, for --give_up
-    int seen_finish = -1;    // a number that moves whenever something is finished
+    double last_finish = 0;   // when something was last finished, for --give_up
+    int seen_finish = -1;     // a number that moves whenever something is finished
+    std::string destination;  // as it was when the install began
 };
 
 void end_process(int status) {
@@ -71,13 +73,29 @@ after_pass work_on_files(run_t& run) {
     return streams_wait_for_data() ? after_pass::wait_for_data : after_pass::go_on;
 }
 
-int start_install(const run_t& run) {
+// Says so where no file is to be fetched, deleted or asked about. Kilobytes do not tell: small files count none.
+bool nothing_to_do(const console_options& options) {
+    bool has_changed_files = false;
+    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+        const verdict decided = decide_file(file);
+        if (decided == verdict::ask && options.changed == changed_files::keep)
+            has_changed_files = true;
+        else if (decided != verdict::leave)
+            return false;
+    }
+    if (has_changed_files) console_sentence({"Nothing is to be done: all that differs are files that you changed."});
+    return true;
+}
+
+int start_install(run_t& run) {
     console_offer();
     if (run.options.check) {
         console_plan();
         return status_complete;
     }
+    if (nothing_to_do(run.options)) return status_complete;
     if (!flow_install_is_live()) return status_failed;
+    run.destination = dest_dir_path;
     flow_install();
     if (interrupt_requested()) return still_running;
     if (flow.busy) return status_busy;
@@ -118,6 +136,8 @@ int pass(run_t& run, after_pass& after) {
     if (stg.install_state != install_over) return still_running;
     console_install_progress(true);
     console_flow_sentences();
+    // The folder may have been renamed to the release.
+    if (dest_dir_path != run.destination) console_sentence({"The folder is now " + dest_dir_path});
     return stg.install_failed ? status_failed : status_complete;
 }
 
@@ -135,7 +155,7 @@ void wait_for(const run_t& run, after_pass after) {
     int ms = longest_wait_ms;
     if (run.options.give_up_seconds > 0) {
         const double left = run.options.give_up_seconds - (xtim_class::seconds() - run.last_finish);
-        ms = std::clamp(static_cast<int>(left * 1000) + 1, 1, ms);
+        ms = static_cast<int>(std::clamp(left * 1000 + 1, 1.0, static_cast<double>(ms)));
     }
     http.wait(ms, interrupt_wake_fd());
 }
@@ -146,7 +166,7 @@ int run_flow(run_t& run) {
         THREAD_check_exception(1);
         if (interrupt_requested()) {
             flow_quit();
-            return status_interrupted;
+            return status_signal + interrupt_requested();
         }
         after_pass after{};
         const int status = pass(run, after);
@@ -165,15 +185,23 @@ int run_flow(run_t& run) {
 }  // namespace
 
 int console_main(int argc, char* const* argv) {
-    cmdline_own_usage = installer_usage;
+    run_t run;
+    // A misspelled option must not install: this comes before anything else, the log included.
+    if (const auto wrong = wrong_options(argc, argv, installer_options); !wrong.empty() && !only_informs(argc, argv)) {
+        run.options.json = stands_in(argc, argv, "--json");
+        console_open(run.options);
+        console_problem(wrong.front().problem);
+        console_end(status_usage);
+        return status_usage;
+    }
+    const std::string usage = usage_text(installer_options);
+    cmdline_own_usage = usage.c_str();
     alert_front.leave = end_process;
     alert_front.show = console_alert;
-    alert_front.save_settings = [] { pref.IO_set(pref_installer, scan_write); };
     runtime_start(argc, argv);
 
-    run_t run;
     std::string problem;
-    const bool usable = read_console_options(argc, argv, isatty(STDIN_FILENO) != 0, run.options, problem);
+    const bool usable = read_console_options(isatty(STDIN_FILENO) != 0, run.options, problem);
     console_open(run.options);
     if (!usable) {
         console_problem(problem);
@@ -181,6 +209,7 @@ int console_main(int argc, char* const* argv) {
         console_end(status_usage);
         return status_usage;
     }
+    if (!run.options.check) alert_front.save_settings = [] { pref.IO_set(pref_installer, scan_write); };
     console_answers_install(run.options);
     catch_interrupts();
     THREAD_make_workers();
@@ -188,8 +217,13 @@ int console_main(int argc, char* const* argv) {
     stg.target_os = run.options.target_os;
     flow.list_host = run.options.list_host;
 
-    const int status = run_flow(run);
+    int status = run_flow(run);
     MACIBM_finishup(1);
+    // What --check and --json print is what they are for.
+    if (status == status_complete && (run.options.check || run.options.json) && !console_output_arrived()) {
+        console_problem("I could not write everything that I found to standard output.");
+        status = status_failed;
+    }
     console_end(status);
     return status;
 }

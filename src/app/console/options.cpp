@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 #include "app/options.h"
 #include "engine/stg.h"
@@ -37,27 +36,12 @@ static bool read_give_up(double& seconds, std::string& problem) {
     return false;
 }
 
-// "-path" means something only where it stands first; anywhere else the run would quietly go to another folder.
-static bool check_path_option(int argc, char* const* argv, std::string& problem) {
-    if (!cmdline.has_option("-path")) return true;
-    if (argc <= 2 && std::strcmp(argv[1], "-path") == 0) return true;
-    if (std::strcmp(argv[1], "-path") != 0)
-        problem = "-path FOLDER must stand before all other options";
-    else if (std::strncmp(argv[2], "--", 2) == 0)
-        problem = std::string("-path wants a folder behind it, and not '") + argv[2] + "'";
-    else if (argv[2][0] == '\0')
-        problem = "-path wants a folder behind it, and not an empty name";
-    return problem.empty();
-}
-
-bool read_console_options(int argc, char* const* argv, bool on_terminal, console_options& options,
-                          std::string& problem) {
+bool read_console_options(bool on_terminal, console_options& options, std::string& problem) {
     options.agree = cmdline.has_option("--agree");
     options.check = cmdline.has_option("--check");
     options.quiet = cmdline.has_option("--quiet");
     options.json = cmdline.has_option("--json");
     options.target_os = platform_os;
-    return check_path_option(argc, argv, problem) && read_changed(on_terminal, options.changed, problem) &&
-           read_give_up(options.give_up_seconds, problem) && list_host_option(options.list_host, problem) &&
-           target_os_option(options.target_os, problem);
+    return read_changed(on_terminal, options.changed, problem) && read_give_up(options.give_up_seconds, problem) &&
+           list_host_option(options.list_host, problem) && target_os_option(options.target_os, problem);
 }

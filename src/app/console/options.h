@@ -17,5 +17,4 @@ struct console_options {
 };
 
 // Reads the options, with their defaults for a terminal or none. False on wrong usage; `problem` is one plain sentence.
-bool read_console_options(int argc, char* const* argv, bool on_terminal, console_options& options,
-                          std::string& problem);
+bool read_console_options(bool on_terminal, console_options& options, std::string& problem);

@@ -267,6 +267,10 @@ void console_problem(const std::string& text) {
     std::fflush(stderr);
 }
 
+bool console_output_arrived() {
+    return std::fflush(stdout) == 0 && !std::ferror(stdout);
+}
+
 void console_end(int status) {
     if (output.ended) return;
     output.ended = true;

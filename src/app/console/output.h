@@ -21,5 +21,6 @@ void console_file(int action, const std::string& path, int result);
 void console_alert(const exce_class& alert, const std::string& place, int next_window);
 void console_problem(const std::string& text);  // one plain line to standard error
 
+bool console_output_arrived();  // false when something could not be written to standard output
 // Closes the run's output, in JSON with the end event. Only the first call counts.
 void console_end(int status);

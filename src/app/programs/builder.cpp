@@ -3,10 +3,10 @@
 #include <string>
 
 #include "app/builder/console.h"
+#include "app/builder/settings.h"
 #include "app/exit_status.h"
 #include "builder/build.h"
 #include "builder/region.h"
-#include "builder/settings.h"
 #include "engine/stg.h"
 #include "platform/folder_lock.h"
 #include "platform/interrupt.h"
@@ -14,12 +14,14 @@
 #include "runtime/oops.h"
 #include "runtime/startup.h"
 
-static int run(int argc, char** argv) {
+static int wrong_usage(const std::string& problem) {
+    builder_problem("velaris-builder: " + problem + " (--help tells more)");
+    return status_usage;
+}
+
+static int run() {
     std::string complaint;
-    if (!read_builder_settings(argc, argv, complaint)) {
-        builder_problem("velaris-builder: " + complaint + " (--help tells more)");
-        return status_usage;
-    }
+    if (!read_builder_settings(complaint)) return wrong_usage(complaint);
     // A second run would sweep away what the first one has half done.
     if (lock_folder(build.dst_fold_base) == folder_lock_result::busy) {
         builder_problem("velaris-builder: another run is at work on " + build.dst_fold_base);
@@ -38,9 +40,13 @@ static int run(int argc, char** argv) {
 }
 
 int main(int argc, char** argv) {
-    cmdline_own_usage = builder_usage;
+    // A misspelled option would be without effect, which in a release is found out too late.
+    if (const auto wrong = wrong_options(argc, argv, builder_options); !wrong.empty() && !only_informs(argc, argv))
+        return wrong_usage(wrong.front().problem);
+    const std::string usage = usage_text(builder_options);
+    cmdline_own_usage = usage.c_str();
     runtime_start(argc, argv);
-    const int status = run(argc, argv);
+    const int status = run();
     MACIBM_finishup(1);
     return status;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "app/dest.h"
 #include "app/exit_status.h"
@@ -32,11 +33,16 @@ static void tell_busy() {
 }
 
 int window_main(int argc, char* const* argv) {
-    cmdline_own_usage = installer_usage;
+    const std::vector<wrong_option> wrong = wrong_options(argc, argv, installer_options);
+    for (const wrong_option& one : wrong)
+        std::fprintf(stderr, "%s\n", one.problem.c_str());
     alert_front.save_settings = [] { pref.IO_set(pref_installer, scan_write); };
     shell_hooks.update = APP_update;
     shell_hooks.may_use_max_cpu = [] { return stg.use_max_cpu; };
     MACIBM_init(argc, argv);
+    // Nobody may be at the terminal: the window goes on without what it does not understand.
+    for (const wrong_option& one : wrong)
+        cmdline.forget(one.name);
     choose_folder = choose_folder_in_window;
     front.handle_EULA = handle_EULA;
     front.select_alert = select_alert;

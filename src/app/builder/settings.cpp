@@ -1,4 +1,4 @@
-#include "builder/settings.h"
+#include "app/builder/settings.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,41 +13,21 @@
 
 namespace fs = std::filesystem;
 
-const char* const builder_usage =
-    "\n"
-    "VELARIS BUILDER\n"
-    "Makes a release: a folder with one zip for each file of a reference copy, and the\n"
-    "directory file with the history of each.\n"
-    "--src=FOLDER\n"
-    "The reference copy, which holds All, Macintosh, Windows and Linux.\n"
-    "--dst=FOLDER\n"
-    "Where the release's own folder is made.\n"
-    "--old=FILE\n"
-    "The previous release's directory.txt, or the directory.txt.zip that carried it.\n"
-    "--first_release\n"
-    "Says that there is no previous release.  Nothing else lets a network release start\n"
-    "without a history.\n"
-    "--version_number=N\n"
-    "Number of this release, which no earlier one may have had.\n"
-    "--version_name=TEXT\n"
-    "Name of this release and of its folder.\n"
-    "--console\n"
-    "Runs on the terminal, as it always does.\n"
-    "--version\n"
-    "Prints the version and the build number.\n"
-    "\n"
-    "What is not said on the command line is looked up in builder.conf, a file beside the\n"
-    "reference copy with lines such as 'dst /srv/releases'; its keys are dst, old,\n"
-    "version_number and version_name.  q or Ctrl-C stops a run.\n"
-    "\n"
-    "Exit status: 0 complete, 1 failed or stopped with q, 2 wrong usage, 5 another run is at\n"
-    "work on this folder, 130 interrupted.\n";
-
 namespace {
 
-constexpr std::string_view options[] = {
-    "--src",     "--dst",     "--old",   "--first_release", "--version_number", "--version_name",
-    "--console", "--version", "--cmnds", "--fps_test",      "--help",           "-h"};
+constexpr option_row builder_rows[] = {
+    {"--src", "=FOLDER", "The reference copy, which holds All, Macintosh, Windows and Linux.\n"},
+    {"--dst", "=FOLDER", "Where the release's own folder is made.\n"},
+    {"--old", "=FILE", "The previous release's directory.txt, or the directory.txt.zip that carried it.\n"},
+    {"--first_release", nullptr,
+     "Says that there is no previous release.  Nothing else lets a network release start\n"
+     "without a history.\n"},
+    {"--version_number", "=N", "Number of this release, above that of every earlier one.\n"},
+    {"--version_name", "=TEXT", "Name of this release and of its folder.\n"},
+    {"--console", nullptr, "Runs on the terminal, as it always does.\n"},
+    {"--version", nullptr, "Prints the version and the build number.\n"},
+};
+
 constexpr std::string_view conf_keys[] = {"dst", "old", "version_number", "version_name"};
 
 struct conf_file {
@@ -61,18 +41,6 @@ struct conf_file {
 bool complain(std::string& complaint, const std::string& text) {
     complaint = text;
     return false;
-}
-
-// A misspelled option would be without effect, which in a release is found out too late.
-bool check_options(int argc, char* const* argv, std::string& complaint) {
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view argument = argv[i];
-        const std::string_view name = argument.substr(0, argument.find('='));
-        if (std::find(std::begin(options), std::end(options), name) == std::end(options))
-            return complain(complaint, "I do not know '" + std::string(argument) + "'");
-        if (argument.ends_with('=')) return complain(complaint, std::string(name) + " wants a value behind the '='");
-    }
-    return true;
 }
 
 // No file is no fault.
@@ -96,25 +64,26 @@ bool read_conf(conf_file& conf, std::string& complaint) {
     return true;
 }
 
-// Empty when neither the command line nor the file says anything.
-std::string setting(const conf_file& conf, const std::string& key) {
-    if (cmdline.has_option("--" + key)) return cmdline.get_option("--" + key);
-    const auto found = conf.values.find(key);
+// Of an option, or of the key of its name in the file. Empty when neither says anything.
+std::string setting(const conf_file& conf, const std::string& option) {
+    if (cmdline.has_option(option)) return cmdline.get_option(option);
+    const auto found = conf.values.find(option.substr(2));
     return found == conf.values.end() ? std::string() : found->second;
 }
 
-bool read_path(const conf_file& conf, const std::string& key, std::string& path, std::string& complaint) {
-    path = setting(conf, key);
-    if (!path.empty() && !cmdline.has_option("--" + key) && path.front() != '/') path.insert(0, conf.folder);
+bool read_path(const conf_file& conf, const std::string& option, std::string& path, std::string& complaint) {
+    path = setting(conf, option);
+    if (!path.empty() && !cmdline.has_option(option) && path.front() != '/') path.insert(0, conf.folder);
     if (path.find_first_of(":\\") == std::string::npos) return true;
-    return complain(complaint, "the path of --" + key + " may hold no ':' and no '\\': " + path);
+    return complain(complaint, "the path of " + option + " may hold no ':' and no '\\': " + path);
 }
 
-bool read_folder(const conf_file& conf, const std::string& key, std::string& path, std::string& complaint) {
-    if (!read_path(conf, key, path, complaint)) return false;
-    if (path.empty()) return complain(complaint, "--" + key + "=FOLDER is missing");
+bool read_folder(const conf_file& conf, const std::string& option, std::string& path, std::string& complaint) {
+    if (!read_path(conf, option, path, complaint)) return false;
+    if (path.empty()) return complain(complaint, option + "=FOLDER is missing");
     std::error_code ignored;
-    if (!fs::is_directory(path, ignored)) return complain(complaint, "there is no folder " + path + " (--" + key + ")");
+    if (!fs::is_directory(path, ignored))
+        return complain(complaint, "there is no folder " + path + " (" + option + ")");
     if (path.back() != '/') path += '/';
     return true;
 }
@@ -130,7 +99,7 @@ bool check_folders_apart(std::string& complaint) {
 
 bool read_history(const conf_file& conf, std::string& complaint) {
     build.first_release = cmdline.has_option("--first_release");
-    if (!read_path(conf, "old", build.old_dir_path, complaint)) return false;
+    if (!read_path(conf, "--old", build.old_dir_path, complaint)) return false;
     if (is_dvd != 0) return true;  // a disc has no history
     if (build.old_dir_path.empty() && !build.first_release)
         return complain(complaint,
@@ -143,7 +112,7 @@ bool read_history(const conf_file& conf, std::string& complaint) {
 
 bool read_number(const conf_file& conf, std::string& complaint) {
     build.release_number = version_number;
-    const std::string text = setting(conf, "version_number");
+    const std::string text = setting(conf, "--version_number");
     if (text.empty()) return true;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), build.release_number);
     if (error == std::errc() && end == text.data() + text.size() && build.release_number > 0) return true;
@@ -152,7 +121,7 @@ bool read_number(const conf_file& conf, std::string& complaint) {
 
 // It becomes the name of a folder, here and on the user's disk.
 bool read_name(const conf_file& conf, std::string& complaint) {
-    const std::string name = setting(conf, "version_name");
+    const std::string name = setting(conf, "--version_name");
     build.release_name = name.empty() ? version_text : name;
     const bool has_control = std::any_of(name.begin(), name.end(), [](char c) { return (c & ~31) == 0 || c == 127; });
     if (!has_control && name.find_first_of("/\\:") == std::string::npos && build.release_name.front() != '.' &&
@@ -163,10 +132,22 @@ bool read_name(const conf_file& conf, std::string& complaint) {
 
 }  // namespace
 
-bool read_builder_settings(int argc, char* const* argv, std::string& complaint) {
+const option_table builder_options = {
+    "VELARIS BUILDER\n"
+    "Makes a release: a folder with one zip for each file of a reference copy, and the\n"
+    "directory file with the history of each.",
+    builder_rows,
+    "What is not said on the command line is looked up in builder.conf, a file beside the\n"
+    "reference copy with lines such as 'dst /srv/releases'; its keys are dst, old,\n"
+    "version_number and version_name.  q or Ctrl-C stops a run.\n"
+    "\n"
+    "Exit status: 0 complete, 1 failed or stopped with q, 2 wrong usage, 5 another run is at\n"
+    "work on this folder, 130 interrupted, 143 ended by SIGTERM.\n",
+    nullptr};
+
+bool read_builder_settings(std::string& complaint) {
     conf_file conf;
-    return check_options(argc, argv, complaint) && read_folder(conf, "src", build.src_fold, complaint) &&
-           read_conf(conf, complaint) && read_folder(conf, "dst", build.dst_fold_base, complaint) &&
-           check_folders_apart(complaint) && read_history(conf, complaint) && read_number(conf, complaint) &&
-           read_name(conf, complaint);
+    return read_folder(conf, "--src", build.src_fold, complaint) && read_conf(conf, complaint) &&
+           read_folder(conf, "--dst", build.dst_fold_base, complaint) && check_folders_apart(complaint) &&
+           read_history(conf, complaint) && read_number(conf, complaint) && read_name(conf, complaint);
 }

@@ -6,7 +6,9 @@
 
 #include <string>
 
-extern const char* const builder_usage;  // for --help
+#include "app/options.h"
+
+extern const option_table builder_options;
 
 // Sets the first block of region.h. False when the builder was called wrongly; `complaint` then says how, in one line.
-bool read_builder_settings(int argc, char* const* argv, std::string& complaint);
+bool read_builder_settings(std::string& complaint);
