@@ -1,5 +1,5 @@
-// display.h: the one window, its drawing context and its events, over the desktop's own interfaces. Everything that knows
-// the window library stands behind this header, in display_*.cpp.
+// display.h: the one window, its drawing context and its events, over the desktop's own interfaces. Everything that
+// knows the window library stands behind this header, in display_*.cpp.
 // Units: pixels; the mouse has its origin at the top left of the drawing surface, as the system gives it.
 // Errors: a call returns false and display_error() has the system's words.
 // Threads: main thread only.
@@ -27,8 +27,8 @@ struct context_facts {
     int red, green, blue, alpha, depth, samples;
     int accelerated;  // 1 yes, 0 positively not, -1 the system does not tell
 };
-// A double-buffered RGBA context of the compatibility profile with a depth buffer and `samples` samples, 0 for none, made
-// current. Swaps do not wait for the screen: the pump keeps the pace.
+// A double-buffered RGBA context of the compatibility profile with a depth buffer and `samples` samples, 0 for none,
+// made current. Swaps do not wait for the screen: the pump keeps the pace.
 bool display_make_context(int samples, context_facts& facts);
 void display_swap();
 void* display_proc_address(const char* name);  // an entry point by name, null if there is none

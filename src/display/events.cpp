@@ -4,8 +4,8 @@
 #include "display/key_codes.h"
 #include "runtime/utf8.h"
 
-// The library tells a key and the text that it types in two events, one behind the other; we want one. So a key that may
-// type waits here for its text, at the longest to the next event or to the end of the batch.
+// The library tells a key and the text that it types in two events, one behind the other; we want one. So a key that
+// may type waits here for its text, at the longest to the next event or to the end of the batch.
 static struct {
     display_event key;
     bool waits = false;

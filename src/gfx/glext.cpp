@@ -91,7 +91,8 @@ constexpr glext_group glext_groups[] = {
     {blend_entry_points, {&OGL_extensions::sblend_avail}},
 };
 
-// What the driver tells of its programs or shaders: instructions, parameters, temporaries and attributes, or their like.
+// What the driver tells of its programs or shaders: instructions, parameters, temporaries and attributes, or their
+// like.
 constexpr int limit_count = 4;
 using limits = std::array<GLint, limit_count>;
 

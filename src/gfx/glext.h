@@ -1,7 +1,8 @@
 // glext.h: what the driver can do, found out once at start-up, logged, and corrected by the command line's switches.
 #pragma once
 
-// Lifetime: the findings hold for the context that was probed; a context that is made again on the same card has the same.
+// Lifetime: the findings hold for the context that was probed; a context that is made again on the same card has the
+// same.
 // Errors: a missing entry point is a line in the log and the end of its feature; weak hardware is an alert.
 class OGL_extensions {
   public:

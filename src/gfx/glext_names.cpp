@@ -1,7 +1,7 @@
 #include "gfx/glext_names.h"
 
-// As the extensions' own papers list them. Which of them the program calls does not matter: a driver that has but some of
-// a group is not to be trusted with it.
+// As the extensions' own papers list them. Which of them the program calls does not matter: a driver that has but some
+// of a group is not to be trusted with it.
 static constexpr const char* buffer_names[] = {
     "glBindBufferARB",  "glDeleteBuffersARB",        "glGenBuffersARB",        "glIsBufferARB",
     "glBufferDataARB",  "glBufferSubDataARB",        "glGetBufferSubDataARB",  "glMapBufferARB",

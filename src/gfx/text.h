@@ -1,5 +1,5 @@
-// text.h: all text, drawn from glyph cells of the atlas with a fixed table of widths, so that layout is the same on every
-// machine. Text is Latin-1 bytes; a byte without a cell advances by its width and shows nothing.
+// text.h: all text, drawn from glyph cells of the atlas with a fixed table of widths, so that layout is the same on
+// every machine. Text is Latin-1 bytes; a byte without a cell advances by its width and shows nothing.
 // Lines are 10 units apart. Measuring allocates nothing.
 #pragma once
 
@@ -25,8 +25,8 @@ void OGL_number(int color, float x, float y, float value, int digits, int decima
 void OGL_gray_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align);
 void OGL_boxed_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align);
 
-// The text made to fit `max_lines` lines of OGL_string at that wrap width: words that are wider than a line are broken, and
-// what is still too long loses its middle. Names and paths come from outside and may be of any length.
+// The text made to fit `max_lines` lines of OGL_string at that wrap width: words that are wider than a line are broken,
+// and what is still too long loses its middle. Names and paths come from outside and may be of any length.
 std::string fit_text(const std::string& text, float wrap_width, int max_lines);
 
 // Paths are UTF-8 on disk; shown text is Latin-1, with "?" for what does not fit.

@@ -12,8 +12,8 @@
 #include "runtime/product.h"
 #include "runtime/utl_thread.h"
 
-// Lookups by name go through the hash, by reference straight into the rows. A row without a name is free. What OpenGL has
-// of a row is its `tex_id`; 0 where there is nothing on the card.
+// Lookups by name go through the hash, by reference straight into the rows. A row without a name is free. What OpenGL
+// has of a row is its `tex_id`; 0 where there is nothing on the card.
 tman_class tman;
 const char* const scratch_name = "scratch_array:hardwired textures";
 
@@ -41,7 +41,8 @@ class table_lock {
     }
 };
 
-// Off the card. What came from a file will come back with its next bind; what was drawn into the scratch buffer is lost.
+// Off the card. What came from a file will come back with its next bind; what was drawn into the scratch buffer is
+// lost.
 void drop_texture(tman_class::ref_dat_struct& row) {
     if (row.tex_id) {
         glDeleteTextures(1, &row.tex_id);

@@ -66,12 +66,13 @@ int TEX_decode_s3tc(const TEX_image_desc& src_desc, const TEX_image_desc& dst_de
 // The mean of each box, in place, and the new size to `desc`, which keeps one level. Factors are powers of two (else a
 // fatal alert); a side never falls below 1. Compressed images stay as they are.
 void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int x_factor, int y_factor);
-// Turns every level upside down. A compressed image turns by whole blocks: its height should be a multiple of 4, or 1 or
-// 2 pixels that are repeated over their block, as TEX_encode_s3tc does.
+// Turns every level upside down. A compressed image turns by whole blocks: its height should be a multiple of 4, or 1
+// or 2 pixels that are repeated over their block, as TEX_encode_s3tc does.
 void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels);
 // Alpha 0 where the three differences from `rgb` sum up to less than `tolerance`. RGBA only; others stay as they are.
 void TEX_chroma_key(const TEX_image_desc& desc, unsigned char* pixels, const unsigned char rgb[3], int tolerance);
-// The two end colours of one block of colours, each channel by a table of 256. Their order stays, and so the block's mode.
+// The two end colours of one block of colours, each channel by a table of 256. Their order stays, and so the block's
+// mode.
 void nv_gamma_correct(unsigned char* block, const unsigned char* table);
 
 struct TEX_rect {

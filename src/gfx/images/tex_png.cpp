@@ -1,6 +1,6 @@
-// PNG through libpng. libpng reports a failure by a jump to the last setjmp. The functions that call setjmp hold nothing
-// but plain pointers, and all that owns memory lives in their callers, above the jump. Alerts wait until libpng's records
-// are freed, as a fatal one does not come back.
+// PNG through libpng. libpng reports a failure by a jump to the last setjmp. The functions that call setjmp hold
+// nothing but plain pointers, and all that owns memory lives in their callers, above the jump. Alerts wait until
+// libpng's records are freed, as a fatal one does not come back.
 #include <png.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// S3TC: blocks of 4 by 4 pixels. The colour half is two end colours in 5-6-5 bits, then a byte of 2-bit indices for each
-// row. DXT3 puts 16 bits of alpha for each row before it; DXT5 two end alphas, then 48 bits of 3-bit indices.
+// S3TC: blocks of 4 by 4 pixels. The colour half is two end colours in 5-6-5 bits, then a byte of 2-bit indices for
+// each row. DXT3 puts 16 bits of alpha for each row before it; DXT5 two end alphas, then 48 bits of 3-bit indices.
 #include <squish.h>
 
 #include <algorithm>
