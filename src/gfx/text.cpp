@@ -96,7 +96,7 @@ const charset_row& find_charset(int charset) {
 }
 
 float advance_of(char c, float fixed) {
-    return fixed > 0 ? fixed : static_cast<float>(char_width(static_cast<unsigned char>(c)));
+    return fixed > 0 ? fixed : static_cast<float>(char_width(c));
 }
 
 bool takes_no_room(char c) {
@@ -161,14 +161,14 @@ text_box box_around(float x, float y, std::string_view text, float wrap_width, i
 
 }  // namespace
 
-int char_width(unsigned char c) {
-    return widths.of[c];
+int char_width(char c) {
+    return widths.of[static_cast<unsigned char>(c)];
 }
 
 float text_width(std::string_view text) {
     int width = 0;
     for (const char c : text)
-        width += char_width(static_cast<unsigned char>(c));
+        width += char_width(c);
     return static_cast<float>(width);
 }
 
@@ -290,9 +290,9 @@ std::string fit_text(const std::string& text, float wrap_width, int max_lines) {
 std::string latin1_of_path(const std::string& path) {
     std::string shown;
     for (std::size_t i = 0; i < path.size();) {
-        const unsigned char code = utf8_take_latin1(path, i);
+        const auto code = static_cast<char>(utf8_take_latin1(path, i));
         // What has no glyph would vanish, and a line end in a name would break the line.
-        shown += char_width(code) > 0 ? static_cast<char>(code) : '?';
+        shown += char_width(code) > 0 ? code : '?';
     }
     return shown;
 }

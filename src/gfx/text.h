@@ -10,7 +10,7 @@ enum : int { charset_text = 100, charset_digits = 102, charset_table = 103 };
 enum : int { align_left = 0, align_centre = 1, align_right = 2 };
 constexpr int line_height = 10;
 
-int char_width(unsigned char c);          // of charset 100
+int char_width(char c);                   // of charset 100
 float text_width(std::string_view text);  // plain sum
 
 // Sets colour and texture, tells the cell's origin and size; returns the fixed advance, 0 for proportional. An unknown

@@ -80,7 +80,7 @@ float width_of(const char* begin, const char* end) {
 int bytes_that_fit(const char* at, int count, int step, float width) {
     int fit = 0;
     for (float used = 0; fit < count; ++fit, at += step) {
-        used += static_cast<float>(char_width(static_cast<unsigned char>(*at)));
+        used += static_cast<float>(char_width(*at));
         if (used > width) break;
     }
     return fit;

@@ -91,7 +91,7 @@ int tex_bmp_from_map(const std::string& path, const xmap_class& file, TEX_image_
 
     pixels.resize(bytes);
     unsigned char* to = pixels.data();
-    for (std::int64_t y = 0; y < rows; ++y, to += header.width * wanted->bytes) {
+    for (std::int64_t y = 0; y < rows; ++y, to += static_cast<std::size_t>(header.width) * wanted->bytes) {
         const std::int64_t row = header.height < 0 ? rows - 1 - y : y;
         convert_row(file.mem_start + header.data_offset + row * stride, made.width, *wanted, to);
     }

@@ -21,8 +21,8 @@ struct source {
     TEX_rect rect;
 
     void add(sample& sum, int x, int y, float weight) const {
-        const tex_pixel p = tex_get(layout, pixels + static_cast<std::size_t>(y) * stride +
-                                                static_cast<std::size_t>(x) * static_cast<std::size_t>(layout.bytes));
+        const tex_pixel p =
+            tex_get(layout, pixels + static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(x) * layout.bytes);
         const float a = weight * static_cast<float>(p.a);
         sum.r += a * static_cast<float>(p.r);
         sum.g += a * static_cast<float>(p.g);
@@ -97,7 +97,8 @@ void TEX_composite(const TEX_image_desc& in_desc, const unsigned char* in, const
         unsigned char* row = out + static_cast<std::size_t>(y) * out_levels[0].stride;
         for (int x = std::max(0, to.x); x < end_x; ++x) {
             const float place_x = source_place(std::int64_t{x} - to.x, from.dx, to.dx);
-            blend(layout, row + std::ptrdiff_t{x} * layout.bytes, pixels.at(place_x, place_y), std::min(alpha, 1.0f));
+            blend(layout, row + static_cast<std::size_t>(x) * layout.bytes, pixels.at(place_x, place_y),
+                  std::min(alpha, 1.0f));
         }
     }
 }

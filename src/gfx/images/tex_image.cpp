@@ -54,7 +54,7 @@ void tex_put(const tex_layout& layout, unsigned char* to, const tex_pixel& pixel
 static tex_level level_of(const TEX_image_desc& desc, int width, int height, std::size_t offset) {
     const auto rows = static_cast<std::size_t>(height);
     if (const tex_layout* layout = tex_layout_of(desc.format)) {
-        const std::size_t row = static_cast<std::size_t>(width) * static_cast<std::size_t>(layout->bytes);
+        const std::size_t row = static_cast<std::size_t>(width) * layout->bytes;
         return {width, height, offset, row + static_cast<std::size_t>(desc.pad), rows};
     }
     // Asked for one row of blocks at a time: the whole may not fit squish's int.
@@ -92,14 +92,14 @@ void TEX_flip_y(const TEX_image_desc& desc, unsigned char* pixels) {
 }
 
 // The mean of one box, channel by channel.
-static void average_box(const unsigned char* box, std::size_t stride, std::size_t bytes, int dx, int dy, int shift,
+static void average_box(const unsigned char* box, std::size_t stride, std::size_t bytes, std::size_t dx, std::size_t dy,
                         unsigned char* out) {
     for (std::size_t c = 0; c < bytes; ++c) {
         std::uint64_t sum = 0;
-        for (int y = 0; y < dy; ++y)
-            for (int x = 0; x < dx; ++x)
-                sum += box[static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(x) * bytes + c];
-        out[c] = static_cast<unsigned char>(sum >> shift);
+        for (std::size_t y = 0; y < dy; ++y)
+            for (std::size_t x = 0; x < dx; ++x)
+                sum += box[y * stride + x * bytes + c];
+        out[c] = static_cast<unsigned char>(sum / (dx * dy));
     }
 }
 
@@ -117,19 +117,18 @@ void TEX_downscale(TEX_image_desc& desc, unsigned char* pixels, int x_factor, in
     while (y_factor > desc.height)
         y_factor /= 2;
 
-    const int shift =
-        std::countr_zero(static_cast<unsigned>(x_factor)) + std::countr_zero(static_cast<unsigned>(y_factor));
-    const auto bytes = static_cast<std::size_t>(layout->bytes);
+    const auto box_dx = static_cast<std::size_t>(x_factor), box_dy = static_cast<std::size_t>(y_factor);
     desc.width /= x_factor;
     desc.height /= y_factor;
     desc.mipmaps = 0;
-    const std::size_t in_stride = levels[0].stride, out_stride = tex_levels(desc)[0].stride;
+    const tex_level out = tex_levels(desc)[0];
+    const std::size_t in_stride = levels[0].stride, bytes = layout->bytes,
+                      columns = static_cast<std::size_t>(desc.width);
     // Every box lies at or behind the pixel that it becomes, so nothing is overwritten before it is read.
-    for (std::size_t y = 0; y < static_cast<std::size_t>(desc.height); ++y)
-        for (std::size_t x = 0; x < static_cast<std::size_t>(desc.width); ++x)
-            average_box(pixels + y * static_cast<std::size_t>(y_factor) * in_stride +
-                            x * static_cast<std::size_t>(x_factor) * bytes,
-                        in_stride, bytes, x_factor, y_factor, shift, pixels + y * out_stride + x * bytes);
+    for (std::size_t y = 0; y < out.strides; ++y)
+        for (std::size_t x = 0; x < columns; ++x)
+            average_box(pixels + y * box_dy * in_stride + x * box_dx * bytes, in_stride, bytes, box_dx, box_dy,
+                        pixels + y * out.stride + x * bytes);
 }
 
 void TEX_chroma_key(const TEX_image_desc& desc, unsigned char* pixels, const unsigned char rgb[3], int tolerance) {

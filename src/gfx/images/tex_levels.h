@@ -15,7 +15,7 @@ constexpr int tex_max_side = 1 << 20;                          // beyond it a de
 // Where each channel stands within a pixel; -1: the format has none.
 struct tex_layout {
     int format;
-    int bytes;
+    std::size_t bytes;  // of a pixel
     int r, g, b, a;
 };
 const tex_layout* tex_layout_of(int format);  // null unless it is a plain format

@@ -27,7 +27,7 @@ struct png_reading {
     std::size_t file_length = 0;
     int format = 0;  // wanted
     int width = 0, height = 0;
-    int depth = 0;        // bits of a pixel as it comes out
+    unsigned depth = 0;   // bits of a pixel as it comes out
     char words[64] = "";  // libpng's own, on failure
 
     png_reading() = default;
@@ -104,7 +104,7 @@ bool read_header(png_reading* job) {
     png_read_update_info(job->png, job->info);
     job->width = static_cast<int>(png_get_image_width(job->png, job->info));
     job->height = static_cast<int>(png_get_image_height(job->png, job->info));
-    job->depth = png_get_channels(job->png, job->info) * png_get_bit_depth(job->png, job->info);
+    job->depth = unsigned{png_get_channels(job->png, job->info)} * png_get_bit_depth(job->png, job->info);
     return true;
 }
 
@@ -140,7 +140,7 @@ const char* decode(png_reading* job, const tex_layout& wanted, std::vector<unsig
     if (!read_header(job)) return jumped;
     if (job->depth != wanted.bytes * 8) return bad_depth;
 
-    const std::size_t stride = static_cast<std::size_t>(job->width) * static_cast<std::size_t>(wanted.bytes);
+    const std::size_t stride = static_cast<std::size_t>(job->width) * wanted.bytes;
     pixels.resize(stride * static_cast<std::size_t>(job->height));
     std::vector<png_bytep> rows = rows_from_the_top(pixels.data(), job->height, stride);
     return read_rows(job, rows.data()) ? nullptr : jumped;

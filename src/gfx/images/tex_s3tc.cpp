@@ -111,8 +111,7 @@ struct block_walk {
     bool opaque;  // the compressed format has no alpha
 
     std::size_t place_of(int px, int py) const {
-        return plain.offset + static_cast<std::size_t>(py) * plain.stride +
-               static_cast<std::size_t>(px) * static_cast<std::size_t>(layout.bytes);
+        return plain.offset + static_cast<std::size_t>(py) * plain.stride + static_cast<std::size_t>(px) * layout.bytes;
     }
 
     // A level of less than a block is repeated over the whole of it: turning a block turns all of its rows. Of a larger
