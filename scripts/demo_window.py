@@ -27,6 +27,7 @@ except ImportError as missing:
 
 KEEP = (162 + 96, 311 + 28)
 SYSTEMS = (212 + 200, 194 + 313)
+BAR = (40, 120, 208)                    # its fill while it moves
 LOG_ACTIONS = "--pref:_log_actions=1"
 
 
@@ -80,21 +81,21 @@ class Story:
         window.click(*place)
 
     def wait(self, fact, what):
-        if not desktop.until(fact, 120):
+        if not desktop.until(fact):
             sys.exit(f"demo_window.py: {what} did not come")
 
     def install(self, installer, list_host, destination):
         with running(self.display, installer, "-path", destination, f"--list_host={list_host}", LOG_ACTIONS) as window:
             self.wait(window.install_is_live, "the offer")
-            self.album.keep("offer", window.wait_still())
+            self.album.keep("offer", window.steady())
             self.tell("The window shows the offer. She clicks INSTALL.")
             self.click(window, desktop.INSTALL)
             self.wait(lambda: window.screen() == "agreement", "the agreement")
-            self.album.keep("agreement", window.wait_still())
+            self.album.keep("agreement", window.steady())
             self.tell("It asks for her agreement. She clicks I AGREE.")
             self.click(window, desktop.AGREE)
             self.answer_questions(window)
-            self.album.keep("complete", window.wait_still())
+            self.album.keep("complete", window.steady())
             self.tell("INSTALLATION COMPLETE! She clicks QUIT.")
             self.click(window, desktop.QUIT)
             self.wait(lambda: window.process.poll() is not None, "the end")
@@ -107,17 +108,22 @@ class Story:
         while not window.is_complete():
             if window.screen() != "changed file":
                 seen = None
-                time.sleep(0.05)
+                time.sleep(0.02)
                 continue
             # The next question looks like the last one but for its words.
-            question = window.wait_still(0.2)
-            if seen == question.tobytes():
-                time.sleep(0.05)
+            question = self.words_of(window)
+            if seen == question:
+                time.sleep(0.02)
                 continue
-            seen = question.tobytes()
-            self.album.keep("changed-file-to-delete" if self.asks_to_delete(window) else "changed-file", question)
+            seen = question
+            name = "changed-file-to-delete" if self.asks_to_delete(window) else "changed-file"
+            self.album.keep(name, window.steady())
             self.tell("It found a file that she had changed. She clicks KEEP THE OLD FILE.")
             self.click(window, KEEP)
+
+    @staticmethod
+    def words_of(window):
+        return window.steady().crop((172, 340, 852, 384)).tobytes()
 
     @staticmethod
     def asks_to_delete(window):
@@ -185,10 +191,10 @@ class Pictures:
                        f"--list_host={host or self.faults.server.address}", *words, **environment)
 
     def keep(self, name, window, fact):
-        """Once `fact` holds and the picture stands still."""
-        if not desktop.until(fact, 60):
+        """Once `fact` holds, which is waited for however busy the machine is."""
+        if not desktop.until(fact):
             sys.exit(f"demo_window.py: the picture '{name}' did not come, but '{window.screen()}'")
-        self.album.keep(name, window.wait_still())
+        self.album.keep(name, window.steady())
 
     def start_up(self):
         """Stands until the first frame. A folder dialog that nobody answers would hold that off: it is stopped before."""
@@ -227,22 +233,18 @@ class Pictures:
         with open(os.path.join(destination, place[1], place[2]), "wb") as large:
             large.truncate(6 << 30)
         with self.open(destination=destination) as window:
-            if not desktop.until(lambda: window.screen() == "scan", 60):
-                sys.exit("demo_window.py: the scan was not seen")
-            time.sleep(0.3)
-            self.album.keep("scanning", window.grab())
+            self.keep("scanning", window, lambda: window.screen() == "scan")
 
     def start_install(self, window):
-        if not desktop.until(window.install_is_live, 60) or not window.install_and_agree():
+        if not desktop.until(window.install_is_live) or not window.install_and_agree():
             sys.exit("demo_window.py: the install could not be started")
 
     def installing(self):
         gate = self.faults.fresh().hold_after(150)
         with self.open() as window:
             self.start_install(window)
-            gate.reached.wait(60)
-            time.sleep(1.5)             # the bar follows slowly
-            self.album.keep("installing", window.grab())
+            # The bar follows slowly; by then it has come this far.
+            self.keep("installing", window, lambda: gate.reached.is_set() and window.has_colour((300, 12, 310, 18), BAR))
             gate.open()
 
     def red_status(self, window):
@@ -276,11 +278,10 @@ class Pictures:
             window.wait_for("main")
             window.click(*desktop.PREFERENCES)
             window.wait_for("preferences")
-            self.album.keep("preferences", window.wait_still())
+            self.album.keep("preferences", window.steady())
             window.click(*SYSTEMS)
             window.move(SYSTEMS[0], SYSTEMS[1] + 12)
-            time.sleep(0.3)
-            self.album.keep("pop-up", window.wait_still())
+            self.keep("pop-up", window, lambda: window.pixel(384, 520) != window.pixel(384, 532))    # the row is lit
 
     def alert(self):
         server = self.faults.fresh()

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <vector>
 
 #include "display/display.h"
@@ -99,11 +100,37 @@ void handle_event(const display_event& event) {
     }
 }
 
+bool is_press(const display_event& event) {
+    return event.kind == display_event_kind::mouse_down;
+}
+
+bool is_key(const display_event& event) {
+    return event.kind == display_event_kind::key_down || event.kind == display_event_kind::key_repeat;
+}
+
+// A press, or a key that acts on the screen as one does.
+bool acts_on_screen(const display_event& event) {
+    const bool key = event.vkey == vk_return || event.vkey == vk_enter || event.vkey == vk_escape;
+    return is_press(event) || (is_key(event) && key);
+}
+
+// Everything that is there, up to what may be meant for the screen as it will be: anything behind a press or a Return,
+// and those behind a key that a field has yet to take. It waits for the next frame, so that a slow one misleads nothing.
 void take_events() {
-    static std::vector<display_event> events;
-    display_take_events(wait_ms(), events);
-    for (const display_event& event : events)
+    static std::vector<display_event> fresh;
+    static std::deque<display_event> waiting;
+    display_take_events(waiting.empty() ? wait_ms() : 0, fresh);
+    waiting.insert(waiting.end(), fresh.begin(), fresh.end());
+    bool acted = false, typed = false;
+    while (!waiting.empty()) {
+        const display_event event = waiting.front();
+        const bool acts = acts_on_screen(event);
+        if ((acted && (acts || is_key(event))) || (typed && acts)) break;
+        waiting.pop_front();  // before it is handled: that may pump frames of its own
+        acted |= acts;
+        typed |= is_key(event);
         handle_event(event);
+    }
     // A press keeps the place it had; otherwise the mouse is where it is now.
     if (mnw.mouse_down) return;
     int x = 0, y = 0;
@@ -119,12 +146,12 @@ void update_mouse_timing() {
         last_x = mnw.mouse_x;
         last_y = mnw.mouse_y;
     }
-    mnw.mouse_click = mnw.mouse_up && now - mnw.time_pressed < click_seconds;
     mnw.mouse_quick = mnw.mouse_down && mnw.time_pressed > 0 && now - mnw.time_pressed < click_seconds;
     if (mnw.mouse_down) {
         mnw.mouse_held = 1;
         mnw.time_pressed = now;
     }
+    mnw.mouse_click = mnw.mouse_up && now - mnw.time_pressed < click_seconds;  // both may come in one slow frame
     if (mnw.mouse_up) mnw.mouse_held = 0;
     mnw.mouse_repeat = mnw.mouse_held && now - mnw.time_pressed > click_seconds;
 }

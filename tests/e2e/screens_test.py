@@ -1,6 +1,10 @@
-"""The whole program by mouse and keyboard, in a real window against real servers; judged by the disk, the log and pixels."""
+"""The whole program by mouse and keyboard, in a real window against real servers; judged by the disk, the log and pixels.
+
+Nothing here waits for time to pass: each wait is for what must come to be seen.
+"""
 import fcntl
 import os
+import signal
 import subprocess
 import sys
 
@@ -16,18 +20,25 @@ SCREENS = {name: size for size, name in desktop.WINDOWS.items()}
 CHANGED = "Aircraft/Heron/notes.txt"
 DROPPED = "Aircraft/Heron/old.txt"
 HEAVY = "Resources/scenery.bin"
+# What else the user changed: two files each of two folders.
+KESTREL = ["Aircraft/Kestrel/one.txt", "Aircraft/Kestrel/two.txt"]
+ROCKETS = ["Weapons/one.wpn", "Weapons/two.wpn"]
 
 
 def first():
     tree = release.landmarks()
     tree.add("All/" + CHANGED, "notes one\n").add("All/Aircraft/Heron/plan.txt", "plan one\n")
     tree.add("All/" + DROPPED, "gone soon\n").add("All/Weapons/rocket.wpn", "rocket\n")
+    for path in KESTREL + ROCKETS:
+        tree.add("All/" + path, "first\n")
     return tree.add("All/" + HEAVY, release.noise(300_000, "one"))
 
 
 def second():
     tree = first().remove("All/" + DROPPED).add("All/Instructions/news.txt", "read this\n")
     tree.add("All/" + CHANGED, "notes two\n").add("All/Aircraft/Heron/plan.txt", "plan two\n")
+    for path in KESTREL + ROCKETS:
+        tree.add("All/" + path, "second\n")
     return tree.add("All/" + HEAVY, release.noise(300_000, "two"))
 
 
@@ -37,7 +48,7 @@ def at(screen, x, y):
     return (desktop.WIDTH - width) // 2 + x, (desktop.HEIGHT - height) // 2 + y
 
 
-ANSWERS = {1: (96, 53), 2: (96, 28), 4: (308, 53), 5: (308, 28), 3: (584, 28)}
+OVERWRITE, KEEP, OVERWRITE_FOLDER, KEEP_FOLDER, CANCEL = (96, 53), (96, 28), (308, 53), (308, 28), (584, 28)
 
 
 class ScreensTest(installer.Scene):
@@ -51,14 +62,19 @@ class ScreensTest(installer.Scene):
         super().setUp()
         self.host = self.server.address
 
+    def start(self, *options, **environment):
+        """The installer, without a word on where to work."""
+        program = subprocess.Popen([self.desk.program, *options], cwd=self.folder,
+                                   env=self.desk.environment(**environment), stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, preexec_fn=servers.end_with_parent)
+        installer.at_end(self, installer.put_down, program)
+        return program
+
     def open(self, *options, dest=None, **environment):
         """Starts the installer in its window, up to the main screen."""
         where = [] if dest is False else ["-path", dest or self.dest]
-        program = subprocess.Popen(
-            [self.desk.program, *where, f"--list_host={self.host}", "--pref:_log_actions=1", *options], cwd=self.folder,
-            env={**self.desk.environment(DISPLAY=self.display.name), **environment}, stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, preexec_fn=servers.end_with_parent)
-        installer.at_end(self, installer.put_down, program)
+        program = self.start(*where, f"--list_host={self.host}", "--pref:_log_actions=1", *options,
+                             **{"DISPLAY": self.display.name, **environment})
         window = desktop.Window(self.display, program)
         self.assertTrue(window.wait_for("main"), "no main screen")
         return window
@@ -94,27 +110,27 @@ class ScreensTest(installer.Scene):
         self.quit(window)
         self.assertIn("EXPANDING file ", self.desk.log())
 
+    def answer(self, window, *answers):
+        self.assert_shows(window, "changed file")
+        for x, y in answers:
+            window.click(*at("changed file", x, y))
+
     def test_each_answer_about_changed_files(self):
-        for answer, (x, y) in ANSWERS.items():
-            with self.subTest(answer=answer):
-                self.dest = os.path.join(self.folder, f"answer {answer}")
-                self.place(self.old.tree.installed())
-                self.put(CHANGED, "my notes\n")
-                self.put(DROPPED, "mine too\n")
-                before = folders.snapshot(self.dest)
-                window = self.offer("--pref:_rename_folder=0")
-                self.assertTrue(window.install_and_agree(), "no agreement")
-                self.assert_shows(window, "changed file")
-                # 1, 2: one file each; 4, 5: the folder; 3: the end of it.
-                done = window.install_is_live if answer == 3 else window.is_complete
-                self.assertTrue(desktop.click_through(window, {"changed file": at("changed file", x, y)}, done))
-                if answer == 3:
-                    self.assertEqual(folders.snapshot(self.dest)[CHANGED], before[CHANGED])
-                    self.assertEqual(folders.snapshot(self.dest)[HEAVY], before[HEAVY])
-                else:
-                    kept = [CHANGED, DROPPED] if answer in (2, 5) else []
-                    self.assert_installed(self.new.tree.installed(), besides={path: before[path] for path in kept})
-                self.quit(window)
+        self.place(self.old.tree.installed())
+        for path in [CHANGED, DROPPED, *KESTREL, *ROCKETS]:
+            self.put(path, "mine\n")
+        before = folders.snapshot(self.dest)
+        window = self.offer("--pref:_rename_folder=0")
+        self.assertTrue(window.install_and_agree(), "no agreement")
+        self.answer(window, OVERWRITE, CANCEL)
+        self.assertTrue(desktop.until(window.install_is_live), "the install was not cancelled")
+        after = folders.snapshot(self.dest)         # new folders may be there already
+        self.assertEqual({path: after[path] for path in before}, before)
+        window.click(*desktop.INSTALL)              # it has the agreement
+        self.answer(window, OVERWRITE, OVERWRITE_FOLDER, KEEP_FOLDER, KEEP)     # what is to be deleted comes last
+        self.assert_completes(window)
+        self.assert_installed(self.new.tree.installed(), besides={path: before[path] for path in [DROPPED, *ROCKETS]})
+        self.quit(window)
 
     def test_another_folder_by_the_button_and_by_the_path(self):
         helper = os.path.join(self.desk.bin, "zenity")
@@ -141,9 +157,7 @@ class ScreensTest(installer.Scene):
         window.keys("End", *["BackSpace"] * 120)
         window.type(os.path.dirname(inner))
         window.keys("Return")
-        window.wait_still()
         window.click(*at("folder", 100, 361))   # the second row; the first leads one folder up
-        window.wait_still()
         window.click(*at("folder", 410, 28))
         self.assert_shows(window, "main")
         window.click(*desktop.DESTINATION)
@@ -176,19 +190,15 @@ class ScreensTest(installer.Scene):
         window.click(*at("preferences", 406, 150 + 14))     # up: 2 streams
         window.keys("Down", "3")                            # nothing has the keyboard, so nothing changes
         window.click(*at("preferences", 406, 150))          # the digit's lower half: 1, and the keyboard goes to it
-        window.wait_still()
         window.keys("Up", "Up")                             # 3
         window.click(*at("preferences", 300, 44))
         window.type("proxy.example")
         window.keys("Tab")
         window.type("8088")
         window.keys("shift+Tab", "End", "BackSpace")        # Tab has selected the whole
-        window.wait_still()
         window.type("firewall.example")
         window.click(*at("preferences", 200, 313))          # the list of systems opens
-        window.wait_still()
         window.click(*at("preferences", 200, 313 + 12))     # the row above: Windows
-        window.wait_still()
         window.click(*at("preferences", 588, 370))
         self.assert_shows(window, "main")
         self.quit(window)
@@ -202,7 +212,6 @@ class ScreensTest(installer.Scene):
         window = self.open(dest=False)
         window.click(*desktop.PREFERENCES)
         self.assert_shows(window, "preferences")
-        window.wait_still()
         ticked, clear = (window.grab().crop(box_of(*at("preferences", 30, y + 3))).tobytes() for y in (265, 230))
         self.assertNotEqual(ticked, clear)
         window.keys("Return")
@@ -219,7 +228,6 @@ class ScreensTest(installer.Scene):
         window.type("127.0.0.1")
         window.keys("Tab")
         window.type(str(proxy.port))
-        window.wait_still()
         window.keys("Return")
         self.assert_shows(window, "main")
         self.assertTrue(window.install_and_agree(), "no agreement")
@@ -263,17 +271,28 @@ class ScreensTest(installer.Scene):
         self.quit(window)
         self.assertEqual(self.desk.log().count("Another copy of this program is at work on this folder:"), 2)
 
-    def test_the_window_managers_close_box_is_quit(self):
-        for screen, opener in (("main", None), ("preferences", desktop.PREFERENCES), ("agreement", desktop.INSTALL)):
+    def test_the_desktops_ways_to_end_it_are_quit(self):
+        """The window manager's close box and signals, whatever is open."""
+        for screen, opener, end in (("main", None, desktop.Window.close_box),
+                                    ("agreement", desktop.INSTALL, desktop.Window.close_box),
+                                    ("preferences", desktop.PREFERENCES, lambda w: w.process.terminate()),
+                                    ("main", None, lambda w: w.process.send_signal(signal.SIGINT))):
             with self.subTest(screen):
                 window = self.offer("--pref:_stream_count=4")
                 if opener:
                     window.click(*opener)
                 self.assert_shows(window, screen)
-                window.close_box()
+                end(window)
                 self.assertEqual(window.process.wait(30), 0)
                 self.assertEqual(self.desk.preferences()["_stream_count"], "4")
                 self.assertEqual(os.listdir(self.desk.tmp), [])
+
+    def test_what_it_says_where_it_cannot_start(self):
+        outcome = self.finish(self.start("--list_host=127.0.0.1:1"))
+        self.assertEqual(outcome.status, 1)
+        self.assertIn("I could not set up the graphics for Velaris!", outcome.err)
+        outcome = self.finish(self.start("--list_host=a b", DISPLAY=self.display.name))
+        self.assertEqual((outcome.status, outcome.err.count("\n")), (2, 1), outcome)
 
 
 def box_of(x, y, half=8):

@@ -26,7 +26,7 @@ TEST_F(Shell, ASmallDisplayIsFilledAndTheCanvasCentred) {
     g_mon_x_res_now = 1044;  // the movable form wants more than twenty units to spare
     g_mon_y_res_now = 799;
     MACIBM_remake_context();
-    MACIBM_startwind(0, 0);
+    MACIBM_startwind(wind_main, 0);
     EXPECT_EQ(mnw.screen_dx, 1044);
     EXPECT_EQ(mnw.screen_dy, 799);
     EXPECT_FLOAT_EQ(mnw.wind_x, 10);
@@ -61,12 +61,28 @@ TEST_F(Shell, APressIsSeenWhereItFellInOneFrameOnlyWithBothItsEdges) {
     EXPECT_EQ(clicks, 1) << "a long press is no click";
 }
 
-TEST_F(Shell, TheWheelAddsUpAndKeysCarryTheirCharacter) {
+TEST_F(Shell, TheWheelAddsUpAndKeysReachTheScreenAndTheHook) {
+    static int function_keys = 0;
+    shell_hooks.function_key = [](int vkey) { function_keys = 100 * function_keys + vkey; };
     move_mouse(300, 200);
-    desktop("click 4 click 4 click 5");
+    desktop("click 4 click 4 click 5 key F5 key F12 type Q");
     EXPECT_TRUE(frames_until([] { return mnw.wheel_delta == 1; })) << mnw.wheel_delta;
-    desktop("type Q");
     EXPECT_TRUE(frames_until([] { return mnw.key_char == 'Q'; })) << mnw.key_char;
+    EXPECT_EQ(function_keys, 100 * 116 + 123);
+    shell_hooks.function_key = nullptr;
+}
+
+// A slow frame finds many events waiting.
+TEST_F(Shell, WhatFollowsAPressOrAReturnMeetsWhatThatBroughtUp) {
+    move_mouse(300, 200);
+    std::string seen;
+    on_update = [&] {
+        if (mnw.mouse_down) seen += 'p';
+        if (return_hit) seen += 'R';
+        if (mnw.key_event && !return_hit) seen += 'k';
+    };
+    desktop("click 1 click 1 key a key b key Return key c click 1");
+    EXPECT_TRUE(frames_until([&] { return seen == "ppkRkp"; })) << seen;
 }
 
 TEST_F(Shell, AClickThatClosesAWindowDoesNotReachTheScreenBelow) {

@@ -16,7 +16,7 @@ BACK = (51, 67, 86)                     # round every window of the program's ow
 # Inner size -> what is open.
 WINDOWS = {(500, 300): "agreement", (600, 380): "preferences", (420, 250): "alert", (700, 146): "changed file",
            (600, 460): "folder", (420, 120): "folder wait"}
-DEADLINE = 30
+DEADLINE = 120                          # nothing is paced by it: only what hangs comes to it
 # Where to click on the main screen, and on the agreement.
 INSTALL, QUIT, DESTINATION, PREFERENCES = (490, 89), (985, 89), (70, 89), (50, 750)
 AGREE, REFUSE = (262 + 430, 234 + 21), (262 + 342, 234 + 21)
@@ -72,12 +72,12 @@ class Window:
     def pixel(self, x, y):
         return self.grab().getpixel((x, HEIGHT - 1 - y))
 
-    def move(self, x, y):
-        self.display.xdotool("mousemove", str(self.left + x), str(self.top + min(HEIGHT - y, HEIGHT - 1)))
+    def move(self, x, y, *then):
+        self.display.xdotool("mousemove", str(self.left + x), str(self.top + min(HEIGHT - y, HEIGHT - 1)), *then)
 
     def click(self, x, y):
-        self.move(x, y)
-        self.display.xdotool("click", "1")
+        """A frame takes no more than one press, so that whatever follows meets what the press brought up."""
+        self.move(x, y, "click", "1")
 
     def keys(self, *names):
         self.display.xdotool("key", *names)
@@ -87,15 +87,19 @@ class Window:
 
     def screen(self, picture=None):
         """What is shown: "start-up", "main", "scan", or the name of a window of the program's own."""
-        pixels = numpy.asarray(picture or self.grab()).astype(int)
-        other = (abs(pixels - BACK) > 3).any(axis=2)
-        if other[0].any():              # the top row has the window's colour round every window, the background else
+        pixels = numpy.asarray(picture or self.grab())
+
+        def other(line):
+            return numpy.flatnonzero((abs(line.astype(int) - BACK) > 3).any(axis=1))
+        if len(other(pixels[0])):       # the top row has the window's colour round every window, the background else
             return "scan" if has_scan_box(pixels) else "main"
-        rows, columns = numpy.flatnonzero(other.any(axis=1)), numpy.flatnonzero(other.any(axis=0))
+        rows, columns = other(pixels[:, WIDTH // 2]), other(pixels[HEIGHT // 2])     # every window is centred
         if not len(rows):
             return "empty"
         if rows[-1] > 740:              # the progress bar at the lower edge
             return "start-up"
+        if not len(columns):
+            return "empty"
         width, height = columns[-1] - columns[0], rows[-1] - rows[0]
         for (dx, dy), name in WINDOWS.items():
             if 0 <= width - dx <= 24 and 0 <= height - dy <= 24:
@@ -103,20 +107,20 @@ class Window:
         return f"a window of {width} by {height}"
 
     def wait_for(self, *screens, timeout=DEADLINE):
-        """Until one of these is shown; its name, or None."""
-        return until(lambda: (seen := self.screen()) in screens and seen, timeout)
+        """Until one of these is shown; its name, or None. A program that has ended shows nothing more."""
+        seen = until(lambda: self.process.poll() is not None or (now := self.screen()) in screens and now, timeout)
+        return seen if isinstance(seen, str) else None
 
-    def wait_still(self, seconds=0.4, timeout=DEADLINE):
-        """The picture, once it has not changed for so long."""
-        end, since, before = time.monotonic() + timeout, time.monotonic(), self.grab()
-        while time.monotonic() < end:
-            time.sleep(0.05)
-            now = self.grab()
-            if now.tobytes() != before.tobytes():
-                before, since = now, time.monotonic()
-            elif time.monotonic() - since >= seconds:
-                return now
-        return before
+    def steady(self):
+        """A picture that the next one is like, but for a caret that blinks."""
+        before = self.grab()
+
+        def still():
+            nonlocal before
+            last, before = before, self.grab()
+            changed = (numpy.asarray(last) != numpy.asarray(before)).any(axis=2)
+            return changed.sum() <= 30 and before
+        return until(still) or before
 
     def has_colour(self, area, colour):
         """Somewhere in `area`: left, bottom, right, top."""
@@ -175,18 +179,3 @@ def until(fact, timeout=DEADLINE):
             return found
         time.sleep(0.02)
     return found
-
-
-def click_through(window, answers, done, timeout=60):
-    """Answers what comes up until `done()`: `answers` maps a screen to where to click, or to a function of the window."""
-    end = time.monotonic() + timeout
-    while not done():
-        if time.monotonic() > end:
-            return False
-        answer = answers.get(window.screen())
-        if callable(answer):
-            answer(window)
-        elif answer:
-            window.click(*answer)
-        time.sleep(0.05)
-    return True
