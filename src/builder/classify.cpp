@@ -4,8 +4,8 @@
 
 #include "builder/landmarks.h"
 #include "builder/region.h"
+#include "files/file_reader.h"
 #include "files/io_utils.h"
-#include "files/xmap.h"
 #include "runtime/hl_string.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -96,8 +96,7 @@ bool name_is_refused(const std::string& path) {
 
 bool can_be_opened(const std::string& path) {
     if (is_sim_link(path, nullptr)) return true;
-    xmap_class map;
-    return map.retry_exact(path) != nullptr;
+    return file_reader(path).error() == 0;
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "builder/compress.h"
 
+#include <sys/stat.h>
+
 #include <cstdint>
 
 #include "builder/classify.h"
@@ -11,7 +13,6 @@
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/md5.h"
-#include "files/xmap.h"
 #include "files/zip_io.h"
 #include "runtime/hl_string.h"
 #include "runtime/oops.h"
@@ -19,9 +20,8 @@
 
 // Thousands of bytes, cut. A link counts as what it leads to, 0 where that is no file.
 static std::int64_t kilobytes_of(const std::string& path) {
-    xmap_class map;
-    map.retry_exact(path);
-    return map.length() / 1000;
+    struct stat facts;
+    return stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode) ? facts.st_size / 1000 : 0;
 }
 
 void comp_file(const std::string& path) {

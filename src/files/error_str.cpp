@@ -24,6 +24,8 @@ static const err_msg kErrMsgs[] = {
     {err_net_host, "We could not find the server over the network"},
     {err_fork_header, "Part of the downloaded zip file is corrupted (the resource fork header is bad)"},
     {err_wrong_content, "The file that was sent is not the one that the release holds"},
+    {err_no_file, "This is no file but a pipe, a socket or a device, which I do not touch"},
+    {err_file_changed, "The file changed while I was reading it"},
     {err_leads_outside, "A link on the way to this file leads out of the folder that I work in"},
 
     {EAGAIN, "Resource temporarily unavailable"},

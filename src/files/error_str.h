@@ -20,7 +20,9 @@ enum : int {
     err_not_mz = 20013,  // these two have no words of their own
     err_not_pe = 20014,
     err_wrong_content = 20015,  // what a server sent is not what the release holds
-    err_leads_outside = 20016   // the way to a file leads out of the folder that is worked in
+    err_leads_outside = 20016,  // the way to a file leads out of the folder that is worked in
+    err_no_file = 20017,        // a pipe, a socket or a device stands in the place of a file; it is never opened
+    err_file_changed = 20018    // a file changed while it was read
 };
 
 // A code that is not in the table reads "Unknown error occurred (N)".

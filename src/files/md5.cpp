@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "files/error_str.h"
+#include "files/file_reader.h"
 #include "files/io_utils.h"
 #include "files/md5_kernel.h"
-#include "files/xmap.h"
+#include "runtime/product.h"
 
 namespace {
 
@@ -119,8 +122,17 @@ int calc_file_md5(const std::string& path, std::string& sig) {
         sig = md5_of(target);
         return 0;
     }
-    xmap_class file;
-    if (!file.retry_exact(path)) return err_file_open;
-    sig = md5_of({reinterpret_cast<const char*>(file.mem_start), static_cast<std::size_t>(file.length())});
+    file_reader file(app_path + path, file_reader::last_link::refused);
+    constexpr std::size_t block_size = 256u << 10;
+    const auto block = std::make_unique<unsigned char[]>(block_size);
+    MD5_CTX context;
+    MD5Init(&context);
+    std::ptrdiff_t got = 0;
+    while ((got = file.read(block.get(), block_size)) > 0)
+        MD5UpdateWide(&context, block.get(), static_cast<std::uint32_t>(got));
+    const int err = file.error();
+    if (err) return err == ENOENT || err == ENOTDIR ? err_file_open : err;
+    MD5Final(&context);
+    sig = md5_hex(context);
     return 0;
 }

@@ -1,24 +1,19 @@
 #include "files/xmap.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <bit>
 #include <cerrno>
-#include <cstdlib>
+#include <new>
 
+#include "files/file_reader.h"
 #include "files/io_utils.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
+#include "runtime/utf8.h"
 
 int mapped_files_open = 0;
-
-static const unsigned char no_bytes = 0;  // an empty file cannot be mapped; its three pointers stand here
 
 static void fatal(int line, const char* line1, const char* line2, const std::string& line3, const std::string& line4) {
     __MACIBM_alert(0, line1, line2, line3, line4, t_exit, "HLutils/OOPS_cpp/xmap", line);
@@ -37,58 +32,45 @@ xmap_class::xmap_class(const std::string& path) {
     if (!path.empty()) retry(path);
 }
 
-xmap_class::~xmap_class() {
-    close_map();
-}
-
-void xmap_class::close_map() {
-    if (mem_start != mem_end) munmap(const_cast<unsigned char*>(mem_start), static_cast<std::size_t>(length()));
-    if (file_desc) close(file_desc);
-    mem_start = mem_ptr = mem_end = nullptr;
-    file_desc = 0;
-}
-
 const unsigned char* xmap_class::retry(const std::string& path) {
-    return open_and_map(path, false);
+    return take_in(path, false);
 }
 
 const unsigned char* xmap_class::retry_exact(const std::string& path) {
-    return open_and_map(path, true);
+    return take_in(path, true);
 }
 
-const unsigned char* xmap_class::open_and_map(const std::string& path, bool exact) {
+const unsigned char* xmap_class::take_in(const std::string& path, bool exact) {
     check_path(path);
     char full[path_buffer_size];
     copy_to_path_buffer(full, app_path + path);
     if (g_case_sensitive && !exact) findPath(full);
-    if (mem_start) --mapped_files_open;
-    close_map();
-    // Without blocking, or a pipe in the place of a file would hold us for ever.
-    const int fd = open(full, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) return nullptr;
-    struct stat st;
-    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        close(fd);
-        return nullptr;
-    }
-    file_desc = fd;
-    ++mapped_files_open;
-    return map_descriptor(full, static_cast<std::size_t>(st.st_size));
-}
 
-const unsigned char* xmap_class::map_descriptor(const char* full, std::size_t size) {
-    if (size == 0) return mem_start = mem_ptr = mem_end = &no_bytes;
-    void* bytes = mmap(nullptr, size, PROT_READ, MAP_SHARED, file_desc, 0);
-    if (bytes == MAP_FAILED) {
-        const int err = errno;
-        xer << "Mem file error.  Err=" << err << ", file=" << full << "\n";
-        if (err == ENOMEM) fatal(172, "Xmapped out of memory", "c_path=", full, float_text("errno=", err));
+    // What this object held before goes first.
+    if (mem_start) --mapped_files_open;
+    held.reset();
+    mem_start = mem_ptr = mem_end = nullptr;
+
+    file_reader file(full);
+    err = file.error();
+    if (err) return nullptr;
+    const auto size = static_cast<std::size_t>(file.facts().st_size);
+    held.reset(new (std::nothrow) unsigned char[size + 1]);  // an empty file has a place too
+    if (!held) {
+        err = ENOMEM;
+        fatal(172, "Xmapped out of memory", "c_path=", full, float_text("errno=", err));
         return nullptr;
     }
-    if (!bytes) fatal(166, "Xmapped file ran out of memory", "", "", "");
-    madvise(bytes, size, MADV_SEQUENTIAL);  // nearly every reader goes through once, from the start
-    mem_start = mem_ptr = static_cast<const unsigned char*>(bytes);
-    mem_end = mem_start + size;
+    const std::ptrdiff_t got = file.read(held.get(), size);
+    if (got < 0) {
+        err = file.error();
+        held.reset();
+        xer << "Mem file error.  Err=" << err << ", file=" << printable(full) << "\n";
+        return nullptr;
+    }
+    ++mapped_files_open;
+    mem_start = mem_ptr = held.get();
+    mem_end = mem_start + got;
     return mem_start;
 }
 

@@ -1,36 +1,38 @@
-// xmap.h: the one reader of data files: a read-only map of a whole file and a cursor with a few tokenising operations.
-// There is no line buffer and no copying; only a string that is asked for is allocated.
+// xmap.h: the one reader of data files: the bytes of a whole file in memory and a cursor with a few tokenising operations.
+// There is no line buffer and no copying; only a string that is asked for is allocated. The file is read, not mapped
+// (file_reader.h); what is to be read once and may be large goes by blocks instead.
 //
 // Header of a text file: a line "I" (or "A"), then a line with the version, a blank and "version"; a third line may name
 // the kind of file. Of a binary file: one byte, "i" little-endian or "a" big-endian, then the version in four bytes.
 // Bytes: TAB and SP are blank; NUL, CR and LF end a line; both kinds are white. Only mem_end ends the data.
-// Errors: a missing file leaves mem_start null and is no alert; a mistaken path or a failed map is a fatal alert.
-// Ownership: the map lives as long as the object; pointers into it must not outlive it.
+// Errors: a missing file leaves mem_start null and is no alert; a mistaken path or a lack of memory is a fatal alert.
+// Ownership: the bytes live as long as the object; pointers into them must not outlive it.
 // Threads: one object, one thread.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "files/file_kind.h"
 
-extern int mapped_files_open;  // maps made, less those given up by re-pointing; never used for a decision
+extern int mapped_files_open;  // files taken in, less those given up by re-pointing; never used for a decision
 
 class xmap_class {
   public:
     explicit xmap_class(const std::string& path = std::string());
-    ~xmap_class();
     xmap_class(const xmap_class&) = delete;
     xmap_class& operator=(const xmap_class&) = delete;
 
-    // Opens and maps `path`, given relative to the product's folder; the case of its components is mended where the
-    // volume minds case. Returns mem_start, null when the file cannot be opened or is no regular file. An empty file
-    // gives equal, non-null pointers.
+    // Opens and reads `path`, given relative to the product's folder; the case of its components is mended where the
+    // volume minds case. Returns mem_start, null when the file cannot be read or is no regular file: error() then tells.
+    // An empty file gives equal, non-null pointers.
     const unsigned char* retry(const std::string& path);
     // The same for the exact spelling: what installs, deletes or compares must not take one name for another.
     const unsigned char* retry_exact(const std::string& path);
+    int error() const { return err; }  // of the last retry; as file_reader's
 
     // Applies the header convention. `versions` ends at its first 0. Returns the version found, 0 on any mismatch.
     // `magic` may be null; `rest`, if not null, gets the text behind the version number.
@@ -60,12 +62,11 @@ class xmap_class {
     const unsigned char* mem_start = nullptr;
     const unsigned char* mem_ptr = nullptr;
     const unsigned char* mem_end = nullptr;
-    std::int32_t file_desc = 0;  // 0 means none
 
   private:
-    const unsigned char* open_and_map(const std::string& path, bool exact);
-    const unsigned char* map_descriptor(const char* full, std::size_t size);
-    void close_map();
+    const unsigned char* take_in(const std::string& path, bool exact);
+    std::unique_ptr<unsigned char[]> held;
+    int err = 0;
     bool match_word(const char* word, bool (*accepts)(unsigned char));
 };
 

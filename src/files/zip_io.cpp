@@ -111,7 +111,10 @@ class part_file {
     part_file(const beneath_folder& below, const std::string& target)
         : root(below), part(std::string(folder_of(target)) + zip_part_name) {
         root.remove_file(part);
-        err = placed(root.make_file(part, 0666, fd), OOPS_PLACE);
+        // With every right, to see which of them the user's mask leaves.
+        err = placed(root.make_file(part, 0777, fd), OOPS_PLACE);
+        struct stat facts;
+        if (!err && fstat(fd, &facts) == 0) rights = facts.st_mode & 0777;
     }
     ~part_file() {
         if (fd >= 0) close(fd);
@@ -130,6 +133,7 @@ class part_file {
     std::string part;
     int fd = -1;
     int err;
+    mode_t rights = 0777;  // that the user's mask leaves to new files
     bool brought = false;
 };
 
@@ -146,8 +150,9 @@ int part_file::write_block(const unsigned char* bytes, std::size_t count) const 
 
 // Entries carry local time without a zone, and a full year. A volume that knows no modes or dates is no failure.
 void part_file::set_mode_and_date(const unz_file_info64& info) const {
-    if (info.external_fa == 0) return;
-    fchmod(fd, static_cast<mode_t>(info.external_fa >> 16 & 0777));
+    const bool told = info.external_fa != 0;
+    fchmod(fd, (told ? static_cast<mode_t>(info.external_fa >> 16) : 0666) & rights);
+    if (!told) return;
     std::tm date = {};
     date.tm_sec = static_cast<int>(info.tmu_date.tm_sec);
     date.tm_min = static_cast<int>(info.tmu_date.tm_min);

@@ -43,8 +43,15 @@ extern const char* const zip_part_name;
 // name is stored there in every case.
 int zip_to_file(const std::string& zip, const std::string& out_dir, std::string* name, int use_name);
 
-// One entry, named as the last component of `source`: stored for a link, deflated for a file; zip64 only from 4 GB on.
-int file_to_zip(const std::string& source, const std::string& zip);
+// What went into a zip: the signature and number of the very bytes, whatever has become of the file since.
+struct zipped_file {
+    std::string signature;
+    std::uint64_t bytes = 0;
+};
+
+// One entry, named as the last component of `source`: stored for a link, deflated for a file; zip64 only from 4 GB on. A
+// file that changed while it was read gives 20018 (err_file_changed) and no zip. `facts` may be null.
+int file_to_zip(const std::string& source, const std::string& zip, zipped_file* facts = nullptr);
 
 // The current entry of the open zip is a fork; `path` is for the log.
 int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info64& info);

@@ -6,11 +6,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <ctime>
+#include <functional>
+#include <memory>
 
 #include "files/error_str.h"
+#include "files/file_reader.h"
 #include "files/io_utils.h"
-#include "files/xmap.h"
+#include "files/md5.h"
 #include "files/zip_io.h"
 #include "platform/paths.h"
 #include "runtime/log.h"
@@ -23,14 +27,6 @@ constexpr std::size_t block_size = 256u << 10;
 constexpr unsigned long link_attributes = 0xa1ed0000;
 constexpr unsigned long made_on_unix = 3 << 8 | 20;  // or other programs would not see a mode in the attributes
 constexpr std::size_t zip64_from = 0xff000000;       // less than 4 GB by what deflate may add to data it cannot shrink
-
-struct new_entry {
-    std::string name;
-    int method;
-    zip_fileinfo info;
-    const unsigned char* bytes;
-    std::size_t size;
-};
 
 // The format holds the years 1980 to 2107; minizip would write nonsense for others.
 tm_zip entry_date(std::time_t time) {
@@ -47,16 +43,35 @@ int write_error() {
     return errno == ENOSPC || errno == EDQUOT || errno == EFBIG ? errno : err_zip_write;
 }
 
+// One entry being written: its bytes go by once, and are signed on their way.
+struct new_entry {
+    std::string name;
+    int method;
+    zip_fileinfo info;
+    std::uint64_t size;                                                       // as far as it is known before
+    std::function<std::ptrdiff_t(unsigned char* to, std::size_t room)> read;  // 0 at the end, below 0 a failure
+    zipped_file& done;
+};
+
 int write_entry(zipFile out, const new_entry& e) {
     const int level = e.method == Z_DEFLATED ? Z_DEFAULT_COMPRESSION : 0;
     if (zipOpenNewFileInZip4_64(out, e.name.c_str(), &e.info, nullptr, 0, nullptr, 0, nullptr, e.method, level, 0,
                                 -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, made_on_unix, 0,
                                 e.size >= zip64_from) != ZIP_OK)
         return failed_at(write_error(), OOPS_PLACE);
-    for (std::size_t at = 0; at < e.size; at += block_size) {
-        const auto count = static_cast<unsigned>(std::min(e.size - at, block_size));
-        if (zipWriteInFileInZip(out, e.bytes + at, count) != ZIP_OK) return failed_at(write_error(), OOPS_PLACE);
+    const auto block = std::make_unique<unsigned char[]>(block_size);
+    MD5_CTX context;
+    MD5Init(&context);
+    std::ptrdiff_t got = 0;
+    while ((got = e.read(block.get(), block_size)) > 0) {
+        const auto count = static_cast<unsigned>(got);
+        MD5UpdateWide(&context, block.get(), count);
+        e.done.bytes += count;
+        errno = 0;
+        if (zipWriteInFileInZip(out, block.get(), count) != ZIP_OK) return failed_at(write_error(), OOPS_PLACE);
     }
+    MD5Final(&context);
+    e.done.signature = md5_hex(context);
     return zipCloseFileInZip(out) == ZIP_OK ? 0 : failed_at(write_error(), OOPS_PLACE);
 }
 
@@ -64,38 +79,50 @@ int write_zip(const std::string& zip, const new_entry& e) {
     const std::string full = app_path + zip;
     const zipFile out = zipOpen64(full.c_str(), APPEND_STATUS_CREATE);
     if (!out) return failed_at(err_zip_create, OOPS_PLACE);
-    errno = 0;
     int err = write_entry(out, e);
     if (zipClose(out, nullptr) != ZIP_OK && !err) err = failed_at(write_error(), OOPS_PLACE);
     if (err) unlink(full.c_str());
     return err;
 }
 
-int link_to_zip(const std::string& name, const std::string& target, const std::string& zip) {
-    new_entry e = {name, 0, {}, reinterpret_cast<const unsigned char*>(target.data()), target.size()};
-    e.info.external_fa = link_attributes;
-    e.info.tmz_date = {0, 0, 0, 1, 0, 1980};  // so that one link always gives one zip
-    return write_zip(zip, e);
+int link_to_zip(const std::string& name, std::string_view target, const std::string& zip, zipped_file& done) {
+    zip_fileinfo info = {};
+    info.external_fa = link_attributes;
+    info.tmz_date = {0, 0, 0, 1, 0, 1980};  // so that one link always gives one zip
+    const auto read = [&target](unsigned char* to, std::size_t room) {
+        const std::size_t count = target.copy(reinterpret_cast<char*>(to), room);
+        target.remove_prefix(count);
+        return static_cast<std::ptrdiff_t>(count);
+    };
+    return write_zip(zip, {name, 0, info, target.size(), read, done});
 }
 
-int data_to_zip(const std::string& name, const std::string& source, const std::string& zip) {
-    xmap_class file;
-    struct stat st;
-    if (!file.retry_exact(source) || fstat(file.file_desc, &st) != 0) return failed_at(err_file_open, OOPS_PLACE);
-    new_entry e = {name, Z_DEFLATED, {}, file.mem_start, static_cast<std::size_t>(file.length())};
-    e.info.external_fa = static_cast<uLong>(st.st_mode) << 16;
-    e.info.tmz_date = entry_date(st.st_mtime);
-    return write_zip(zip, e);
+int data_to_zip(const std::string& name, const std::string& source, const std::string& zip, zipped_file& done) {
+    file_reader file(app_path + source, file_reader::last_link::refused);
+    if (file.error()) return failed_at(file.error() == ENOENT ? int{err_file_open} : file.error(), OOPS_PLACE);
+    const struct stat& facts = file.facts();
+    zip_fileinfo info = {};
+    info.external_fa = static_cast<uLong>(facts.st_mode) << 16;
+    info.tmz_date = entry_date(facts.st_mtime);
+    const auto read = [&file](unsigned char* to, std::size_t room) { return file.read(to, room); };
+    const int err = write_zip(zip, {name, Z_DEFLATED, info, static_cast<std::uint64_t>(facts.st_size), read, done});
+    if (err) return err;
+    if (!file.error() && !file.changed_meanwhile()) return 0;
+    unlink((app_path + zip).c_str());
+    return failed_at(file.error() ? file.error() : err_file_changed, OOPS_PLACE);
 }
 
 }  // namespace
 
-int file_to_zip(const std::string& source, const std::string& zip) {
+int file_to_zip(const std::string& source, const std::string& zip, zipped_file* facts) {
     const std::string name(last_part(source));
     std::string target;
-    const bool link = is_sim_link(source, &target);
-    const int err = link ? link_to_zip(name, target, zip) : data_to_zip(name, source, zip);
+    zipped_file done;
+    const int err =
+        is_sim_link(source, &target) ? link_to_zip(name, target, zip, done) : data_to_zip(name, source, zip, done);
     if (err)
         xer << "file_to_zip failed with error " << err << ".\nfile = " << sErrFile << " line = " << sErrLine << "\n";
+    else if (facts)
+        *facts = done;
     return err;
 }

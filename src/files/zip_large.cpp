@@ -1,18 +1,19 @@
 #include "files/zip_large.h"
 
+#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "files/error_str.h"
+#include "files/file_reader.h"
 #include "files/io_utils.h"
-#include "files/xmap.h"
 #include "runtime/bytes.h"
 #include "runtime/oops.h"
+#include "runtime/product.h"
 
 static constexpr ZPOS64_T mark = 0xffffffff;
 static constexpr std::size_t block_size = 256u << 10;
@@ -55,27 +56,50 @@ struct entry_sum {
     }
 };
 
-int copy_stored(const unsigned char* from, ZPOS64_T size, entry_sum& sum) {
+// The compressed bytes of an entry, block by block; an archive that ends before them is a bad one.
+struct packed_bytes {
+    file_reader& file;
+    ZPOS64_T left;
+    std::vector<unsigned char> block = std::vector<unsigned char>(block_size);
+
+    // How many are in `block` now; 0 at the end.
+    int next(std::size_t& count) {
+        const std::ptrdiff_t got = file.read(block.data(), std::min<ZPOS64_T>(left, block_size));
+        if (got < 0) return failed_at(file.error(), OOPS_PLACE);
+        if (got == 0 && left > 0) return failed_at(err_zip_read, OOPS_PLACE);
+        count = static_cast<std::size_t>(got);
+        left -= count;
+        return 0;
+    }
+};
+
+int copy_stored(packed_bytes& from, entry_sum& sum) {
+    std::size_t count = 1;
     int err = 0;
-    for (ZPOS64_T at = 0; !err && at < size; at += block_size)
-        err = sum.take(from + at, std::min<ZPOS64_T>(size - at, block_size));
+    while (!err && count > 0) {
+        err = from.next(count);
+        if (!err) err = sum.take(from.block.data(), count);
+    }
     return err;
 }
 
-int inflate_all(const unsigned char* from, ZPOS64_T size, entry_sum& sum) {
-    const std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[block_size]);
+int inflate_all(packed_bytes& from, entry_sum& sum) {
+    std::vector<unsigned char> block(block_size);
     z_stream z = {};
-    if (!block || inflateInit2(&z, -MAX_WBITS) != Z_OK) return failed_at(ENOMEM, OOPS_PLACE);
-    z.next_in = const_cast<Bytef*>(from);
+    if (inflateInit2(&z, -MAX_WBITS) != Z_OK) return failed_at(ENOMEM, OOPS_PLACE);
     int err = 0, state = Z_OK;
     while (!err && state == Z_OK) {
-        const auto input = static_cast<uInt>(std::min<ZPOS64_T>(size, 1u << 30));
-        z.avail_in = input;
-        z.next_out = block.get();
+        if (z.avail_in == 0) {
+            std::size_t count = 0;
+            err = from.next(count);
+            if (err) break;
+            z.next_in = from.block.data();
+            z.avail_in = static_cast<uInt>(count);
+        }
+        z.next_out = block.data();
         z.avail_out = block_size;
         state = inflate(&z, Z_NO_FLUSH);
-        size -= input - z.avail_in;
-        err = sum.take(block.get(), block_size - z.avail_out);
+        err = sum.take(block.data(), block_size - z.avail_out);
     }
     inflateEnd(&z);
     if (!err && state != Z_STREAM_END) err = failed_at(err_zip_read, OOPS_PLACE);
@@ -90,13 +114,14 @@ int read_large_entry(unzFile zip, const std::string& path, const unz_file_info64
     if (err != UNZ_OK) return failed_at(err, OOPS_PLACE);
     const ZPOS64_T from = unzGetCurrentFileZStreamPos64(zip);
     unzCloseCurrentFile(zip);
-    xmap_class file;
-    if (!file.retry_exact(path)) return failed_at(err_zip_open, OOPS_PLACE);
-    const auto length = static_cast<ZPOS64_T>(file.length());
+    file_reader file(app_path + path);
+    if (file.error()) return failed_at(file.error(), OOPS_PLACE);
+    const auto length = static_cast<ZPOS64_T>(file.facts().st_size);
     if (from > length || info.compressed_size > length - from) return failed_at(err_zip_read, OOPS_PLACE);
+    lseek(file.descriptor(), static_cast<off_t>(from), SEEK_SET);
+    packed_bytes data = {file, info.compressed_size};
     entry_sum sum = {sink, info.uncompressed_size};
-    const unsigned char* data = file.mem_start + from;
-    err = method == 0 ? copy_stored(data, info.compressed_size, sum) : inflate_all(data, info.compressed_size, sum);
+    err = method == 0 ? copy_stored(data, sum) : inflate_all(data, sum);
     if (!err && sum.size != sum.limit) err = failed_at(err_zip_read, OOPS_PLACE);
     if (!err && sum.crc != info.crc) err = failed_at(UNZ_CRCERROR, OOPS_PLACE);
     return err;

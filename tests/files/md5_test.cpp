@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 
@@ -80,8 +81,21 @@ TEST(signature, files_links_and_what_cannot_be_read) {
     std::string sig = "NONE";
     box.write("Foo.txt", "abc");
     mkfifo((box / "pipe").c_str(), 0600);
-    for (const char* name : {"missing", "", "pipe", "foo.txt"})  // another spelling is another file
-        EXPECT_EQ(calc_file_md5(box / name, sig), err_file_open) << name;
+    const struct {
+        std::string path;
+        int code;
+    } unsigned_ones[] = {
+        {box / "missing", err_file_open},
+        {box / "foo.txt", err_file_open},  // another spelling is another file
+        {box / "Foo.txt/below", err_file_open},
+        {box / "", EISDIR},
+        {box / "pipe", err_no_file},
+        {"/dev/zero", err_no_file},
+        {"/proc/self/mem", EIO},  // opens, and fails to be read as one on a bad sector does
+        {box / std::string(300, 'x'), ENAMETOOLONG},
+    };
+    for (const auto& one : unsigned_ones)
+        EXPECT_EQ(calc_file_md5(one.path, sig), one.code) << one.path;
     EXPECT_EQ(sig, "NONE");
     EXPECT_EQ(calc_file_md5(box / "Foo.txt", sig), 0);
     EXPECT_EQ(sig, "900150983cd24fb0d6963f7d28e17f72");

@@ -7,10 +7,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "files/error_str.h"
@@ -127,9 +131,13 @@ TEST_F(archive, a_link_travels_as_a_link_and_replaces_a_file) {
 }
 
 TEST_F(archive, attributes_decide_mode_and_kind) {
-    umask(022);
-    ASSERT_EQ(expand({{"none", "1", 0}, {"dos", "2", 0x20}, {"odd", "target", 0xe1edul << 16}}), 0);
-    EXPECT_EQ(facts(out + "none").st_mode & 0777, 0644u);
+    umask(026);
+    ASSERT_EQ(
+        expand(
+            {{"none", "1", 0}, {"dos", "2", 0x20}, {"all", "3", 0100777ul << 16}, {"odd", "target", 0xe1edul << 16}}),
+        0);
+    EXPECT_EQ(facts(out + "none").st_mode & 0777, 0640u);
+    EXPECT_EQ(facts(out + "all").st_mode & 0777, 0751u) << "no right that the user keeps from new files";
     EXPECT_LT(std::time(nullptr) - facts(out + "none").st_mtime, 1000) << "without attributes the file is of today";
     EXPECT_EQ(facts(out + "dos").st_mode & 0777, 0u);
     EXPECT_EQ(link_text(out + "odd"), "target");
@@ -254,8 +262,33 @@ TEST_F(archive, each_damage_has_its_code) {
     EXPECT_EQ(expand_patched(14, 0x11), UNZ_CRCERROR);
     EXPECT_EQ(scratch::read(out + "f"), "old");
     EXPECT_EQ(expand({{"no such folder/f", "x"}}), ENOENT);
-    EXPECT_EQ(file_to_zip(box / "missing", zip), err_file_open);
+    const std::pair<std::string, int> unreadable[] = {
+        {box / "missing", err_file_open}, {"/dev/zero", err_no_file}, {"/proc/self/mem", EIO}};  // as on a bad sector
+    for (const auto& [source, code] : unreadable) {
+        EXPECT_EQ(file_to_zip(source, box / "none.zip"), code) << source;
+        EXPECT_FALSE(scratch::exists(box / "none.zip")) << source;
+    }
     EXPECT_EQ(file_to_zip(out + "f", box / "no/folder.zip"), err_zip_create);
+}
+
+TEST_F(archive, a_file_that_changes_while_it_is_read_gives_no_zip) {
+    const std::string source = box.write("f", std::string(1 << 20, 'x'));
+    zipped_file facts;
+    ASSERT_EQ(file_to_zip(source, zip, &facts), 0);
+    std::string signature;
+    ASSERT_EQ(calc_file_md5(source, signature), 0);
+    EXPECT_EQ(facts.signature, signature);
+    EXPECT_EQ(facts.bytes, 1u << 20);
+    std::filesystem::resize_file(source, 64 << 20);
+    std::atomic<bool> through = false;
+    std::thread writer([&] {
+        for (int i = 0; !through; ++i)
+            std::filesystem::resize_file(source, (64u << 20) + static_cast<unsigned>(i % 1000));
+    });
+    EXPECT_EQ(file_to_zip(source, box / "none.zip", &facts), err_file_changed);
+    through = true;
+    writer.join();
+    EXPECT_FALSE(scratch::exists(box / "none.zip"));
 }
 
 TEST_F(archive, a_full_disk_is_told_and_leaves_nothing_half_made) {
