@@ -3,11 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include "display/virtual_keys.h"
 #include "gfx/mnw.h"
 
 namespace {
 
-constexpr int vk_tab = 9, take_all = 1023;
+constexpr int take_all = 1023;
 
 struct {
     int chars[focus_queue_length], vkeys[focus_queue_length], flags[focus_queue_length], ids[focus_queue_length];
@@ -53,7 +54,7 @@ TEST(Focus, AWidgetGetsTheKeysOfItsClassesAndNoOthers) {
             EXPECT_EQ(BTN_dispatch_to_focus(key.c, key.vkey, 0), wanted) << key.c << "," << key.vkey;
             EXPECT_EQ(queue.count, wanted) << key.c << "," << key.vkey;
         }
-    mnw.wind_id = 995;
+    mnw.wind_id = wind_alert;
     EXPECT_EQ(BTN_dispatch_to_focus(0x85, 0, 0), 0) << "an alert keeps keys from the fields below it";
 }
 

@@ -3,13 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
+#include "display/virtual_keys.h"
 #include "gfx/mnw.h"
 #include "runtime/cmnd.h"
 #include "ui/focus.h"
 
 namespace {
-
-constexpr int vk_return = 13, vk_a = 65, vk_f1 = 112, vk_enter = 187, vk_keypad_enter = 188;
 
 class Keys : public ::testing::Test {
   protected:
@@ -32,8 +33,9 @@ class Keys : public ::testing::Test {
 TEST_F(Keys, ScreensSeeReturnEscapeDeleteAndCharacters) {
     const struct {
         int vkey, character, hits;  // 1 Return, 2 Escape, 4 Delete
-    } cases[] = {{vk_return, 13, 1}, {vk_enter, 13, 1}, {vk_keypad_enter, 0, 0}, {27, 27, 2}, {8, 8, 4}, {185, '.', 4},
-                 {181, '.', 4},      {46, 8, 0},        {vk_a, 'a', 0},          {0, 0xE9, 0}};
+    } cases[] = {{vk_return, 13, 1}, {vk_enter, 13, 1},   {vk_numpad_enter, 0, 0}, {vk_escape, 27, 2},
+                 {vk_back, 8, 4},    {vk_period, '.', 4}, {181, '.', 4},           {46, 8, 0},
+                 {vk_a, 'a', 0},     {0, 0xE9, 0}};
     for (const auto& c : cases)
         for (const int kind : {key_kind_down, key_kind_repeat, key_kind_up}) {
             send(kind, c.vkey, c.character);
@@ -43,36 +45,37 @@ TEST_F(Keys, ScreensSeeReturnEscapeDeleteAndCharacters) {
         }
 }
 
-TEST_F(Keys, ABindingWantsItsModifiersAndHoldsItsCommandUntilTheKeyIsUp) {
+TEST_F(Keys, ABindingWantsItsModifiersAndNoCommandStaysDownWithoutItsKey) {
     keys.bind(vk_f1, key_control | key_shift, command);
     for (int wrong = 0; wrong < 8; ++wrong)
         if (wrong != (key_control | key_shift))
             send(key_kind_down, vk_f1, 0, wrong & key_shift, wrong & key_alt, wrong & key_control);
     EXPECT_EQ(state().pressed, 0);
-    send(key_kind_down, vk_f1, 0, true, false, true);
-    send(key_kind_repeat, vk_f1, 0, true, false, true);
-    keys.run_repeat_keys();
-    EXPECT_EQ(state().pressed, 1);
-    EXPECT_EQ(state().held_frames, 2);
-    send(key_kind_up, vk_f1);  // the modifiers were let go first
-    EXPECT_EQ(state().held_frames, 0);
-}
-
-TEST_F(Keys, NoCommandStaysDownWhenItsKeyUpGoesElsewhere) {
-    keys.bind(vk_a, 0, command);
-    send(key_kind_down, vk_a, 'a');
-    BTN_register_focus(5, queue[0], queue[1], queue[2], queue[3], &count, focus_queue_length, 500, 1);
-    send(key_kind_up, vk_a, 'a');
-    EXPECT_EQ(count, 1);
-    EXPECT_EQ(state().held_frames, 0) << "a field got the keyboard meanwhile";
-    BTN_unfocus_any();
-    send(key_kind_down, vk_a, 'a');
-    keys.bind(vk_a, 0, 0);
-    EXPECT_EQ(state().held_frames, 0) << "the key runs something else";
-    keys.bind(vk_a, 0, command);
-    send(key_kind_down, vk_a, 'a');
-    keys.keys_io(1);
-    EXPECT_EQ(state().held_frames, 0) << "the bindings were dropped";
+    const struct {
+        const char* name;
+        std::function<void()> act;
+    } ends[] = {
+        {"the modifiers were let go first", [] { send(key_kind_up, vk_f1); }},
+        {"a field got the keyboard meanwhile",
+         [&] {
+             BTN_register_focus(5, queue[0], queue[1], queue[2], queue[3], &count, focus_queue_length, 1023, 1);
+             send(key_kind_up, vk_f1);
+             EXPECT_EQ(count, 1);
+             BTN_unfocus_any();
+         }},
+        {"the key runs something else", [&] { keys.bind(vk_f1, key_control | key_shift, 0); }},
+        {"the bindings were dropped", [] { keys.keys_io(1); }},
+    };
+    for (const auto& end : ends) {
+        keys.bind(vk_f1, key_control | key_shift, command);
+        for (const int kind : {key_kind_down, key_kind_repeat})
+            send(kind, vk_f1, 0, true, false, true);
+        keys.run_repeat_keys();
+        EXPECT_EQ(state().held_frames, 2);
+        end.act();
+        EXPECT_EQ(state().held_frames, 0) << end.name;
+    }
+    EXPECT_EQ(state().pressed, 4);
 }
 
 }  // namespace

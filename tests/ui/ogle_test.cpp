@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "display/virtual_keys.h"
 
-enum : char { backspace = 8, go_left = 28, go_right = 29, go_up = 30, go_down = 31 };
+namespace {
 
 class page : public OGLE {
   public:
@@ -111,7 +111,7 @@ TEST(Ogle, AnEditLeavesTheLinesOfAFullLayout) {
 }
 
 TEST(Ogle, KeysMoveExtendAndReplace) {
-    const std::string l(1, go_left), r(1, go_right), u(1, go_up), d(1, go_down), b(1, backspace);
+    const std::string l(1, char_left), r(1, char_right), u(1, char_up), d(1, char_down), b(1, char_back);
     const struct {
         const char* name;
         int start, end;  // start behind end: the start moves
@@ -129,23 +129,16 @@ TEST(Ogle, KeysMoveExtendAndReplace) {
         {"up from the first line", 3, 3, u, 0, {0, 0}, "abcdef"},
         {"down from the last line", 3, 3, d, 1, {3, 6}, "abcdef"},
         {"held to the text", -5, 99, "", 0, {0, 6}, "abcdef"},
+        {"the column over a shorter line", 5, 5, d + d, 0, {15, 15}, "abcdef\nab\nabcdef"},
+        {"a new column", 15, 15, l + u + u, 0, {4, 4}, "abcdef\nab\nabcdef"},
     };
     for (const auto& c : cases) {
-        page p("abcdef");
+        page p(std::string(c.text).find('\n') != std::string::npos ? c.text : "abcdef");
         p.SetSelection(c.start, c.end);
         p.keys(c.keys, c.shift);
         EXPECT_EQ(p.selection(), c.selection) << c.name;
         EXPECT_EQ(p.text, c.text) << c.name;
     }
-}
-
-TEST(Ogle, UpAndDownKeepTheColumnAcrossShorterLines) {
-    page p("abcdef\nab\nabcdef");
-    p.SetSelection(5, 5);
-    p.keys({go_down, go_down});
-    EXPECT_EQ(p.selection(), (std::vector<int>{15, 15}));
-    p.keys({go_left, go_up, go_up});  // a new column
-    EXPECT_EQ(p.selection(), (std::vector<int>{4, 4}));
 }
 
 TEST(Ogle, AClickGoesToTheByteUnderItOnItsOwnLine) {
@@ -170,12 +163,12 @@ TEST(Ogle, TheViewMovesJustFarEnoughToShowTheCaret) {
     p.seen_dx = 30;
     p.seen_dy = 20;
     p.SetSelection(4, 4);
-    p.keys({go_right});
+    p.keys({char_right});
     EXPECT_EQ(p.scroll[0], 0) << "at the edge it is in sight";
-    p.keys({go_right});
+    p.keys({char_right});
     EXPECT_EQ(p.scroll[0], 6);
     p.SetSelection(0, 0);
-    p.keys({go_down, go_down});
+    p.keys({char_down, char_down});
     EXPECT_EQ(p.scroll[0], 0);
     EXPECT_EQ(p.scroll[1], -10) << "the third line, with the second above it";
 }
