@@ -54,7 +54,7 @@ static bool ends_a_name(char c) {
 
 std::string read_server_address(std::string_view text, server_address& address) {
     server_address read;
-    if (const std::string wrong = read_scheme(text, read.secure); !wrong.empty()) return wrong;
+    if (std::string wrong = read_scheme(text, read.secure); !wrong.empty()) return wrong;
     read.port = read.secure ? https_port : http_port;
 
     std::string_view host = text, port;

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
+#include "display/display.h"
 #include "gfx/builtin.h"
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
 #include "gfx/tman.h"
-#include "display/display.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"

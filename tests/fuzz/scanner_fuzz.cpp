@@ -1,5 +1,6 @@
 // The text scanner. The first line of the input is what to do, a letter each; the rest is the file.
 #include <algorithm>
+#include <iterator>
 
 #include "files/xmap.h"
 #include "fuzz/fuzz.h"
@@ -42,7 +43,7 @@ static void act(xmap_class& file, char what) {
             file.TXT_xer_line();
             break;
         default:
-            file.read_n_rev(block, sizeof block - (static_cast<unsigned char>(what) & 7));
+            file.read_n_rev(block, std::ssize(block) - (static_cast<unsigned char>(what) & 7));
     }
 }
 

@@ -9,11 +9,11 @@
 #include <functional>
 #include <string>
 
+#include "display/display.h"
 #include "gfx/gl_window.h"
+#include "gfx/images/tex.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
-#include "gfx/images/tex.h"
-#include "display/display.h"
 #include "runtime/oops.h"
 #include "shell/pump.h"
 #include "shell/shell.h"

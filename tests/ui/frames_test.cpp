@@ -60,7 +60,7 @@ TEST_F(Frames, TheProgressBarMovesInStepsThatStayCrisp) {
         while (right < 1016 && difference(drawn.at(right, 15), fill) < 30)
             ++right;
         EXPECT_GE(right, last) << i;
-        EXPECT_NEAR(right, 132 + 884 * i / 100, 8) << i;
+        EXPECT_NEAR(right, 132 + 8.84 * i, 8) << i;
         last = right;
     }
 }
