@@ -133,12 +133,27 @@ class ConsoleTest(installer.Scene):
         self.assertEqual(len(self.server.requests()), asked)
         self.assert_same(before)
 
-    def test_help_and_version_need_nothing(self):
+    def test_help_and_version_need_nothing_and_help_names_what_is_parsed(self):
         for option in ("--help", "-h", "--version"):
             outcome = self.run_installer(option, dest=False)
             self.assertEqual((outcome.status, outcome.err), (0, ""), outcome)
             words = "Velaris 9.00 Beta-19" if option == "--version" else "Usage: Velaris [options...]"
             self.assertIn(words, outcome.out)
+        said = self.run_installer("--help", dest=False).out
+        named = {name: sign and sign + value.split("|")[0]
+                 for name, sign, value in re.findall(r"(?m)^(-[\w-]+)(?:(=)(\S+))?$", said)}
+        self.assertGreater(len(named), 30)
+        asked = set()
+        for folder, _, names in os.walk(os.path.join(installer.ROOT, "src")):
+            for name in names:
+                with open(os.path.join(folder, name), encoding="utf-8") as text:
+                    if not folder.endswith("builder"):
+                        asked |= set(re.findall(r'(?:has|get)_option\("(-[^"]+)"\)', text.read()))
+        asked -= {"--cmnds", "--no_dds"}        # for the maker alone, and told to nobody
+        self.assertEqual(asked - named.keys(), set())
+        for name, value in named.items():
+            outcome = self.run_installer(name + value, "--version")
+            self.assertNotRegex(outcome.err, "I do not know|takes no value|wants a value", name)
 
 
 if __name__ == "__main__":

@@ -125,9 +125,9 @@ class Scene(unittest.TestCase):
         return outcome
 
     def run_measured(self, *options, status=0, **how):
-        """A run that must end with `status`: what it said, and the kilobytes of memory that it needed at the most.
+        """A run that must end with `status`: what it said, and what it used.
 
-        They are of this process alone; what forked it does not count as long as it is smaller."""
+        The memory is of this process alone; what forked it does not count as long as it is smaller."""
         with tempfile.TemporaryFile() as output:
             run = self.start("--agree", *options, stdout=output, stderr=output, **how)
             _, ended, used = os.wait4(run.pid, 0)
@@ -135,7 +135,7 @@ class Scene(unittest.TestCase):
             output.seek(0)
             said = text_of(output.read())
         self.assertEqual(run.returncode, status, said)
-        return said, used.ru_maxrss
+        return said, used
 
     def assert_installed(self, items, where=None, besides=None):
         """`items` as Tree.installed gives them; `besides`: what else lies there, in the form of a snapshot."""
