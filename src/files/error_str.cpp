@@ -1,6 +1,7 @@
 #include "files/error_str.h"
 
 #include <cerrno>
+#include <cstring>
 
 struct err_msg {
     int code;
@@ -26,6 +27,7 @@ static const err_msg kErrMsgs[] = {
     {err_wrong_content, "The file that was sent is not the one that the release holds"},
     {err_no_file, "This is no file but a pipe, a socket or a device, which I do not touch"},
     {err_file_changed, "The file changed while I was reading it"},
+    {err_temp_full, "The disk of the temporary folder is full"},
     {err_leads_outside, "A link on the way to this file leads out of the folder that I work in"},
 
     {EAGAIN, "Resource temporarily unavailable"},
@@ -69,6 +71,13 @@ static const err_msg kErrMsgs[] = {
     {EDQUOT, "Your share of this disk is full"},
     {ELOOP, "Too many links lead to one another"},
 
+    // What minizip says of an archive.
+    {-1, "The system did not say what went wrong"},
+    {-102, "A zip file could not be read in the order of its parts"},
+    {-103, "A zip file is damaged"},
+    {-104, "A zip file could not be read, for a reason that is not known"},
+    {-105, "A zip file is damaged: the checksum of its content is wrong"},
+
     {-43, "File not found"},
     {-50, "param err"},
     {-33, "Directory is full"},
@@ -103,5 +112,6 @@ static const err_msg kErrMsgs[] = {
 std::string error_str(int code) {
     for (const err_msg& m : kErrMsgs)
         if (m.code == code) return m.text;
+    if (const char* const words = strerrordesc_np(code); words && code > 0) return words;
     return "Unknown error occurred (" + std::to_string(code) + ")";
 }

@@ -22,8 +22,9 @@ enum : int {
     err_wrong_content = 20015,  // what a server sent is not what the release holds
     err_leads_outside = 20016,  // the way to a file leads out of the folder that is worked in
     err_no_file = 20017,        // a pipe, a socket or a device stands in the place of a file; it is never opened
-    err_file_changed = 20018    // a file changed while it was read
+    err_file_changed = 20018,   // a file changed while it was read
+    err_temp_full = 20019       // no server's fault: the disk of the temporary folder is full
 };
 
-// A code that is not in the table reads "Unknown error occurred (N)".
+// A code that neither the table nor the system knows reads "Unknown error occurred (N)".
 std::string error_str(int code);

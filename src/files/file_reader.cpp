@@ -18,12 +18,8 @@ file_reader::file_reader(const std::string& path, last_link link) {
                                                                                             : errno;
     if (err) return;
     fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | (follow ? 0 : O_NOFOLLOW));
-    if (fd < 0) err = errno;
     // Between the look and the opening something else may have come there.
-    else if (fstat(fd, &at_start) != 0)
-        err = errno;
-    else
-        err = kind_error(at_start);
+    err = fd < 0 || fstat(fd, &at_start) != 0 ? errno : kind_error(at_start);
 }
 
 file_reader::~file_reader() {

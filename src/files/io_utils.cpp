@@ -17,6 +17,7 @@
 #include "files/error_str.h"
 #include "files/file_kind.h"
 #include "platform/paths.h"
+#include "platform/sync.h"
 #include "runtime/bytes.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
@@ -125,6 +126,17 @@ static void lower_extension(std::string& path) {
         if (path[i] >= 'A' && path[i] <= 'Z') path[i] = static_cast<char>(path[i] - 'A' + 'a');
 }
 
+static void could_not_save(std::string full) {
+    if (full.ends_with(ouf_beside)) full.resize(full.size() - std::strlen(ouf_beside));
+    __MACIBM_alert(0,
+                   "I could not save the file! Could the directory that the file sits in be missing? Or flagged as "
+                   "READ-ONLY by the operating system? (Windows machines typically do this).",
+                   full, "Could the file be flagged as read-only? This happens in Windows if you copy it from a CD!",
+                   "Try putting this app in the background and then flag the file as NOT read-only, or creating the "
+                   "folder listed in the path above.",
+                   t_alert, "HLutils/Files/io_utils", 1064);
+}
+
 int ouf_open(const std::string& path, int type, int version, const std::string& extra) {
     if (type != file_binary && type != file_text)
         __MACIBM_alert(0, "Bad ouf_open type!", "", "", "", t_exit, "HLutils/Files/io_utils", 1010);
@@ -135,13 +147,19 @@ int ouf_open(const std::string& path, int type, int version, const std::string& 
     if (write_header(buffer, type, version, extra)) return 1;
     make_folder(std::string(folder_of(full)));
     if (write_header(buffer, type, version, extra)) return 1;
-    __MACIBM_alert(0,
-                   "I could not save the file! Could the directory that the file sits in be missing? Or flagged as "
-                   "READ-ONLY by the operating system? (Windows machines typically do this).",
-                   full, "Could the file be flagged as read-only? This happens in Windows if you copy it from a CD!",
-                   "Try putting this app in the background and then flag the file as NOT read-only, or creating the "
-                   "folder listed in the path above.",
-                   t_alert, "HLutils/Files/io_utils", 1064);
+    could_not_save(full);
+    return 0;
+}
+
+int ouf_close_onto(const std::string& path) {
+    std::string full = app_path + path;
+    const std::string beside = full + ouf_beside;
+    lower_extension(full);
+    const bool whole = ouf.is_open() && ouf.flush().good();
+    ouf.close();
+    if (whole && sync_file(beside) == 0 && std::rename(beside.c_str(), full.c_str()) == 0) return 1;
+    unlink(beside.c_str());
+    could_not_save(full);
     return 0;
 }
 

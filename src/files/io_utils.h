@@ -36,6 +36,11 @@ bool is_sim_link(const std::string& path, std::string* target);  // exact spelli
 // tries once more. 1 on success; a failure shows a level 1 alert and gives 0. The caller writes the rest and closes.
 int ouf_open(const std::string& path, int type, int version, const std::string& extra);
 
+// For a file that must be whole or as it was: opened as `path` + ouf_beside, closed and brought to its place, once its
+// bytes are on the disk, by this. 1 on success; a failure shows the same alert, leaves the file as it was and gives 0.
+constexpr char ouf_beside[] = ".new";
+int ouf_close_onto(const std::string& path);
+
 // Mends the case of each component by what is on the disk; `path` is a buffer of path_buffer_size bytes.
 void findPath(char* path);
 

@@ -1,5 +1,6 @@
 #include "files/scan.h"
 
+#include <cstddef>
 #include <cstdlib>
 
 #include "files/io_utils.h"
@@ -7,25 +8,28 @@
 #include "runtime/cmdline.h"
 
 static const int prefs_versions[] = {9001, 0};
+static constexpr std::ptrdiff_t longest_line = 64 << 10;
 
 scan_class::scan_class(const std::string& path, int dir) : io_dir(dir) {
     if (dir == scan_write) {
         // A failed open has shown its alert; the writes go nowhere.
-        ouf_open(path, file_text, prefs_versions[0], "no-copyright-string");
+        if (ouf_open(path + ouf_beside, file_text, prefs_versions[0], "no-copyright-string")) written_path = path;
         return;
     }
     xmap_class file(path);
     if (!file.check_file(file_text, prefs_versions, nullptr, nullptr)) return;
     while (!file.at_end()) {
+        const unsigned char* const line = file.mem_ptr;
         std::string key, value;
         file.TXT_str_scan_space(&key);
         file.TXT_str_scan_eoln(&value);
-        tags[key] = value;
+        // No setting is that long: whatever wrote such a line, it was not this program.
+        if (file.mem_ptr - line <= longest_line) tags[key] = value;
     }
 }
 
 scan_class::~scan_class() {
-    if (io_dir == scan_write) ouf.close();
+    if (!written_path.empty()) ouf_close_onto(written_path);
 }
 
 bool scan_class::find_text(const std::string& key, std::string& text) const {

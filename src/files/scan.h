@@ -1,6 +1,7 @@
 // scan.h: one open preference file: a table of its lines when reading, the shared output stream when writing. The same
 // sequence of calls reads every setting or writes every setting.
 // Form: the text header with version 9001, then lines of a key, a blank, and a value to the end of the line.
+// It is written beside and renamed, so that a crash or a full disk leaves the settings of before.
 // A --pref:KEY=VALUE option wins over the file when reading.
 #pragma once
 
@@ -24,4 +25,5 @@ class scan_class {
 
   private:
     bool find_text(const std::string& key, std::string& text) const;
+    std::string written_path;  // the file that is being written; empty when none is
 };

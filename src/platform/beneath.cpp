@@ -192,3 +192,12 @@ int beneath_folder::change_mode(const std::string& path, mode_t mode) const {
         return -1;
     });
 }
+
+int beneath_folder::sync_volume() const {
+    if (err) return err;
+    const int own = openat(fd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);  // ours is no more than a place
+    if (own < 0) return errno;
+    const int result = syncfs(own) == 0 ? 0 : errno;
+    close(own);
+    return result;
+}

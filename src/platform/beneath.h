@@ -34,6 +34,7 @@ class beneath_folder {
     int rename(const std::string& from, const std::string& to) const;
     int look(const std::string& path, struct stat& facts) const;
     int change_mode(const std::string& path, mode_t mode) const;  // of a file; a link is ELOOP
+    int sync_volume() const;  // all that was written to the volume of this folder is on the disk
 
   private:
     template <class action>

@@ -1,6 +1,7 @@
 #include "runtime/utf8.h"
 
 #include <algorithm>
+#include <iterator>
 
 std::size_t utf8_length(std::string_view text, std::size_t i) {
     const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
@@ -42,8 +43,32 @@ std::string utf8_of_latin1(std::string_view text) {
     return result;
 }
 
-std::string printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c & ~31) == 0 || c == 127; }, '?');
-    return text;
+char32_t utf8_code(std::string_view text, std::size_t i, std::size_t length) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    char32_t code = length == 1 ? lead : lead & (0x7fu >> length);
+    for (std::size_t k = 1; k < length; ++k)
+        code = code << 6 | (static_cast<unsigned char>(text[i + k]) & 0x3fu);
+    return code;
+}
+
+bool steers_terminal(char32_t code) {
+    static constexpr char32_t ranges[][2] = {{0, 0x1f},        {0x7f, 0x9f},     {0x61c, 0x61c},
+                                             {0x200e, 0x200f}, {0x202a, 0x202e}, {0x2066, 0x2069}};
+    return std::any_of(std::begin(ranges), std::end(ranges),
+                       [code](const auto& range) { return code >= range[0] && code <= range[1]; });
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    shown.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t valid = utf8_length(text, i), length = std::max<std::size_t>(valid, 1);
+        const char32_t code = valid ? utf8_code(text, i, valid) : static_cast<unsigned char>(text[i]);
+        if (steers_terminal(code))
+            shown += '?';
+        else
+            shown += text.substr(i, length);
+        i += length;
+    }
+    return shown;
 }

@@ -22,5 +22,12 @@ std::size_t utf8_boundary(std::string_view text, std::size_t i);
 unsigned char utf8_take_latin1(std::string_view text, std::size_t& i);
 std::string utf8_of_latin1(std::string_view text);
 
-// Text of unknown origin for a terminal or a line of a log: its control bytes become "?".
-std::string printable(std::string text);
+// The number of the valid sequence of `length` bytes at `i`.
+char32_t utf8_code(std::string_view text, std::size_t i, std::size_t length);
+
+// What a terminal obeys instead of showing it: the control characters, those of C1 among them, and what turns the
+// direction of writing, by which a name can be made to look like another one.
+bool steers_terminal(char32_t code);
+
+// Text of unknown origin for a terminal or a line of a log: "?" for each such character, and for a byte of C1 alone.
+std::string printable(std::string_view text);

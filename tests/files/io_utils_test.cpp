@@ -1,6 +1,7 @@
 #include "files/io_utils.h"
 
 #include <gtest/gtest.h>
+#include <minizip/unzip.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -117,7 +118,9 @@ TEST(error_texts, go_by_meaning_and_not_by_the_number_of_another_system) {
     EXPECT_EQ(error_str(ENOLCK), "No locks available");
     EXPECT_EQ(error_str(-5000), "You have insufficient privileges for this operation");
     EXPECT_EQ(error_str(err_net_host), "We could not find the server over the network");
-    for (const int unknown : {0, -1, -105, 20013, 20014})
+    EXPECT_EQ(error_str(ETIMEDOUT), "Connection timed out") << "the system's words where there are none of ours";
+    EXPECT_EQ(error_str(UNZ_CRCERROR), "A zip file is damaged: the checksum of its content is wrong");
+    for (const int unknown : {0, -999, 999999, 20013, 20014})
         EXPECT_EQ(error_str(unknown), "Unknown error occurred (" + std::to_string(unknown) + ")");
 }
 

@@ -4,10 +4,10 @@
 
 #include "runtime/utf8.h"
 
-static void append_escaped(std::string& out, unsigned char c) {
-    char code[8];
-    std::snprintf(code, sizeof code, "\\u%04X", static_cast<unsigned>(c));
-    out += code;
+static void append_escaped(std::string& out, char32_t code) {
+    char escape[8];
+    std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(code));  // none that is escaped is above
+    out += escape;
 }
 
 std::string json_text(std::string_view text) {
@@ -18,8 +18,10 @@ std::string json_text(std::string_view text) {
         if (c == '"' || c == '\\') {
             out += '\\';
             out += static_cast<char>(c);
-        } else if (n == 0 || c < 0x20 || c == 0x7f) {
+        } else if (n == 0) {
             append_escaped(out, c);
+        } else if (const char32_t code = utf8_code(text, i, n); steers_terminal(code)) {
+            append_escaped(out, code);
         } else {
             out += text.substr(i, n);
         }
