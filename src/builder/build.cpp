@@ -54,9 +54,7 @@ bool read_old_directory() {
         if (!map.retry_exact(build.old_dir_path) || !map.check_file(file_text, versions, "INSTALLER", nullptr))
             return false;
     }
-    // The reader also compares a destination with the catalogue; here there is none, and an empty folder is quick.
-    dest_dir_path = temp_path;
-    return read_directory(build.old_dir_path, "Scanning old directory text file to get change log!") == dir_ready;
+    return read_catalogue(build.old_dir_path, "Scanning old directory text file to get change log!") == dir_ready;
 }
 
 void no_target_folder(const std::string& path) {

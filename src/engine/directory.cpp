@@ -24,7 +24,7 @@ static contested_t contested;
 
 constexpr int most_rows = 4'000'000;  // a server must not be able to fill the memory with them
 
-static std::string_view installed_view(const file_version_struct& row) {
+std::string_view installed_view(const file_version_struct& row) {
     const std::string_view path = row.path;
     const std::size_t slash = path.find('/');
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
@@ -214,30 +214,6 @@ static void index_contested_paths(const path_index& first_at) {
     }
 }
 
-// Signs what the destination has of every file, whatever system it is for, and sums what is missing.
-static void examine_disk(const std::string& label) {
-    const std::size_t count = sim_info.size();
-    const std::size_t step = std::max<std::size_t>(1, count / 200);
-    double down_kb = 0, disk_kb = 0;
-    std::string destination;
-    for (std::size_t i = 0; i < count; ++i) {
-        file_version_struct& row = sim_info[i].back();
-        destination.assign(dest_dir_path).append(installed_view(row));
-        if (i % step == 0)
-            front.dir_progress_bar(0, static_cast<float>(i), static_cast<float>(count), scan_phase::examining_disk,
-                                   label, destination);
-        row.sig_have = "NONE";
-        if (!behind_shipped_link(installed_view(row))) calc_file_md5(destination, row.sig_have);
-        row.have_file = row.sig_want == row.sig_have;
-        if (is_gone(row) || row.have_file || !is_wanted(static_cast<int>(i))) continue;
-        down_kb += static_cast<double>(row.zip_size);
-        disk_kb += static_cast<double>(row.ext_size);
-        if (row.platform >= 1 && row.platform <= 3) this_install_has_exes = 1;
-    }
-    stg.down_size = static_cast<float>(down_kb);
-    stg.disk_size = static_cast<float>(disk_kb);
-}
-
 static void forget_catalogue() {
     deleted_files.clear();
     sim_info.clear();
@@ -247,7 +223,7 @@ static void forget_catalogue() {
     stg.down_size = stg.disk_size = 0;
 }
 
-int read_directory(const std::string& dir_path, const std::string& label) {
+int read_catalogue(const std::string& dir_path, const std::string& label) {
     static const int versions[] = {840, 900, 0};
     forget_catalogue();
     xmap_class map(dir_path);
@@ -263,6 +239,5 @@ int read_directory(const std::string& dir_path, const std::string& label) {
         return dir_failed;
     }
     index_contested_paths(index_shared_paths());
-    examine_disk(label);
     return dir_ready;
 }

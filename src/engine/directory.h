@@ -38,10 +38,10 @@ extern std::vector<file_history_struct> sim_info;
 extern std::set<std::string> deleted_files;  // folders that may have become empty, each with its "/"
 extern int this_install_has_exes;            // a wanted, missing row was made for one platform; never cleared
 
-// Reads the catalogue and compares the destination with it. 3: sim_info is valid; 2: the file was refused (a header of
-// another kind or version, or a row that would leave the destination, which an alert names). Long; reports through the
-// front. A missing file is a fatal alert.
-int read_directory(const std::string& dir_path, const std::string& label);
+// Reads the catalogue. 3: sim_info is valid; 2: the file was refused (a header of another kind or version, or a row that
+// would leave the destination, which an alert names). Long; reports through the front. A missing file is a fatal alert.
+// An examination of the rows that were there before must not run (examine.h).
+int read_catalogue(const std::string& dir_path, const std::string& label);
 
 int want_this_f(int file, int row, int set);
 bool is_wanted(int file);  // its current row is for the system that is installed for
@@ -56,19 +56,20 @@ inline bool is_gone(const file_version_struct& row) {
 beneath_folder destination_folder();
 // The path below the destination, and with the destination before it.
 std::string installed_path(const file_version_struct& row);
+std::string_view installed_view(const file_version_struct& row);  // while the row lives
 std::string destination_of(const file_version_struct& row);
 
 // `path` lies somewhere in `folder` (without a "/" at its end), and is not the folder itself.
 bool path_is_inside(std::string_view path, std::string_view folder);
 
 // Histories that share one installed path (a file moved between "All" and a platform's folder) know each other: indices
-// in sim_info of all of them, this one included. Empty for a file that shares with none. Built by read_directory.
+// in sim_info of all of them, this one included. Empty for a file that shares with none. Built by read_catalogue.
 const std::vector<int>& same_installed_path(int file);
 // Some row of the history, or of one that shares its installed path, has this signature: it was shipped.
 bool signature_was_shipped(int file, const std::string& signature);
 
 // Installed paths that one history has as a file while another has a file below them: a file became a folder, or a
-// folder a file. Each with the histories that have it as a file. Empty as a rule. Built by read_directory.
+// folder a file. Each with the histories that have it as a file. Empty as a rule. Built by read_catalogue.
 typedef std::map<std::string, std::vector<int>, std::less<>> contested_t;
 const contested_t& contested_paths();
 

@@ -11,6 +11,7 @@
 #include "engine/choose.h"
 #include "engine/directory.h"
 #include "engine/dirs.h"
+#include "engine/examine.h"
 #include "engine/front.h"
 #include "engine/grab.h"
 #include "engine/stg.h"
@@ -126,13 +127,23 @@ void flow_destination_picked() {
     unlock_folder();
     stg.install_failed = 0;
     stg.install_state = install_idle;
+    stop_examination();
     if (stg.dir_state == dir_ready) stg.dir_state = dir_unread;
 }
 
 void flow_scan() {
+    static const std::string label = "Scanning directory text file to see if you already have Velaris installed...";
+    constexpr int slice_ms = 10;
     if (stg.dir_state != dir_unread) return;
-    stg.dir_state =
-        read_directory(flow.dir_path, "Scanning directory text file to see if you already have Velaris installed...");
+    if (!is_examining()) {
+        const int result = read_catalogue(flow.dir_path, label);
+        if (result == dir_ready)
+            begin_examination();
+        else
+            stg.dir_state = result;
+    } else if (go_on_examining(label, slice_ms)) {
+        stg.dir_state = dir_ready;
+    }
 }
 
 bool flow_install_is_live() {
@@ -168,6 +179,7 @@ void flow_install() {
 }
 
 void flow_quit() {
+    stop_examination();
     stream_reset();
     unlock_folder();
     stg.install_state = install_over;

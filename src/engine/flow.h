@@ -32,7 +32,7 @@ int flow_server_list();          // polls the list while there is none; the pool
 void flow_make_paths();          // the four paths, once
 int flow_directory();            // polls the catalogue while dir_state is 0; the pool's result, or 1 once it is there
 void flow_destination_picked();  // the user chose another folder
-void flow_scan();                // reads and compares the catalogue if dir_state is 1; long
+void flow_scan();                // if dir_state is 1: reads the catalogue, then a slice of the comparison
 bool flow_install_is_live();     // a click on INSTALL would act
 void flow_install();             // INSTALL: reset, folders, agreement, choice of files, and what stands in the way
 void flow_quit();                // QUIT

@@ -46,13 +46,19 @@ struct signing_work {
     const signature_store* store = nullptr;
     std::vector<std::size_t> order;
     std::vector<signed_file> results;
-    std::atomic<std::size_t> taken{0}, done{0};
-    std::atomic<std::uint64_t> bytes{0};
+    std::atomic<std::size_t> taken{0};
+    std::atomic<std::int64_t> weight_done{0};
+    std::int64_t weight = 0;  // of all files
     std::atomic<bool> stop{false};
     std::vector<THREAD_call*> calls;
 };
 
 namespace {
+
+// A file that is only looked at takes time too, as if it were some bytes.
+std::int64_t weight_of(const file_to_sign& file) {
+    return 4096 + static_cast<std::int64_t>(std::max(file.kilobytes, 0.0f)) * 1000;
+}
 
 // One worker's share. Files of one folder stand together, so the folder last used is kept open for them.
 class worker : public md5_messages {
@@ -65,7 +71,7 @@ class worker : public md5_messages {
             if (turn >= work.order.size()) return false;
             message = work.order[turn];
             if (needs_reading(message)) return true;
-            ++work.done;
+            work.weight_done += weight_of(work.files[message]);
         }
         return false;
     }
@@ -83,27 +89,30 @@ class worker : public md5_messages {
         while (got < 0 && errno == EINTR);
         if (got < 0) work.results[message].error = errno;
         if (got > 0) {
+            const std::int64_t counted = std::min<std::int64_t>(got, file.weight_left);
             file.at += got;
-            work.bytes += static_cast<std::uint64_t>(got);
+            file.weight_left -= counted;
+            work.weight_done += counted;
         }
         return got;
     }
 
     void signed_as(std::size_t message, const std::string& signature) override {
         open_file& file = file_of(message);
+        work.weight_done += file.weight_left;
         close(file.fd);
         std::swap(file, open_files.back());
         open_files.pop_back();
         signed_file& result = work.results[message];
         result.state = signature.empty() ? file_state::unreadable : file_state::intact;
         result.signature = signature;
-        ++work.done;
     }
 
   private:
     struct open_file {
         std::size_t message;
         int fd;
+        std::int64_t weight_left;
         std::int64_t at = 0, asked_ahead = 0;
     };
 
@@ -146,7 +155,7 @@ class worker : public md5_messages {
             return false;
         }
         result.identity = identity_of(facts);
-        open_files.push_back({message, fd});
+        open_files.push_back({message, fd, weight_of(work.files[message])});
         return true;
     }
 
@@ -202,6 +211,8 @@ signing::signing(const std::string& root, std::vector<file_to_sign> files, const
     };
     std::stable_sort(work->order.begin(), work->order.end(),
                      [&](std::size_t a, std::size_t b) { return rank(a) > rank(b); });
+    for (const file_to_sign& file : work->files)
+        work->weight += weight_of(file);
     for (int i = 0; i < THREAD_worker_count(); ++i)
         work->calls.push_back(THREAD_run_async(work_on, work.get()));
 }
@@ -223,12 +234,14 @@ bool signing::wait(int timeout_ms) {
     });
 }
 
-std::size_t signing::files_done() const {
-    return work->done;
+float signing::share_done() const {
+    if (work->weight == 0) return 1;
+    return static_cast<float>(static_cast<double>(work->weight_done) / static_cast<double>(work->weight));
 }
 
-std::uint64_t signing::bytes_read() const {
-    return work->bytes;
+std::string_view signing::at_work() const {
+    if (work->order.empty()) return "";
+    return work->files[work->order[std::min<std::size_t>(work->taken, work->order.size() - 1)]].path;
 }
 
 std::vector<signed_file> signing::take_results() {

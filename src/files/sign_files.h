@@ -20,7 +20,7 @@ struct signing_work;
 
 struct file_to_sign {
     std::string_view path;  // below the root; what it points to outlives the signing
-    float kilobytes = 0;    // as a guess, to begin with the large ones
+    float kilobytes = 0;    // of 1000 bytes, as a guess: to begin with the large ones, and for the share that is done
 };
 
 enum class file_state {
@@ -49,8 +49,8 @@ class signing {
 
     // True when every file is through, else after the time at the latest.
     bool wait(int timeout_ms);
-    std::size_t files_done() const;
-    std::uint64_t bytes_read() const;
+    float share_done() const;                 // 0 to 1, by bytes as guessed and read
+    std::string_view at_work() const;         // path of a file that was begun lately
     std::vector<signed_file> take_results();  // in the order of the files; once it is done
 
   private:

@@ -140,7 +140,7 @@ TEST(release, three_in_a_row_carry_the_history_of_every_file) {
         EXPECT_NE(alerts.last().find("number " + std::to_string(build.release_number)), std::string::npos);
 
         const std::string text = ref.catalogue(build.release_name);
-        ASSERT_EQ(read_directory(text, ""), 3);
+        ASSERT_EQ(read_catalogue(text, ""), 3);
         EXPECT_EQ(as_in_the_catalogue(), as_in_the_stories(release));
 
         build.first_release = 0;

@@ -17,6 +17,12 @@ class flow_steps : public release {
         for (const auto& [path, zip] : std::map(served))
             if (path.starts_with("/r/")) served["/r/New 1/" + path.substr(3)] = zip;
     }
+    static bool scan() {
+        return poll_until([] {
+            flow_scan();
+            return stg.dir_state == dir_ready;
+        });
+    }
     static bool reach_catalogue() {
         return poll_until([] {
             flow_server_list();
@@ -36,8 +42,7 @@ TEST_F(flow_steps, a_whole_install_from_the_list_to_the_end) {
     ASSERT_TRUE(reach_catalogue());
     EXPECT_EQ(server_list.install_name, "New 1");
     EXPECT_FALSE(scratch::exists(temp_path + "directory.txt.zip"));
-    flow_scan();
-    ASSERT_EQ(stg.dir_state, dir_ready);
+    ASSERT_TRUE(scan());
     flow_disk_space();
     EXPECT_EQ(flow.tot_disk_req, 4);
     flow_install();
@@ -52,7 +57,7 @@ TEST_F(flow_steps, a_whole_install_from_the_list_to_the_end) {
     EXPECT_EQ(stg.install_state, install_idle);
     EXPECT_EQ(stg.dir_state, dir_unread);
     EXPECT_EQ(next.all_done, 1);
-    flow_scan();
+    ASSERT_TRUE(scan());
     EXPECT_EQ(stg.disk_size, 0);
 }
 

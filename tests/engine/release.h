@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "engine/directory.h"
+#include "engine/examine.h"
 #include "engine/flow.h"
 #include "engine/front.h"
 #include "engine/stg.h"
@@ -52,6 +53,7 @@ class release : public testing::Test {
         mkdir(dest_dir_path.c_str(), 0755);
         mkdir(temp_path.c_str(), 0755);
         setenv("PATH", disk.path().c_str(), 1);  // nothing there opens a browser
+        setenv("XDG_STATE_HOME", (disk / "state").c_str(), 1);
         questions = finished = "";
         answers.clear();
         front = {[] { return agrees; }, select_alert,

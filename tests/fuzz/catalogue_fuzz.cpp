@@ -4,6 +4,7 @@
 
 #include "engine/choose.h"
 #include "engine/directory.h"
+#include "engine/examine.h"
 #include "engine/front.h"
 #include "engine/stg.h"
 #include "fuzz/fuzz.h"

@@ -96,6 +96,23 @@ void draw_status() {
 
 }  // namespace
 
+// What the scan has last told; its box stands over the screen while it runs.
+static struct {
+    float share = 0;
+    scan_phase phase{};
+    std::string label, item;
+} scan;
+
+static void draw_scan() {
+    constexpr float dx = 512, dy = 138;
+    const float x = (mnw.wind_dx - dx) / 2, y = (mnw.wind_dy - dy) / 2;
+    BTN_frame2(box_picture, x + 20, y + 20, 472, 98, "");
+    BTN_progress_bar(x + 30, x + 482, y + 35, scan.share);
+    OGL_string(colour_text, x + 32, y + 100, scan.label, 452, charset_text, align_left);
+    OGL_string(colour_text, x + 32, y + 80, scan_phase_words(scan.phase), 452, charset_text, align_left);
+    OGL_string(colour_text, x + 32, y + 60, fit_text(latin1_of_path(scan.item), 440, 1), 452, charset_text, align_left);
+}
+
 static void draw_screen() {
     draw_background();
     flow_server_list();
@@ -113,6 +130,7 @@ static void draw_screen() {
     if (stg.install_state == install_running) flow_file_work();
     flow_disk_space();
     draw_status();
+    if (stg.dir_state == dir_unread) draw_scan();
 }
 
 void APP_update() {
@@ -124,22 +142,8 @@ void APP_update() {
 
 void dir_progress_bar(float lo, float value, float hi, scan_phase phase, const std::string& label,
                       const std::string& item) {
-    constexpr float dx = 512, dy = 138;
-    // A frame of a software renderer costs more than many a file; nobody sees more than so many in a second.
-    constexpr std::int64_t shortest_us = 33'000;
-    static std::int64_t last_shown = -shortest_us;
-    static scan_phase last_phase{};
-    const std::int64_t now = xtim_class::microsecs();
-    if (now - last_shown < shortest_us && phase == last_phase) return;
-    last_shown = now;
-    last_phase = phase;
-    draw_background();
-    const float x = (mnw.wind_dx - dx) / 2, y = (mnw.wind_dy - dy) / 2;
-    BTN_frame2(box_picture, x + 20, y + 20, 472, 98, "");
-    const float share = lo == hi ? 0.52f : std::clamp(0.04f + 0.96f * (value - lo) / (hi - lo), 0.04f, 1.0f);
-    BTN_progress_bar(x + 30, x + 482, y + 35, share);
-    OGL_string(colour_text, x + 32, y + 100, label, 452, charset_text, align_left);
-    OGL_string(colour_text, x + 32, y + 80, scan_phase_words(phase), 452, charset_text, align_left);
-    OGL_string(colour_text, x + 32, y + 60, fit_text(latin1_of_path(item), 440, 1), 452, charset_text, align_left);
-    OGL_sbuff();
+    scan.share = lo == hi ? 0.52f : std::clamp(0.04f + 0.96f * (value - lo) / (hi - lo), 0.04f, 1.0f);
+    scan.phase = phase;
+    scan.label = label;
+    scan.item = item;
 }

@@ -75,7 +75,7 @@ TEST(sets, each_is_cut_into_its_regions) {
     EXPECT_EQ(built, wanted[is_dvd]);
     EXPECT_EQ(scratch::exists(ref.made("USA") + terrain + "+40-121.dsf.zip"), is_dvd == 2);
 
-    ASSERT_EQ(read_directory(ref.catalogue(region_name(last_region[is_dvd])), ""), 3);
+    ASSERT_EQ(read_catalogue(ref.catalogue(region_name(last_region[is_dvd])), ""), 3);
     for (const file_history_struct& history : sim_info)
         EXPECT_EQ(history.back().disc_set, is_dvd);
 }
