@@ -149,6 +149,9 @@ static bool take_row(file_version_struct& row, const std::string& path) {
     if (!path_stays_below(installed_view(row)))
         return refuse("I am reading the directory text file and found a path that leaves the folder I install to!",
                       path);
+    // Other systems take these two for the end of a folder's name or of a disk's.
+    if (path.find_first_of(":\\") != std::string::npos)
+        return refuse("I am reading the directory text file and found a path with ':' or '\\' in it!", path);
     if (!is_installable(installed_view(row)))
         return refuse("I am reading the directory text file and found a path that is too long for any disk!", path);
     if (sim_info.empty() || sim_info.back().back().path != path) sim_info.emplace_back();

@@ -146,7 +146,7 @@ class HostileTest(installer.Scene):
             "dot component": (row % (b"All/./", b"x"), leaves),
             "the parent itself": (row % (b"All/Airfoils/", b".."), leaves),
             "a folder's name": (row % (b"All/", b"Airfoils/"), "found a path that has no file!"),
-            "backslash": (row % (b"All/", b"..\\x"), "I got a bad dirchar!"),
+            "backslash": (row % (b"All/", b"..\\x"), "found a path with ':' or"),
             "256 bytes": (row % (b"All/", b"n" * 256), long),
             "600 bytes": (row % (b"All/" + (b"d" * 99 + b"/") * 5, b"n" * 100), long),
         }
