@@ -16,8 +16,18 @@ bool display_start();  // the video system; false where there is none
 bool display_get_mode(display_mode& mode);
 std::string display_error();
 
-// A window of dx by dy that cannot be resized; `full_screen`: borderless, as large as asked, at the display's corner.
+// What the window's display has room for, decorations as far as they are known taken off: they are once the window is
+// shown. Before there is a window: the main display.
+struct display_room {
+    int dx, dy;     // pixels of the drawing surface
+    float density;  // dots an inch over 96, from the display or else from the desktop's settings
+};
+display_room display_get_room();
+
+// A window of dx by dy that the user cannot resize; `full_screen`: borderless, as large as asked, at the display's corner.
 bool display_open_window(const std::string& title, int dx, int dy, bool full_screen);
+void display_resize_window(int dx, int dy);  // and moves it so that it lies wholly inside the usable display
+void display_get_surface(int& dx, int& dy);  // what the desktop made of it
 void display_close_window();
 bool display_window_is_open();
 
@@ -42,6 +52,7 @@ enum class display_event_kind {
     wheel,
     redraw,
     activated,
+    resized,          // the drawing surface has another size
     display_changed,  // another display, or another size or depth of it: what was drawn with may be gone
     quit
 };

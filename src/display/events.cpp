@@ -2,6 +2,7 @@
 
 #include "display/display.h"
 #include "display/key_codes.h"
+#include "display/points.h"
 #include "runtime/utf8.h"
 
 // The library tells a key and the text that it types in two events, one behind the other; we want one. So a key that
@@ -78,6 +79,7 @@ static void take_other(const SDL_Event& from, std::vector<display_event>& events
             display_event event{down ? display_event_kind::mouse_down : display_event_kind::mouse_up};
             event.x = from.button.x;
             event.y = from.button.y;
+            display_to_surface(event.x, event.y);
             events.push_back(event);
             return;
         }
@@ -89,6 +91,7 @@ static void take_other(const SDL_Event& from, std::vector<display_event>& events
         }
         case SDL_WINDOWEVENT:
             if (from.window.event == SDL_WINDOWEVENT_EXPOSED) events.push_back({display_event_kind::redraw});
+            if (from.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) events.push_back({display_event_kind::resized});
             if (from.window.event == SDL_WINDOWEVENT_DISPLAY_CHANGED)
                 events.push_back({display_event_kind::display_changed});
             if (from.window.event == SDL_WINDOWEVENT_FOCUS_GAINED) events.push_back({display_event_kind::activated});

@@ -1,9 +1,13 @@
 #include <SDL.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
+#include "display/density.h"
 #include "display/display.h"
+#include "display/points.h"
 
 // The window as asked for. It is made anew where a context wants other samples, as they belong to the window's visual;
 // so `window` may be null while `asked` is set.
@@ -16,6 +20,38 @@ static struct {
     SDL_GLContext context;
     std::string title;
 } shown;
+
+// Pixels of the drawing surface for one of the desktop's units, in which it counts windows and the mouse.
+static float pixels_of_a_point() {
+    int points = 0, pixels = 0;
+    if (shown.window) SDL_GetWindowSize(shown.window, &points, nullptr);
+    if (shown.window) SDL_GL_GetDrawableSize(shown.window, &pixels, nullptr);
+    return points > 0 && pixels > 0 ? static_cast<float>(pixels) / static_cast<float>(points) : 1.0f;
+}
+
+void display_to_surface(int& x, int& y) {
+    const float scale = pixels_of_a_point();
+    x = static_cast<int>(std::lround(static_cast<float>(x) * scale));
+    y = static_cast<int>(std::lround(static_cast<float>(y) * scale));
+}
+
+// In points: the part of the window's display that the inside of a window may cover.
+static SDL_Rect room_inside() {
+    const int display = shown.window ? std::max(0, SDL_GetWindowDisplayIndex(shown.window)) : 0;
+    SDL_Rect room = {0, 0, 0, 0};
+    if (SDL_GetDisplayUsableBounds(display, &room) != 0) SDL_GetDisplayBounds(display, &room);
+    int top = 0, left = 0, bottom = 0, right = 0;
+    if (!shown.full_screen && shown.window) SDL_GetWindowBordersSize(shown.window, &top, &left, &bottom, &right);
+    return {room.x + left, room.y + top, room.w - left - right, room.h - top - bottom};
+}
+
+display_room display_get_room() {
+    const SDL_Rect room = room_inside();
+    const float scale = pixels_of_a_point();
+    const auto pixels = [scale](int points) { return static_cast<int>(static_cast<float>(points) * scale); };
+    const int display = shown.window ? std::max(0, SDL_GetWindowDisplayIndex(shown.window)) : 0;
+    return {pixels(room.w), pixels(room.h), display_density(display)};
+}
 
 // Start-up, from the video system to a window with a context: each step may fail, and display_error() tells why.
 bool display_start() {
@@ -69,12 +105,14 @@ static void ask_for_format(int colour_bits, int depth_bits, int samples) {
 static bool create_window(int samples) {
     static constexpr int wishes[][2] = {{8, 24}, {8, 16}, {0, 0}};  // bits of a colour and of depth, best first
     destroy_window();
-    const int x = shown.full_screen ? 0 : SDL_WINDOWPOS_CENTERED, y = shown.full_screen ? 0 : 40;
+    const SDL_Rect room = room_inside();
+    const int x = shown.full_screen ? 0 : room.x + std::max(0, (room.w - shown.dx) / 2);
+    const int y = shown.full_screen ? 0 : room.y + std::max(0, (room.h - shown.dy) / 2);
     const Uint32 border = shown.full_screen ? SDL_WINDOW_BORDERLESS : 0;
     for (const auto& wish : wishes) {
         ask_for_format(wish[0], wish[1], samples);
         shown.window = SDL_CreateWindow(shown.title.c_str(), x, y, shown.dx, shown.dy,
-                                        SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN | border);
+                                        SDL_WINDOW_OPENGL | SDL_WINDOW_HIDDEN | SDL_WINDOW_ALLOW_HIGHDPI | border);
         if (shown.window) break;
     }
     shown.samples = samples;
@@ -88,6 +126,24 @@ bool display_open_window(const std::string& title, int dx, int dy, bool full_scr
     shown.dy = dy;
     shown.asked = create_window(0);
     return shown.asked;
+}
+
+void display_resize_window(int dx, int dy) {
+    shown.dx = dx;
+    shown.dy = dy;
+    if (!shown.window) return;
+    const float scale = pixels_of_a_point();
+    const auto points = [scale](int pixels) {
+        return static_cast<int>(std::lround(static_cast<float>(pixels) / scale));
+    };
+    const SDL_Rect room = room_inside();
+    SDL_SetWindowSize(shown.window, points(dx), points(dy));
+    SDL_SetWindowPosition(shown.window, room.x + std::max(0, (room.w - points(dx)) / 2),
+                          room.y + std::max(0, (room.h - points(dy)) / 2));
+}
+
+void display_get_surface(int& dx, int& dy) {
+    if (shown.window) SDL_GL_GetDrawableSize(shown.window, &dx, &dy);
 }
 
 void display_close_window() {
@@ -119,6 +175,7 @@ bool display_make_context(int samples, context_facts& facts) {
     // The pump keeps the pace; a swap that waited for the screen would keep it twice.
     SDL_GL_SetSwapInterval(0);
     SDL_ShowWindow(shown.window);
+    SDL_PumpEvents();  // what the desktop says of the window, its decorations above all
     facts = {true,
              attribute(SDL_GL_DOUBLEBUFFER) != 0,
              attribute(SDL_GL_RED_SIZE),
@@ -141,6 +198,7 @@ void* display_proc_address(const char* name) {
 
 void display_get_mouse(int& x, int& y) {
     SDL_GetMouseState(&x, &y);
+    display_to_surface(x, y);
 }
 
 void display_show_cursor(bool show) {

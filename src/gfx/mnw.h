@@ -1,5 +1,5 @@
 // mnw.h: the window and input record: what the event pump found out, read by every primitive and widget.
-// Units: canvas units, one pixel each; the origin is the bottom left, y up. Times in seconds of xtim.real_time.
+// Units: those of the canvas, but for the surface, which is in pixels; the origin is the bottom left, y up. Times in seconds of xtim.real_time.
 // Lifetimes: the first group stays, the second belongs to the open logical window, the third to one frame.
 #pragma once
 
@@ -7,13 +7,14 @@
 
 struct mnw_t {
     // The drawing surface and the requests of start-up.
-    int screen_dx = 1024, screen_dy = 768, screen_depth = 32;
+    int screen_dx = 1024, screen_dy = 768, screen_depth = 32;  // pixels
     int x_res_req_ALL = 1024, y_res_req_ALL = 768, col_res_req = 32, set_res = 0;
     int alias_req = 0;  // anti-alias level wanted, 0 to 4
     int alias_now = 0;  // level reached
     int sec_mon_inuse = 0;
-    float scale = 1.0f;  // pixels for one unit
-    int lang = 0;        // 0 English; see MACIBM_setupforlang
+    float scale = 1.0f;      // pixels for one unit; see scale.h
+    float scale_req = 0.0f;  // wanted; 0: what suits the display
+    int lang = 0;            // 0 English; see MACIBM_setupforlang
     int keylist_up = 0, prefs_found = 0;
     int keys_off = 0;     // keys run no commands, except for Return
     int tex_quality = 5;  // 0 to 5: 1/32 to full resolution

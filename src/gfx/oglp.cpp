@@ -3,8 +3,10 @@
 #include <GL/gl.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "gfx/colr.h"
+#include "gfx/scale.h"
 #include "gfx/tman.h"
 
 static constexpr int most_tex_units = 8;  // that OGL_setstate switches, however many the card has
@@ -117,22 +119,19 @@ static void corners(float x1, float y1, float x2, float y2) {
 void OGL_fillrect(int color, float alpha, float x, float y, float dx, float dy) {
     flat_state();
     OGL_set_color(color, alpha);
-    x += mnw.wind_x;
-    y += mnw.wind_y;
+    const float left = on_pixel(x + mnw.wind_x), low = on_pixel(y + mnw.wind_y);
     glBegin(GL_QUADS);
-    corners(x, y, x + dx, y + dy);
+    corners(left, low, left + on_pixel(dx), low + on_pixel(dy));
     glEnd();
 }
 
+// Lines are filled, not stroked: whole pixels wide at every scale, and the same on every driver.
 void OGL_framerect(int color, float alpha, float x, float y, float dx, float dy) {
-    flat_state();
-    OGL_set_color(color, alpha);
-    // Through the middles of the pixels, so that a line covers whole ones.
-    x += mnw.wind_x + 0.5f;
-    y += mnw.wind_y + 0.5f;
-    glBegin(GL_LINE_LOOP);
-    corners(x, y, x + dx, y + dy);
-    glEnd();
+    const float width = line_width();
+    OGL_fillrect(color, alpha, x, y, dx + width, width);
+    OGL_fillrect(color, alpha, x, y + dy, dx + width, width);
+    OGL_fillrect(color, alpha, x, y + width, width, dy - width);
+    OGL_fillrect(color, alpha, x + dx, y + width, width, dy - width);
 }
 
 void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
@@ -140,11 +139,16 @@ void OGL_grayrect(float x1, float y1, float x2, float y2, float alpha) {
 }
 
 void OGL_line(int color, float alpha, float x1, float y1, float x2, float y2) {
+    const float width = line_width();
+    if (y1 == y2) return OGL_fillrect(color, alpha, std::min(x1, x2), y1, std::fabs(x2 - x1), width);
+    if (x1 == x2) return OGL_fillrect(color, alpha, x1, std::min(y1, y2), width, std::fabs(y2 - y1));
     flat_state();
     OGL_set_color(color, alpha);
+    const float middle = width / 2;
+    glLineWidth(width * mnw.scale);
     glBegin(GL_LINES);
-    glVertex2f(x1 + mnw.wind_x + 0.5f, y1 + mnw.wind_y + 0.5f);
-    glVertex2f(x2 + mnw.wind_x + 0.5f, y2 + mnw.wind_y + 0.5f);
+    glVertex2f(x1 + mnw.wind_x + middle, y1 + mnw.wind_y + middle);
+    glVertex2f(x2 + mnw.wind_x + middle, y2 + mnw.wind_y + middle);
     glEnd();
 }
 
@@ -171,9 +175,10 @@ void OGL_2dquad(int tex_ref, int color, float alpha, float x1, float y1, float s
 
 void OGL_scissors(float x, float y, float dx, float dy) {
     // OpenGL's scissors are in pixels of the surface and know no window.
-    const auto whole = [](float units) { return static_cast<int>(units * mnw.scale); };
+    const int left = pixels_of(x + mnw.wind_x), low = pixels_of(y + mnw.wind_y);
+    const int right = pixels_of(x + mnw.wind_x + dx), top = pixels_of(y + mnw.wind_y + dy);
     glEnable(GL_SCISSOR_TEST);
-    glScissor(whole(x + mnw.wind_x), whole(y + mnw.wind_y), std::max(0, whole(dx)), std::max(0, whole(dy)));
+    glScissor(left, low, std::max(0, right - left), std::max(0, top - low));
 }
 
 void OGL_scissors_end() {

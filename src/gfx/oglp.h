@@ -1,6 +1,7 @@
 // oglp.h: the drawing primitives, in immediate mode: state cache, 2D shapes, scissors, swap and screenshot.
-// Units: pixels, origin at the bottom left of the logical window, y up; every primitive adds mnw.wind_x and wind_y.
-// Colours: an index of colr and an alpha. Fills run from pixel edge to pixel edge, lines from centre to centre.
+// Units: those of the canvas, origin at the bottom left of the logical window, y up; every primitive adds mnw.wind_x and
+// wind_y, and scale.h says how many pixels a unit has.
+// Colours: an index of colr and an alpha. Fills run from edge to edge; a line at y covers y to y + 1.
 // Order: painter's order is the only order; every frame redraws everything. Front faces are clockwise: bottom left, top
 // left, top right, bottom right.
 // Errors: none of their own. Threads: main thread only.
@@ -29,7 +30,7 @@ void OGL_setstate(int fog, int tex_units, int lit, int alpha, int depth_read, in
 void OGL_recover();       // to a state in which a screen can be drawn, from the middle of any drawing: an alert came up
 void OGL_forget_state();  // the context is a new one: the cache is read again at the next call
 
-void OGL_pix_specs(int which);                                  // scale, surface and viewport for the current window
+void OGL_pix_specs(int which);                                  // the canvas's place on the surface, and the viewport
 void OGL_viewport(int mode);                                    // 2: orthographic on the surface
 void OGL_screensize(int mode, int x1, int y1, int x2, int y2);  // the viewport's rectangle alone, whatever the mode
 

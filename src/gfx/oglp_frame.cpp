@@ -11,12 +11,11 @@
 #include "gfx/glext.h"
 #include "gfx/images/tex.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
 #include "gfx/tman.h"
 #include "runtime/xtim.h"
 
 void (*OGL_swap)() = display_swap;
-
-static constexpr int design_dx = 1024, design_dy = 768;
 
 static struct {
     float projection[16], modelview[16];  // by columns, as OpenGL takes them
@@ -28,11 +27,11 @@ void OGL_screensize(int, int x1, int y1, int x2, int y2) {
 
 void OGL_viewport(int mode) {
     if (mode != 2) return;
-    // Pixels of the surface, from its bottom left.
+    // Units from the bottom left of the surface, margins included.
     float* m = xcam.projection;
     std::fill(m, m + 16, 0.0f);
-    m[0] = 2 / static_cast<float>(mnw.screen_dx);
-    m[5] = 2 / static_cast<float>(mnw.screen_dy);
+    m[0] = 2 / surface_dx();
+    m[5] = 2 / surface_dy();
     m[10] = -1;
     m[12] = m[13] = -1;
     m[15] = 1;
@@ -44,9 +43,7 @@ void OGL_viewport(int mode) {
 }
 
 void OGL_pix_specs(int) {
-    mnw.scale = 1.0f;
-    mnw.wind_x = static_cast<float>(std::max(0, (mnw.screen_dx - design_dx) / 2));
-    mnw.wind_y = static_cast<float>(std::max(0, mnw.screen_dy - design_dy));
+    centre_on_surface(canvas_dx, canvas_dy);
     OGL_viewport(2);
 }
 
@@ -73,18 +70,16 @@ void OGL_recover() {
 }
 
 void OGL_plot_back_col() {
-    OGL_fillrect(colour_back, 1.0f, -mnw.wind_x, -mnw.wind_y, static_cast<float>(mnw.screen_dx),
-                 static_cast<float>(mnw.screen_dy));
+    OGL_fillrect(colour_back, 1.0f, -mnw.wind_x, -mnw.wind_y, surface_dx(), surface_dy());
 }
 
 // The tile that covers the design stands where the design stands; its neighbours fill a surface that is larger.
 void OGL_plot_back_tex() {
     const tman_class::ref_dat_struct* picture = tman.record(tex_back_1);
     if (!picture || picture->tex_width < 1 || picture->tex_height < 1) return;
-    const float back_dx = picture->width, back_dy = picture->height;
-    const float s = back_dx / picture->tex_width, t = back_dy / picture->tex_height;
-    const float right = static_cast<float>(mnw.screen_dx) - mnw.wind_x;
-    const float top = static_cast<float>(mnw.screen_dy) - mnw.wind_y;
+    const float back_dx = canvas_dx, back_dy = canvas_dy;
+    const float s = picture->width / picture->tex_width, t = picture->height / picture->tex_height;
+    const float right = surface_dx() - mnw.wind_x, top = surface_dy() - mnw.wind_y;
     const float first_x = -std::ceil(mnw.wind_x / back_dx) * back_dx;
     const float first_y = -std::ceil(mnw.wind_y / back_dy) * back_dy;
     for (float y = first_y; y < top; y += back_dy)

@@ -9,6 +9,7 @@
 
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
 #include "gfx/tman.h"
 #include "runtime/oops.h"
 #include "runtime/utf8.h"
@@ -190,10 +191,9 @@ void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, 
     const int column = cell % columns, row = cell / columns;
     const float s1 = s + static_cast<float>(column) * dx, t1 = t + static_cast<float>(row) * dy;
     const float s2 = (s1 + dx) / atlas_side, t2 = (t1 + dy) / atlas_side;
-    const float scale = std::max(1.0f, mnw.scale);
-    // On whole units, or the letters blur; the cell reaches 4 below the line for what hangs there.
-    const float left = std::trunc(x), bottom = std::trunc(y) - 4;
-    const float right = left + dx * scale, top = bottom + dy * scale;
+    // From a whole pixel, or the letters blur; the cell reaches 4 below the line for what hangs there.
+    const float left = pixel_below(x), bottom = pixel_below(y - 4);
+    const float right = left + dx, top = bottom + dy;
     glTexCoord2f(s1 / atlas_side, t1 / atlas_side);
     glVertex2f(left, bottom);
     glTexCoord2f(s1 / atlas_side, t2);
@@ -220,7 +220,7 @@ void str_one_line(int color, float x, float y, std::string_view text, int charse
 
 float OGL_string(int color, float x, float y, const std::string& text, float wrap_width, int charset, int align) {
     if (text.empty()) return y;
-    const float left = std::round(x + mnw.wind_x), base = std::round(y + mnw.wind_y - 2);
+    const float left = on_pixel(x + mnw.wind_x), base = on_pixel(y + mnw.wind_y - 2);
     const float fixed = find_charset(charset).advance;
     const float last = for_each_line(base, text, wrap_width, fixed, [&](float line_y, std::string_view line) {
         str_one_line(color, left, line_y, line, charset, align);

@@ -5,6 +5,7 @@
 
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
 #include "gfx/text.h"
 
 // The digit of `scaled` that stands for 10 to the power `place`.
@@ -23,7 +24,7 @@ static void number_in_places(int color, float x, float y, float value, int digit
     const float unrounded = std::fabs(value) * static_cast<float>(std::pow(10.0, decimals));
     const double scaled = std::floor(static_cast<double>(std::fabs(value)) * std::pow(10.0, decimals) + 0.5);
     const int whole = digits - decimals;
-    const float base = std::round(x + mnw.wind_x) - advance, line = std::round(y + mnw.wind_y - 2);
+    const float base = on_pixel(x + mnw.wind_x) - advance, line = on_pixel(y + mnw.wind_y - 2);
     const auto put = [&](float at, int code) { OGL_char(at, line, s, t, dx, dy, code, charset_digits); };
     const auto behind = [&](int digit) { return base + advance * static_cast<float>(digit) + half_cell; };
 

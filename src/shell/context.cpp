@@ -8,6 +8,7 @@
 #include "gfx/builtin.h"
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
 #include "gfx/tman.h"
 #include "runtime/hl_string.h"
 #include "runtime/log.h"
@@ -17,7 +18,6 @@
 
 int g_mon_x_res_now = 0, g_mon_y_res_now = 0;
 
-constexpr int spare_units = 20;  // a movable window needs so much more of the display in each direction
 constexpr int samples_of_level[] = {0, 2, 4, 8, 16};
 
 void MACIBM_setres(int entering) {
@@ -28,12 +28,35 @@ void MACIBM_setres(int entering) {
     mnw.screen_depth = mode.depth;
 }
 
-static bool open_window() {
-    const int dx = mnw.x_res_req_ALL, dy = mnw.y_res_req_ALL;
-    const bool movable = dx + spare_units < g_mon_x_res_now && dy + spare_units < g_mon_y_res_now;
-    mnw.screen_dx = movable ? dx : std::max(dx, g_mon_x_res_now);
-    mnw.screen_dy = movable ? dy : std::max(dy, g_mon_y_res_now);
-    return display_window_is_open() || display_open_window("Velaris Installer", mnw.screen_dx, mnw.screen_dy, !movable);
+// The size of the window at the scale that is asked for, or at what there is room for.
+static void choose_scale() {
+    const display_room room = display_get_room();
+    mnw.scale = scale_that_fits(mnw.scale_req, {room.dx, room.dy, room.density});
+    mnw.screen_dx = pixels_of(canvas_dx);
+    mnw.screen_dy = pixels_of(canvas_dy);
+}
+
+// Decorations are known once the window is shown, and a desktop may make of it what it likes, such as a tile.
+static void settle_window() {
+    const int dx = mnw.screen_dx, dy = mnw.screen_dy;
+    choose_scale();
+    if (mnw.screen_dx != dx || mnw.screen_dy != dy) display_resize_window(mnw.screen_dx, mnw.screen_dy);
+    MACIBM_follow_surface();
+    if (mnw.scale_req > mnw.scale)
+        xer << "There is no room for a scale of " << mnw.scale_req << ": it is " << mnw.scale << ".\n" << std::flush;
+}
+
+void MACIBM_follow_surface() {
+    display_get_surface(mnw.screen_dx, mnw.screen_dy);
+    if (mnw.screen_dx < pixels_of(canvas_dx) || mnw.screen_dy < pixels_of(canvas_dy))
+        mnw.scale = scale_that_fits(mnw.scale, {mnw.screen_dx, mnw.screen_dy, 1});
+    centre_on_surface(mnw.wind_dx, mnw.wind_dy);
+    OGL_viewport(2);
+}
+
+void MACIBM_set_scale(float asked) {
+    mnw.scale_req = asked;
+    if (display_window_is_open()) settle_window();
 }
 
 // The levels are tried from the wanted one down.
@@ -82,13 +105,18 @@ static void set_fixed_state() {
 int MACIBM_make_context(int which) {
     if (which != 0) return 0;  // a second display is not opened
     context_facts facts{};
-    if (!open_window() || !make_context(facts)) return 0;
+    if (!display_window_is_open()) {
+        choose_scale();
+        if (!display_open_window("Velaris Installer", mnw.screen_dx, mnw.screen_dy, false)) return 0;
+    }
+    if (!make_context(facts)) return 0;
     log_context(facts);
     if (const int err = glExt.init_entry_points())
         __MACIBM_alert(0, "Could not open OpenGL framework", float_text("Error=", err), "", "", t_exit, OOPS_PLACE);
     if (facts.accelerated == 0) return 0;
     OGL_forget_state();
     set_fixed_state();
+    settle_window();
     return 1;
 }
 
@@ -99,6 +127,5 @@ void MACIBM_nuke_context(int which) {
 void MACIBM_remake_context() {
     tman.forget_textures();
     if (!MACIBM_make_context(0)) return;
-    OGL_pix_specs(0);
     recall_ins_texes();
 }

@@ -9,6 +9,7 @@
 #include "display/virtual_keys.h"
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
 #include "gfx/text.h"
 #include "gfx/tman.h"
 #include "runtime/oops.h"
@@ -50,12 +51,6 @@ int wait_ms() {
     return shell_hooks.may_use_max_cpu && shell_hooks.may_use_max_cpu() ? 0 : tick_ms;
 }
 
-// From the surface's pixels, y down, to the open window's units, y up.
-void set_mouse(int x, int y) {
-    mnw.mouse_x = static_cast<float>(x) / mnw.scale - mnw.wind_x;
-    mnw.mouse_y = static_cast<float>(mnw.screen_dy - y) / mnw.scale - mnw.wind_y;
-}
-
 void handle_key(const display_event& event, int event_kind) {
     mnw.key_held = event_kind != key_kind_up;
     mnw.key_event |= mnw.key_held;
@@ -77,7 +72,7 @@ void handle_event(const display_event& event) {
             handle_key(event, key_kind_repeat);
             break;
         case display_event_kind::mouse_down:
-            set_mouse(event.x, event.y);
+            scale_mouse(event.x, event.y);
             mnw.mouse_down = 1;
             MACIBM_handleclick(0);
             break;
@@ -89,6 +84,9 @@ void handle_event(const display_event& event) {
             break;
         case display_event_kind::quit:
             pump.quit_wanted = true;
+            break;
+        case display_event_kind::resized:
+            MACIBM_follow_surface();
             break;
         case display_event_kind::display_changed:
             MACIBM_setres(1);
@@ -135,7 +133,7 @@ void take_events() {
     if (mnw.mouse_down) return;
     int x = 0, y = 0;
     display_get_mouse(x, y);
-    set_mouse(x, y);
+    scale_mouse(x, y);
 }
 
 void update_mouse_timing() {
@@ -179,7 +177,7 @@ void draw_help(const std::string& text) {
     constexpr float width = 400, margin = 10;
     const std::size_t lines = text.size() / 50;
     const float height = std::clamp(static_cast<float>(lines) * line_height + 20.0f, 60.0f, 300.0f);
-    const float left = 10 - mnw.wind_x, top = static_cast<float>(mnw.screen_dy) / mnw.scale - mnw.wind_y - 20;
+    const float left = 10 - mnw.wind_x, top = surface_dy() - mnw.wind_y - 20;
     const float x = std::max(mnw.mouse_x - width - 15, left + margin);
     const float y = std::min(mnw.mouse_y + 15, top - height - margin);
     BTN_frame2(box_bright, x - margin, y - margin, width + 2 * margin, height + 2 * margin, "");
@@ -236,11 +234,7 @@ void MACIBM_startwind(int number, int) {
     BTN_unfocus_any();
     close_popup();
     mnw.wind_id = mnw.wind_req = number;
-    const auto centred = [](int surface, float size) {
-        return std::max(std::round((static_cast<float>(surface) - mnw.scale * size) / 2) / mnw.scale, 0.0f);
-    };
-    mnw.wind_x = centred(mnw.screen_dx, mnw.wind_dx);
-    mnw.wind_y = centred(mnw.screen_dy, mnw.wind_dy);
+    centre_on_surface(mnw.wind_dx, mnw.wind_dy);
     // So that no press that opens or closes a window is seen twice.
     mnw.mouse_held = mnw.mouse_down = mnw.key_held = 0;
 }

@@ -17,6 +17,9 @@ void MACIBM_init(int argc, char* const* argv);  // the first call of main
 void MACIBM_setres(int entering);               // 1 at start, 0 at the end
 int MACIBM_make_context(int which);             // 0 the main window; 1 on success
 void MACIBM_nuke_context(int which);
+// Shows the canvas at this scale, 0 for what suits the display, or at what there is room for.
+void MACIBM_set_scale(float asked);
+void MACIBM_follow_surface();  // the drawing surface has another size: the canvas stays whole and in its middle
 void MACIBM_remake_context();  // the context was lost: a new one, with all pictures and the state
 // The start-up progress screen; `fraction` null takes one hundredth more with each call.
 void MACIBM_show_init(const std::string& text, const float* fraction);

@@ -6,7 +6,9 @@
 #include "gfx/colr.h"
 #include "gfx/glext.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
 #include "gfx/text.h"
+#include "runtime/cmdline.h"
 #include "runtime/debug.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -56,6 +58,7 @@ void MACIBM_init(int argc, char* const* argv) {
     runtime_start(argc, argv);
     mnw = mnw_t{};
 
+    if (!scale_of_text(cmdline.get_option("--scale"), mnw.scale_req)) mnw.scale_req = scale_auto;
     if (has_display) MACIBM_setres(1);
     if (!has_display || !MACIBM_make_context(0)) cannot_draw();
     OGL_swap = display_swap;

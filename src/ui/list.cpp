@@ -7,6 +7,7 @@
 
 #include "gfx/colr.h"
 #include "gfx/mnw.h"
+#include "gfx/scale.h"
 #include "gfx/text.h"
 #include "runtime/oops.h"
 #include "ui/butn.h"
@@ -72,7 +73,7 @@ void fill_popup(float x, float y, float width, int current, const std::vector<st
 // other end lets it, and rests there: it must not run to and fro.
 int slide() {
     const std::vector<item_struct>& rows = menu[popup_menu].items;
-    const float ceiling = static_cast<float>(mnw.screen_dy) / mnw.scale - mnw.wind_y;
+    const float ceiling = surface_dy() - mnw.wind_y;
     const int bottom = rows.back().bottom, top = rows.front().top;
     if (bottom < 0 && static_cast<float>(top + row_height) <= ceiling) return 1;
     if (static_cast<float>(top) > ceiling && bottom - row_height >= 0) return -1;

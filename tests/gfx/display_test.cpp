@@ -21,8 +21,8 @@ static std::vector<display_event> take(int wait_ms = 0) {
 
 // "down 65/97" for a key with its virtual key and character, one word more for each modifier.
 static std::string told(const std::vector<display_event>& events) {
-    static constexpr const char* names[] = {"down",  "up",     "repeat", "press",   "release",
-                                            "wheel", "redraw", "active", "display", "quit"};
+    static constexpr const char* names[] = {"down",   "up",     "repeat",  "press",   "release", "wheel",
+                                            "redraw", "active", "resized", "display", "quit"};
     std::ostringstream text;
     for (const display_event& e : events) {
         if (text.tellp() > 0) text << ", ";

@@ -9,6 +9,7 @@
 #include "gfx/gl_calls.h"
 #include "gfx/gl_window.h"
 #include "gfx/images/tex.h"
+#include "gfx/scale.h"
 #include "gfx/tman.h"
 #include "support/scratch.h"
 
@@ -93,6 +94,41 @@ TEST(oglp, scissors_clip_in_window_coordinates) {
     EXPECT_EQ(window.grab().extent(black)[2], 0) << "nothing is drawn";
 }
 
+TEST(oglp, a_scale_is_the_largest_that_fits_and_is_bearable_and_shapes_keep_to_pixels) {
+    const struct {
+        float asked;
+        scale_room room;
+        float scale;
+    } cases[] = {
+        {scale_auto, {800, 600, 1}, 0.75f},  {scale_auto, {1280, 800, 1}, 1},  {scale_auto, {3840, 2160, 1}, 1.5f},
+        {scale_auto, {3840, 2160, 2}, 2.5f}, {scale_auto, {7680, 4320, 4}, 4}, {scale_auto, {640, 480, 2}, 0.625f},
+        {1.3f, {1920, 1080, 1}, 1.3f},       {3, {1920, 1080, 1}, 1.25f},      {0.5f, {3840, 2160, 2}, 0.5f},
+        {2, {256, 768, 1}, 0.25f},
+    };
+    for (const auto& [asked, room, scale] : cases)
+        EXPECT_EQ(scale_that_fits(asked, room), scale) << asked << " in " << room.dx;
+    float asked = 7;
+    for (const char* wrong : {"", "big", "0.4", "4.1", "nan", "2x", "-1"})
+        EXPECT_FALSE(scale_of_text(wrong, asked)) << wrong;
+    EXPECT_EQ(asked, 7);
+    EXPECT_TRUE(scale_of_text("2.5", asked) && asked == 2.5f && scale_of_text("auto", asked) && asked == scale_auto);
+
+    gl_window window(1536, 1152);
+    mnw.scale = 1.5f;
+    OGL_pix_specs(0);
+    OGL_fillrect(white_index, 1, 11, 20, 30, 5);
+    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{17, 30, 62, 38}));
+    window.clear();
+    OGL_framerect(white_index, 1, 10, 20, 30, 6);
+    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{15, 30, 62, 41}));
+    window.clear();
+    OGL_scissors(10, 20, 30, 6);
+    OGL_fillrect(white_index, 1, 0, 0, 500, 500);
+    OGL_scissors_end();
+    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{15, 30, 60, 39}));
+    mnw.scale = 1;
+}
+
 TEST(oglp, pictures_are_drawn_pixel_for_pixel_and_the_right_way_up) {
     gl_window window;
     recall_ins_texes();
@@ -124,9 +160,9 @@ TEST(oglp, a_larger_surface_keeps_the_design_and_is_covered_and_photographed_aro
     OGL_plot_back_tex();
     const picture drawn = window.grab();
     const unsigned char* first = builtin_images[1].pixels;
-    EXPECT_LE(difference(drawn.at(588, 232), {first[0], first[1], first[2]}), 1) << "the design's corner";
+    EXPECT_LE(difference(drawn.at(588, 116), {first[0], first[1], first[2]}), 1) << "the design's corner";
     for (const int x : {0, 587, 1024, 2199})
-        for (const int y : {0, 231, 999})
+        for (const int y : {0, 115, 999})
             EXPECT_NE(drawn.at(x, y), black) << x << " " << y;
 
     const scratch folder;
@@ -134,7 +170,7 @@ TEST(oglp, a_larger_surface_keeps_the_design_and_is_covered_and_photographed_aro
     for (int n = 1; n <= 9; ++n)
         folder.write("screenshot_" + std::to_string(n) + ".png", "");
     window.clear();
-    OGL_fillrect(white_index, 1, 76 - 588, -232, 1, 1);  // the lowest pixel that a picture 2048 wide can show
+    OGL_fillrect(white_index, 1, 76 - 588, -116, 1, 1);  // the lowest pixel that a picture 2048 wide can show
     OGL_screenshot(1);
     TEX_image_desc desc;
     std::vector<unsigned char> pixels;

@@ -20,17 +20,21 @@ TEST_F(Shell, StartUpShowsItsPanelAndABarThatGrows) {
     EXPECT_LT(difference(last_frame.at(540, 15), trough), 20);
 }
 
-TEST_F(Shell, ASmallDisplayIsFilledAndTheCanvasCentred) {
+TEST_F(Shell, TheCanvasFollowsTheScaleAndWhatTheDesktopMakesOfTheWindow) {
     EXPECT_EQ(MACIBM_make_context(1), 0) << "there is no second display";
-    MACIBM_nuke_context(0);
-    g_mon_x_res_now = 1044;  // the movable form wants more than twenty units to spare
-    g_mon_y_res_now = 799;
-    MACIBM_remake_context();
-    MACIBM_startwind(wind_main, 0);
-    EXPECT_EQ(mnw.screen_dx, 1044);
-    EXPECT_EQ(mnw.screen_dy, 799);
-    EXPECT_FLOAT_EQ(mnw.wind_x, 10);
-    EXPECT_FLOAT_EQ(mnw.wind_y, 16);
+    MACIBM_set_scale(1.5f);
+    EXPECT_EQ(mnw.screen_dx * 10000 + mnw.screen_dy, 15361152);
+    move_mouse(750, 300);
+    ASSERT_TRUE(frames_until([] { return std::abs(mnw.mouse_x - 500) < 1; }));
+    EXPECT_NEAR(mnw.mouse_y, 768 - 200, 1);
+
+    display_resize_window(1700, 700);  // as a desktop does that lays windows out itself
+    ASSERT_TRUE(frames_until([] { return mnw.screen_dx == 1700; }));
+    EXPECT_EQ(mnw.scale, 0.875f);
+    EXPECT_NEAR(mnw.wind_x * mnw.scale, (1700 - 896) / 2, 1) << "in the middle";
+    move_mouse(402, 699);
+    ASSERT_TRUE(frames_until([] { return std::abs(mnw.mouse_x) < 1.5f; }));
+    EXPECT_LT(mnw.mouse_y, 0) << "below the canvas";
 }
 
 TEST_F(Shell, APressIsSeenWhereItFellInOneFrameOnlyWithBothItsEdges) {

@@ -38,9 +38,9 @@ class Shell : public ::testing::Test {
         shell_hooks.update = [] {
             if (on_update) on_update();
         };
-        char name[] = "velaris-installer";
-        char* argv[] = {name, nullptr};
-        MACIBM_init(1, argv);
+        char name[] = "velaris-installer", scale[] = "--scale=1";
+        char* argv[] = {name, scale, nullptr};
+        MACIBM_init(2, argv);
         OGL_swap = swap_and_keep;
         MACIBM_event_proc();
     }
