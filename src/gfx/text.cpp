@@ -189,18 +189,20 @@ void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, 
     const int columns = charset == charset_table ? table_columns : grid_columns;
     const int cell = charset == charset_table ? byte : cells.of[byte];
     const int column = cell % columns, row = cell / columns;
-    const float s1 = s + static_cast<float>(column) * dx, t1 = t + static_cast<float>(row) * dy;
-    const float s2 = (s1 + dx) / atlas_side, t2 = (t1 + dy) / atlas_side;
+    // Half a texel is left out all round where cells are filtered, or the neighbour's ink shows at the edge.
+    const float edge = mnw.scale == 1 ? 0.0f : 0.5f;
+    const float s1 = s + static_cast<float>(column) * dx + edge, t1 = t + static_cast<float>(row) * dy + edge;
+    const float s2 = s1 + dx - 2 * edge, t2 = t1 + dy - 2 * edge;
     // From a whole pixel, or the letters blur; the cell reaches 4 below the line for what hangs there.
-    const float left = pixel_below(x), bottom = pixel_below(y - 4);
-    const float right = left + dx, top = bottom + dy;
+    const float left = pixel_below(x) + edge, bottom = pixel_below(y - 4) + edge;
+    const float right = left + s2 - s1, top = bottom + t2 - t1;
     glTexCoord2f(s1 / atlas_side, t1 / atlas_side);
     glVertex2f(left, bottom);
-    glTexCoord2f(s1 / atlas_side, t2);
+    glTexCoord2f(s1 / atlas_side, t2 / atlas_side);
     glVertex2f(left, top);
-    glTexCoord2f(s2, t2);
+    glTexCoord2f(s2 / atlas_side, t2 / atlas_side);
     glVertex2f(right, top);
-    glTexCoord2f(s2, t1 / atlas_side);
+    glTexCoord2f(s2 / atlas_side, t1 / atlas_side);
     glVertex2f(right, bottom);
 }
 

@@ -96,6 +96,20 @@ class ScreensTest(installer.Scene):
         self.assertEqual(window.process.wait(30), 0)
         self.assertEqual(os.listdir(self.desk.tmp), [])
 
+    def test_every_display_has_room_for_the_window_and_every_button_is_where_it_is_seen(self):
+        for size, scale in (("800x600", 0.75), ("1280x800", 1), ("3840x2160", 1.5)):
+            with self.subTest(size):
+                self.display = installer.keep_up(self, desktop.Display(size=size + "x24"))
+                window = self.offer()
+                self.assertEqual(window.scale, scale)
+                for place, inner, outer in zip((window.left, window.top), window.size, map(int, size.split("x"))):
+                    self.assertTrue(0 <= place <= outer - inner, f"at {place}")
+                window.click(*desktop.INSTALL)
+                self.assert_shows(window, "agreement")
+                window.click(*desktop.REFUSE)
+                self.assert_shows(window, "main")
+                self.quit(window)
+
     def test_a_new_copy_by_clicks_refused_first(self):
         window = self.offer()
         window.click(*desktop.INSTALL)

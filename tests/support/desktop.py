@@ -64,16 +64,20 @@ class Window:
         shell = dict(line.split("=") for line in display.xdotool("getwindowgeometry", "--shell", self.id).split()
                      if "=" in line)
         self.left, self.top = int(shell["X"]), int(shell["Y"])
+        self.size = int(shell["WIDTH"]), int(shell["HEIGHT"])
+        self.scale = self.size[0] / WIDTH
 
     def grab(self):
-        box = (self.left, self.top, self.left + WIDTH, self.top + HEIGHT)
-        return ImageGrab.grab(bbox=box, xdisplay=self.display.name).convert("RGB")
+        """The canvas, whatever the scale it is shown at."""
+        box = (self.left, self.top, self.left + self.size[0], self.top + self.size[1])
+        return ImageGrab.grab(bbox=box, xdisplay=self.display.name).convert("RGB").resize((WIDTH, HEIGHT))
 
     def pixel(self, x, y):
         return self.grab().getpixel((x, HEIGHT - 1 - y))
 
     def move(self, x, y, *then):
-        self.display.xdotool("mousemove", str(self.left + x), str(self.top + min(HEIGHT - y, HEIGHT - 1)), *then)
+        right, down = int(x * self.scale), int(min(HEIGHT - y, HEIGHT - 1) * self.scale)
+        self.display.xdotool("mousemove", str(self.left + right), str(self.top + down), *then)
 
     def click(self, x, y):
         """A frame takes no more than one press, so that whatever follows meets what the press brought up."""
