@@ -70,5 +70,9 @@ void display_take_events(int wait_ms, std::vector<display_event>& events);
 void display_get_mouse(int& x, int& y);
 void display_show_cursor(bool show);
 
+// The desktop's clipboard, as UTF-8; empty where it holds no text.
+std::string display_clipboard();
+void display_set_clipboard(const std::string& text);
+
 // A message box of the system; false where none can be shown.
 bool display_message_box(const std::string& main_text, const std::string& secondary_text);

@@ -108,7 +108,8 @@ bool is_key(const display_event& event) {
 
 // A press, or a key that acts on the screen as one does.
 bool acts_on_screen(const display_event& event) {
-    const bool key = event.vkey == vk_return || event.vkey == vk_enter || event.vkey == vk_escape;
+    const bool key = event.vkey == vk_return || event.vkey == vk_enter || event.vkey == vk_escape ||
+                     (event.vkey == vk_space && BTN_focus_presses());
     return is_press(event) || (is_key(event) && key);
 }
 
@@ -163,6 +164,15 @@ void update_clock() {
 
 void take_quit() {
     if (pump.quit_wanted && mnw.modal_wind && mnw.wind_id != wind_alert) MACIBM_startwind(wind_main, 0);
+}
+
+// Closes what lies on top: an open list, else a window that is no question.
+void take_escape() {
+    if (!escape_hit) return;
+    if (mnw.menu_open != -1)
+        close_popup();
+    else if (mnw.wind_id == wind_prefs || mnw.wind_id == wind_agreement || mnw.wind_id == wind_folder_wait)
+        MACIBM_startwind(wind_main, 0);
 }
 
 void update_application() {
@@ -232,6 +242,7 @@ void MACIBM_startwind(int number, int) {
         mnw.modal_wind = 1;
     }
     BTN_unfocus_any();
+    BTN_begin_focus_ring();  // what was drawn so far belongs to the window before
     close_popup();
     mnw.wind_id = mnw.wind_req = number;
     centre_on_surface(mnw.wind_dx, mnw.wind_dy);
@@ -252,7 +263,8 @@ static void close_window() {
 void MACIBM_handleclick(int force) {
     if (!force && click_in_menu()) return;
     if (mnw.wind_id <= wind_main || wind_is_question(mnw.wind_id)) return;
-    if (force && mnw.wind_id == wind_folder) return;  // there Return opens the folder that was typed
+    // There Return opens the folder that was typed, and here it must not be taken for a refusal.
+    if (force && (mnw.wind_id == wind_folder || mnw.wind_id == wind_agreement)) return;
     if (!force && !in_closing_corner()) return;
     BTN_zap_boxes(1);
     OGL_sbuff();
@@ -269,14 +281,19 @@ void MACIBM_event_proc() {
     xtim.profile_chart("startwin", 0);
     take_events();
     take_quit();
+    take_escape();
     xtim.profile_chart("event", 0);
     if (mnw.wind_id == wind_main) THREAD_check_exception(1);
     update_clock();
     keys.run_repeat_keys();
     mnw.cursor_code = 0;
     xtim.profile_chart("netlist", 0);
+    // A dialog has drawn itself before this call, the main screen does so within it.
+    const bool dialog = mnw.modal_wind || pump.in_update;
+    if (dialog) BTN_draw_focus();
     BTN_begin_focus_ring();
     update_application();
+    if (!dialog) BTN_draw_focus();
     mouse_help_per_wind(mnw.wind_id);
     standard_gui();
     xtim.profile_chart("menu", 0);

@@ -8,11 +8,19 @@
 
 #include <string>
 
+#include "ui/shapes.h"
+
+// What a button is for, and so how it looks. One at the most of a screen is primary: Return presses it where no widget
+// takes the key.
+enum button_role : int { role_plain, role_primary, role_danger, role_off };
+void BTN_role(button_role role);  // of the next button alone; one that is off does not react
+
 // Centred on x, y; a width of 0 or below fits the label. `latched` shows it pressed; `feedback` 0: no pressed frame, 1: one,
 // 2: a latched label glows. A text other than "-" stands right of it. 1 when it was pressed.
 int BTN_action(float x, float y, float width, int latched, int feedback, const std::string& label,
                const std::string& text);
-int BTN_bool(float x, float y, int* value, const std::string& label, int radio);  // 1 when it was flipped
+// 1 when it was flipped, by its box or its label.
+int BTN_bool(float x, float y, int* value, const std::string& label, int radio);
 // One radio button of a group that shares `value`. 1 when it was pressed, also when it was on already.
 int BTN_is_int(float x, float y, int* value, int my_value, const std::string& label);
 int BTN_xbol(float x, float y, bool* value, const std::string& label);
@@ -30,11 +38,19 @@ struct label_parts {
     std::string left, right, help;
 };
 label_parts expand_label(const std::string& label);
+// Where a label is drawn.
+box_place label_box(float x, float y, int side, const std::string& label);
 void draw_side_labels(float left_x, float right_x, float y, const label_parts& label);  // ends there, starts there
 // The help text of this frame, if the mouse stands in the rectangle and no menu lies over it.
 void help_in(float left, float bottom, float right, float top, const std::string& help);
 
-// The mouse stands in the rectangle, edges included.
+// Face, outline and ink of a button of a role, under the mouse or not; 0 as outline for none.
+struct button_tones {
+    unsigned face, line, ink;
+};
+button_tones tones_of(button_role role, bool hovered);
+
+// The mouse stands in the rectangle, edges included. Never where widgets are asleep.
 bool mouse_in(float left, float bottom, float right, float top);
 // ... and was pressed there in this frame, with no menu in the way.
 bool pressed_in(float left, float bottom, float right, float top);

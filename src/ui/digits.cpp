@@ -121,6 +121,7 @@ int BTN_flt_range(float x, float y, float* value, int digits, int decimals, floa
     const int take = pressed_in(x, y - 2, f.right(), y + 8);
     if (take) hot_digit = static_cast<int>((mnw.mouse_x - 2 - x) / 10);
     const bool focused = slots.join_ring(id, accept_moves | accept_digits | accept_signs, take);
+    BTN_focus_place(id, {x - 7, y - 6, f.right() + 5, y + 12}, look_inside);
     if (focused) hot_digit = std::clamp(hot_digit, 0, digits - 1);
     slots.drain(id, [&f](int c, int vkey, int) { use_key(f, c, vkey); });
     use_arrows(f);

@@ -5,11 +5,13 @@
 #include <iterator>
 #include <memory>
 
+#include "display/display.h"
 #include "display/virtual_keys.h"
 #include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
+#include "runtime/utf8.h"
 #include "runtime/xtim.h"
 #include "ui/butn.h"
 #include "ui/focus.h"
@@ -33,7 +35,7 @@ bool is_caret_key(int character) {
 }
 
 constexpr int chars_accept = accept_moves | accept_letters | accept_digits | accept_signs | accept_printable;
-constexpr int field_accept = chars_accept | accept_delete;
+constexpr int field_accept = chars_accept | accept_delete | accept_edits;
 
 // Boxes of one character. The atlas's field box is 24 wide at the least.
 constexpr float box_pitch = 24, box_middle = 8;
@@ -147,8 +149,45 @@ OGLE_Rec* engine() {
     return host.ogle.get();
 }
 
+// Ctrl with A, C, X or V. The clipboard holds UTF-8, a field one byte a character; what has no place there is left out.
+void edit(int vkey) {
+    int start = 0, end = 0;
+    OGLE_GetSelection(engine(), &start, &end);
+    if (vkey == 'A') return OGLE_SetSelection(engine(), 0, static_cast<int>(host.OGLE_input->size()));
+    std::string pasted;
+    if (vkey == 'V') {
+        const std::string text = display_clipboard();
+        for (std::size_t i = 0; i < text.size();)
+            if (const unsigned char c = utf8_take_latin1(text, i); is_printable(c)) pasted += static_cast<char>(c);
+        if (pasted.empty()) return;
+    } else {
+        if (start == end) return;
+        const auto chosen =
+            host.OGLE_input->substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+        display_set_clipboard(utf8_of_latin1(chosen));
+        if (vkey == 'C') return;
+    }
+    OGLE_ReplaceText(engine(), start, end, pasted.data(), pasted.data() + pasted.size());
+    const int behind = start + static_cast<int>(pasted.size());
+    OGLE_SetSelection(engine(), behind, behind);
+    OGLE_RevealSelection(engine());
+}
+
+// Home and End; with Shift the selection's other end stays.
+void go_to_end(int vkey, int flags) {
+    int start = 0, end = 0;
+    OGLE_GetSelection(engine(), &start, &end);
+    const int to = vkey == vk_home ? 0 : static_cast<int>(host.OGLE_input->size());
+    const int from = !(flags & key_shift) ? to : engine()->active_end ? start : end;
+    OGLE_SetSelection(engine(), std::min(from, to), std::max(from, to));
+    engine()->active_end = to >= from;
+    OGLE_RevealSelection(engine());
+}
+
 void take_keys(key_slots& slots, int id, int max_chars) {
-    slots.drain(id, [](int character, int, int flags) {
+    slots.drain(id, [](int character, int vkey, int flags) {
+        if ((flags & key_control) && character == 0 && vkey >= 'A' && vkey <= 'Z') return edit(vkey);
+        if (vkey == vk_home || vkey == vk_end) return go_to_end(vkey, flags);
         if (is_printable(character) || is_caret_key(character))
             OGLE_Key(engine(), static_cast<char>(character), flags & key_shift);
     });
@@ -210,6 +249,7 @@ int BTN_enterstring(float x, float y, std::string* text, int max_chars, const st
     const bool clicked = pressed_in(x, y, x + width, y + 8);
     const int take = clicked || (auto_focus && BTN_no_focus_yet());
     const bool focused = slots.join_ring(id, field_accept, take);
+    BTN_focus_place(id, {x - 5, y - 6, x + width + 1, y + 12}, look_inside);
     host.OGLE_edit = 0;
     host.OGLE_x = x;
     host.OGLE_y = y;
@@ -255,6 +295,7 @@ int BTN_chars(float x, float y, char* text, int max, const std::string& label) {
     const float width = static_cast<float>(max) * box_pitch;
     const bool clicked = pressed_in(x, y, x + width, y + 8);
     const bool focused = slots.join_ring(id, chars_accept, clicked);
+    BTN_focus_place(id, {x, y - 6, x + width, y + 12}, look_inside);
     if (focused && field_with_caret != id) {
         field_with_caret = id;
         caret = 0;

@@ -5,12 +5,14 @@
 #include <string_view>
 #include <vector>
 
+#include "display/virtual_keys.h"
 #include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/scale.h"
 #include "gfx/text.h"
 #include "runtime/oops.h"
 #include "ui/butn.h"
+#include "ui/focus.h"
 #include "ui/frames.h"
 #include "ui/menu.h"
 
@@ -83,6 +85,7 @@ int slide() {
 }  // namespace
 
 int BTN_textlist(float x, float y, int* value, const std::string& items, const std::string& label) {
+    static key_slots slots;
     const label_parts parts = expand_label(label);
     const std::vector<std::string> rows = split_rows(items, label);
     const int last = static_cast<int>(rows.size()) - 1;
@@ -91,13 +94,31 @@ int BTN_textlist(float x, float y, int* value, const std::string& items, const s
     BTN_frame1(bar_popup, x + 10, y + 5, width + 28, 0);
     draw_side_labels(x - width / 2 - 5, x + width / 2 + 25, y, parts);
 
-    const int code = static_cast<int>(y * 1024 + x);
-    if (active_popup_code != code && pressed_in(x + 10 - half, y - 2, x + 10 + half, y + 8)) active_popup_code = code;
-    const bool chosen = select_popup_code == code;
+    const int code = static_cast<int>(y * 1024 + x), id = widget_id(x, y);
+    const bool pressed = active_popup_code != code && pressed_in(x + 10 - half, y - 2, x + 10 + half, y + 8);
+    if (pressed) active_popup_code = code;
+    const int of_open_list = active_popup_code == code ? accept_return | accept_escape : 0;
+    slots.join_ring(id, accept_moves | accept_press | of_open_list, pressed);
+    BTN_focus_place(id, {x + 10 - half, y - 4, x + 10 + half, y + 14}, look_around);
+    bool chosen = select_popup_code == code;
     if (chosen) {
         *value = std::clamp(popup_menu_select, 0, last);
         select_popup_code = 0;
     }
+    // Arrows go to the next row, in an open list as in a closed one; Space opens and closes it.
+    slots.drain(id, [&](int, int vkey, int) {
+        const int before = *value;
+        if (vkey == vk_down || vkey == vk_right) ++*value;
+        if (vkey == vk_up || vkey == vk_left) --*value;
+        if (vkey == vk_home || vkey == vk_page_up) *value = 0;
+        if (vkey == vk_end || vkey == vk_page_down) *value = last;
+        *value = std::clamp(*value, 0, last);
+        chosen |= *value != before;
+        if (vkey != vk_space && vkey != vk_return && vkey != vk_enter && vkey != vk_escape) return;
+        const bool opens = vkey == vk_space && active_popup_code != code;
+        if (!opens) close_popup();
+        if (opens) active_popup_code = code;
+    });
     if (active_popup_code == code) {
         mnw.menu_open = popup_menu;
         fill_popup(x, y, width, *value, rows);
@@ -116,7 +137,11 @@ int BTN_tab(int column, int row, int* value, int my_value, const std::string& la
     BTN_util_element(x, y, 253, chosen ? 499 : 472, 49, 13, 0);
     OGL_string(chosen ? colour_tab_chosen : colour_tab, x - 40, y - 4, parts.left, 9999, charset_text, align_left);
     help_in(x - 50, y - 13, x + 40, y + 13, parts.help);
-    if (!pressed_in(x - 50, y - 13, x + 40, y + 13)) return 0;
+    static key_slots slots;
+    const int id = widget_id(x, y);
+    const int presses = slots.join_as_button(id, {x - 49, y - 12, x + 40, y + 12}, false);
+    BTN_focus_choice(id, value, chosen);
+    if (!presses && !pressed_in(x - 50, y - 13, x + 40, y + 13)) return 0;
     *value = my_value;
     return 1;
 }

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "display/virtual_keys.h"
 #include "gfx/colr.h"
 #include "gfx/mnw.h"
 #include "gfx/text.h"
 #include "runtime/oops.h"
 #include "runtime/xtim.h"
 #include "ui/butn.h"
+#include "ui/focus.h"
 #include "ui/frames.h"
 
 namespace {
@@ -16,6 +18,8 @@ namespace {
 constexpr const char* place = "HLutils/OOPS_cpp/butn";
 constexpr int slider_count = 4;
 constexpr float reach = 11;  // of a thumb, to all sides
+
+constexpr int page = 10;  // steps
 
 // Carries `at` from one stretch to another, held to that one. A stretch without length gives the other's start.
 float carry(float at, float from_start, float from_end, float to_start, float to_end) {
@@ -32,7 +36,6 @@ bool acts_now() {
 // What a press beside the thumb, or holding there, does: an arrow is one step, the track a page.
 int steps(float x, float y_bottom, float y_top, float thumb) {
     constexpr float arrow = 20;
-    constexpr int page = 10;
     if (!acts_now() || !mouse_in(x - reach, y_bottom - arrow, x + reach, y_top + arrow)) return 0;
     if (mnw.mouse_y > y_top) return -1;
     if (mnw.mouse_y < y_bottom) return 1;
@@ -57,7 +60,20 @@ int BTN_vert_slider(int index, float x, float y_bottom, float y_top, int min, in
     else if (mnw.menu_open == -1 && mouse_in(x - reach, thumb - reach, x + reach, thumb + reach))
         grabbed = 1;
 
+    static key_slots slots;
+    const int id = widget_id(x, y_bottom);
+    slots.join_ring(id, accept_moves, 0);
+    BTN_focus_place(id, {x - 9, y_bottom - 20, x + 9, y_top + 18}, look_around);
     long long wanted = *value;
+    slots.drain(id, [&](int, int vkey, int) {
+        wanted += vkey == vk_down        ? 1
+                  : vkey == vk_up        ? -1
+                  : vkey == vk_page_down ? page
+                  : vkey == vk_page_up   ? -page
+                                         : 0;
+        if (vkey == vk_home) wanted = min;
+        if (vkey == vk_end) wanted = max;
+    });
     if (grabbed)
         wanted = static_cast<long long>(carry(mnw.mouse_y, y_top - 11, y_bottom + 11, first, last));
     else
@@ -86,6 +102,17 @@ int BTN_horz_slider(float x, float y, float width, int color, float min, float m
     const bool slider_grabbed =
         live && mnw.mouse_held && mnw.menu_open == -1 && mouse_in(x - grip, y - grip, x + width + grip, y + grip);
     if (slider_grabbed) *value = carry(mnw.mouse_x, x, x + width, min, max);
+    if (live) {
+        static key_slots slots;
+        const int id = widget_id(x, y);
+        slots.join_ring(id, accept_moves, 0);
+        BTN_focus_place(id, {x, y - 9, x + width, y + 9}, look_around);
+        slots.drain(id, [&](int, int vkey, int) {
+            constexpr float share = 0.05f;
+            const int step = vkey == vk_right || vkey == vk_up ? 1 : vkey == vk_left || vkey == vk_down ? -1 : 0;
+            *value = std::clamp(*value + static_cast<float>(step) * share * (max - min), min, max);
+        });
+    }
 
     const float filled = carry(*value, min, max, 0, width);
     if (color != colour_no_fill && filled > 0) {

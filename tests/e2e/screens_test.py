@@ -209,7 +209,7 @@ class ScreensTest(installer.Scene):
         window.type("proxy.example")
         window.keys("Tab")
         window.type("8088")
-        window.keys("shift+Tab", "End", "BackSpace")        # Tab has selected the whole
+        window.keys("shift+Tab", "Home", "End", "ctrl+a", "ctrl+x", "ctrl+v", "ctrl+a")
         window.type("firewall.example")
         window.click(*at("preferences", 200, 313))          # the list of systems opens
         window.click(*at("preferences", 200, 313 + 12))     # the row above: Windows
@@ -238,7 +238,7 @@ class ScreensTest(installer.Scene):
         window = self.offer()
         window.click(*desktop.PREFERENCES)
         self.assert_shows(window, "preferences")
-        window.keys("Tab")
+        window.keys("shift+Tab", "shift+Tab")       # the last control is the port, the one before it the host
         window.type("127.0.0.1")
         window.keys("Tab")
         window.type(str(proxy.port))

@@ -106,17 +106,21 @@ TEST_F(Shell, AClickThatClosesAWindowDoesNotReachTheScreenBelow) {
     EXPECT_EQ(seen, 0);
 }
 
-TEST_F(Shell, ReturnClosesADialogButNoQuestion) {
-    for (const int window : {1, 2}) {
-        MACIBM_startwind(window, 0);
-        desktop("key Return");
-        EXPECT_TRUE(frames_until([] { return mnw.wind_id == 0; })) << window;
+TEST_F(Shell, ReturnAndEscapeCloseWhatIsNoQuestionAndReturnRefusesNothing) {
+    const struct {
+        int window;
+        const char* key;
+        bool closes;
+    } cases[] = {{wind_prefs, "Return", true},         {wind_prefs, "Escape", true},
+                 {wind_agreement, "Return", false},    {wind_agreement, "Escape", true},
+                 {wind_changed_file, "Return", false}, {wind_changed_file, "Escape", false}};
+    for (const auto& c : cases) {
+        MACIBM_startwind(c.window, 0);
+        mnw.key_char = 0;
+        desktop(std::string("key ") + c.key + " key x");
+        EXPECT_TRUE(frames_until([] { return mnw.key_char == 'x'; }));
+        EXPECT_EQ(mnw.wind_id == wind_main, c.closes) << c.window << c.key;
     }
-    MACIBM_startwind(997, 0);
-    desktop("key Return");
-    for (int i = 0; i < 20; ++i)
-        MACIBM_event_proc();
-    EXPECT_EQ(mnw.wind_id, 997);
 }
 
 TEST_F(Shell, ADialogOpenedByTheScreenDoesNotRunTheScreenInsideItself) {

@@ -37,6 +37,45 @@ TEST(Focus, TabEntersTheRingAndGoesRoundBothWays) {
     EXPECT_EQ(queue.count, 0);
 }
 
+TEST(Focus, TabGoesInReadingOrderAndArrowsStayInAGroup) {
+    int first_choice = 0, second_choice = 0;
+    const struct {
+        int id;
+        box_place face;
+        const void* choice;
+        bool chosen;
+    } drawn[] = {{10, {500, 10, 600, 30}, nullptr, false},        {11, {10, 12, 40, 28}, nullptr, false},
+                 {12, {10, 80, 24, 94}, &first_choice, false},    {13, {10, 60, 24, 74}, &first_choice, true},
+                 {14, {10, 100, 24, 114}, &second_choice, false}, {15, {90, 100, 104, 114}, &second_choice, false}};
+    const auto frame = [&] {
+        BTN_begin_focus_ring();
+        for (const auto& one : drawn) {
+            show(one.id, accept_press, 0);
+            BTN_focus_place(one.id, one.face, look_around);
+            if (one.choice) BTN_focus_choice(one.id, one.choice, one.chosen);
+        }
+    };
+    frame();
+    EXPECT_FALSE(focus_seen);
+    for (const int reached : {14, 15, 13, 11, 10, 14}) {
+        BTN_dispatch_to_focus(9, vk_tab, key_goes_down);
+        EXPECT_EQ(focus_id, reached);
+    }
+    EXPECT_TRUE(focus_seen);
+    focus_id = 13;
+    for (const int reached : {12, 13, 12}) {
+        queue.count = 0;
+        EXPECT_EQ(BTN_dispatch_to_focus(0, vk_up, key_goes_down), 1);
+        EXPECT_EQ(focus_id, reached) << "round the group";
+        EXPECT_EQ(queue.ids[0], reached) << "and presses it";
+    }
+    EXPECT_EQ(BTN_dispatch_to_focus('x', 'X', key_goes_down), 0);
+    widgets_asleep = true;
+    frame();
+    EXPECT_TRUE(focus_ring.empty()) << "what lies below a dialog";
+    widgets_asleep = false;
+}
+
 TEST(Focus, AWidgetGetsTheKeysOfItsClassesAndNoOthers) {
     const struct {
         int c, vkey, accept;

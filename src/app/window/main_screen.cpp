@@ -17,6 +17,7 @@
 #include "runtime/xtim.h"
 #include "shell/pump.h"
 #include "ui/butn.h"
+#include "ui/focus.h"
 #include "ui/frames.h"
 
 namespace {
@@ -137,7 +138,9 @@ void APP_update() {
     const int opened = MACIBM_windows_opened();
     draw_screen();
     // A window that came and went in the middle has painted over the first half.
-    if (MACIBM_windows_opened() != opened && !app_done) draw_screen();
+    if (MACIBM_windows_opened() == opened || app_done) return;
+    BTN_begin_focus_ring();
+    draw_screen();
 }
 
 void dir_progress_bar(float lo, float value, float hi, scan_phase phase, const std::string& label,

@@ -6,6 +6,7 @@
 #include "gfx/oglp.h"
 #include "gfx/tman.h"
 #include "ui/butn.h"
+#include "ui/focus.h"
 
 static constexpr float sheet_side = 1024;
 
@@ -23,7 +24,10 @@ int interface_rect(float x, float y, float tex_x, float tex_y, float w, float h,
 }
 
 int interface_button(float x, float y, const sprite& picture, int live, int tint) {
-    return interface_rect(x, y, picture.x, picture.y, picture.w, picture.h, live, tint);
+    static key_slots slots;
+    const box_place face = {x + 1, y + 2, x + picture.w - 1, y + 20};
+    const int presses = live ? slots.join_as_button(widget_id(x, y), face, true) : 0;
+    return interface_rect(x, y, picture.x, picture.y, picture.w, picture.h, live, tint) || presses;
 }
 
 int interface_icon(float x, float y, int index) {

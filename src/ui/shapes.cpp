@@ -1,0 +1,97 @@
+#include "ui/shapes.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "gfx/colr.h"
+#include "gfx/mnw.h"
+#include "gfx/oglp.h"
+
+namespace {
+
+constexpr int steps = 6;  // of a corner
+constexpr int points = 4 * (steps + 1);
+
+struct place {
+    float x, y;
+};
+
+// Around the box, clockwise from the left end of the upper edge; `outline` has `points` entries.
+void outline_of(const box_place& box, float radius, place* outline) {
+    constexpr float quarter = 1.57079633f;
+    const float most = std::min(box.right - box.left, box.top - box.bottom) / 2;
+    const float r = std::clamp(radius, 0.0f, std::max(most, 0.0f));
+    const place centres[4] = {{box.left + r, box.top - r},
+                              {box.right - r, box.top - r},
+                              {box.right - r, box.bottom + r},
+                              {box.left + r, box.bottom + r}};
+    for (int corner = 0; corner < 4; ++corner)
+        for (int i = 0; i <= steps; ++i) {
+            const float angle = quarter * (2.0f - static_cast<float>(corner) - static_cast<float>(i) / steps);
+            *outline++ = {mnw.wind_x + centres[corner].x + r * std::cos(angle),
+                          mnw.wind_y + centres[corner].y + r * std::sin(angle)};
+        }
+}
+
+// Between two outlines, from one opacity to another. Counted clockwise, the outer one first.
+void strip(const place* outer, float outer_alpha, const place* inner, float inner_alpha, int colour) {
+    glBegin(GL_QUADS);
+    for (int i = 0; i < points; ++i) {
+        const int next = (i + 1) % points;
+        OGL_set_color(colour, inner_alpha);
+        glVertex2f(inner[i].x, inner[i].y);
+        OGL_set_color(colour, outer_alpha);
+        glVertex2f(outer[i].x, outer[i].y);
+        glVertex2f(outer[next].x, outer[next].y);
+        OGL_set_color(colour, inner_alpha);
+        glVertex2f(inner[next].x, inner[next].y);
+    }
+    glEnd();
+}
+
+// Half of a pixel to either side of an edge is faded.
+float feather() {
+    return 0.5f / mnw.scale;
+}
+
+void flat_state() {
+    OGL_setstate(fog_off, 0, lit_off, alpha_blend, depth_read_off, depth_write_off);
+}
+
+}  // namespace
+
+int colour_of(unsigned rgb) {
+    const auto share = [rgb](int shift) { return static_cast<float>(rgb >> shift & 255) / 255; };
+    colr.assign(colour_sprite, share(16), share(8), share(0));
+    return colour_sprite;
+}
+
+void fill_rounded(const box_place& box, float radius, unsigned rgb, float alpha) {
+    const int colour = colour_of(rgb);
+    const float soft = feather();
+    place outer[points], inner[points];
+    outline_of(grown(box, soft), radius + soft, outer);
+    outline_of(grown(box, -soft), radius - soft, inner);
+    flat_state();
+    OGL_set_color(colour, alpha);
+    glBegin(GL_POLYGON);
+    for (const place& p : inner)
+        glVertex2f(p.x, p.y);
+    glEnd();
+    strip(outer, 0, inner, alpha, colour);
+}
+
+void line_rounded(const box_place& box, float radius, float width, unsigned rgb, float alpha) {
+    const int colour = colour_of(rgb);
+    const float soft = feather();
+    place rings[4][points];
+    const float inwards[4] = {-soft, soft, width - soft, width + soft};
+    for (int i = 0; i < 4; ++i)
+        outline_of(grown(box, -inwards[i]), radius - inwards[i], rings[i]);
+    flat_state();
+    strip(rings[0], 0, rings[1], alpha, colour);
+    strip(rings[1], alpha, rings[2], alpha, colour);
+    strip(rings[2], alpha, rings[3], 0, colour);
+}
