@@ -8,7 +8,7 @@
 
 #include "app/dest.h"
 #include "app/pref.h"
-#include "net/down.h"
+#include "net/server_address.h"
 #include "runtime/cmdline.h"
 #include "runtime/product.h"
 #include "runtime/utf8.h"
@@ -172,8 +172,10 @@ bool list_host_option(std::string& host, std::string& problem) {
     host = default_list_host;
     if (!cmdline.has_option("--list_host")) return true;
     host = cmdline.get_option("--list_host");
-    if (host_port_is_valid(host)) return true;
-    problem = "--list_host wants HOST or HOST:PORT with a port from 1 to 65535, and not '" + host + "'";
+    server_address address;
+    const std::string wrong = read_server_address(host, address);
+    if (wrong.empty()) return true;
+    problem = "--list_host wants [http://|https://]HOST[:PORT], and '" + host + "' " + wrong;
     return false;
 }
 

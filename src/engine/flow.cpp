@@ -45,7 +45,8 @@ void flow_start() {
 int flow_server_list() {
     if (stg.server_cnt != -1) return net_complete;
     const std::string local = temp_path + temp_server_list;
-    const int result = http.net_check(slot_list, {flow.list_host, "/serverlist.txt", local, most_list_bytes});
+    const int result =
+        http.net_check(slot_list, {flow.list_host, "/serverlist.txt", local, most_list_bytes, "", -1, true});
     if (result != net_complete) return result;
     const int count = read_server_list(local);
     if (count == -1) {
@@ -96,7 +97,7 @@ int flow_directory() {
     const int server = stg.server_sel;
     const int result = http.net_check(
         slot_directory, {server_list.server_name[server], server_list.server_path[server] + "directory.txt.zip",
-                         flow.net_dir_path_zip, most_directory_zip_bytes});
+                         flow.net_dir_path_zip, most_directory_zip_bytes, "", -1, true});
     if (result == net_failed) stg.server_sel = pick_server_plain(stg.server_cnt);
     if (result == net_complete) expand_directory();
     return result;

@@ -45,23 +45,6 @@ std::int64_t most_bytes(float kilobytes) {
     return static_cast<std::int64_t>((static_cast<double>(kilobytes) + 1) * 1000 * 1.001 + slack);
 }
 
-// The path as a request names it. The transfer itself sees to blanks; these a server would take for the end of the
-// path, for a code, or for a broken request.
-std::string path_in_request(const std::string& path) {
-    std::string asked;
-    for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= ' ' && byte != 127 && c != '%' && c != '?' && c != '#') {
-            asked += c;
-            continue;
-        }
-        asked += '%';
-        asked += "0123456789ABCDEF"[byte >> 4];
-        asked += "0123456789ABCDEF"[byte & 15];
-    }
-    return asked;
-}
-
 // The zip was expanded or not: that finishes the file.
 void tell_result(const file_version_struct& row, const std::string& zip, int result) {
     if (result == 0)
@@ -92,10 +75,13 @@ bool fetch_over_net(int stream, const file_version_struct& row) {
         asked = {row.path, stg.server_sel};
     }
     const std::string zip = temp_path + temp_stream_zip(stream);
-    const int outcome = http.net_check(
-        stream_slot(stream), {server_list.server_name[stg.server_sel],
-                              server_list.server_path[stg.server_sel] + path_in_request(row.path) + ".zip", zip,
-                              2 * most_bytes(row.zip_size)});
+    const http_request request = {server_list.server_name[stg.server_sel],
+                                  server_list.server_path[stg.server_sel] + row.path + ".zip",
+                                  zip,
+                                  2 * most_bytes(row.zip_size),
+                                  row.path,
+                                  static_cast<std::int64_t>(row.zip_size) * 1000};
+    const int outcome = http.net_check(stream_slot(stream), request);
     if (outcome == net_running) {
         stg.file_rat = stream_arrived_share(stream);
         next.part_kb += stg.file_rat * row.zip_size;
@@ -111,7 +97,7 @@ bool fetch_over_net(int stream, const file_version_struct& row) {
     const int result = extract_and_delete_file(zip, row);
     // What is not the file that was promised counts as a failure of the server that sent it.
     if (is_bad_archive(result)) {
-        http.reject(stream_slot(stream), error_str(result));
+        if (http.reject(stream_slot(stream), error_str(result))) return false;
         refused_t& so_far = grab.refused[row.path];
         so_far.servers |= 1u << asked.server;
         if (++so_far.count < most_bad_archives) {

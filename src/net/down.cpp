@@ -2,212 +2,261 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <cstdlib>
-#include <string_view>
 
 #include "files/error_str.h"
-#include "net/proxy.h"
-#include "runtime/log.h"
 #include "runtime/product.h"
 #include "runtime/xtim.h"
 
-static char read_block[65536];  // shared by all transfers: one of them at a time is at work
+static constexpr int most_redirects = 5;
+// A page that goes with a refusal is read to its end, so that the connection can be kept, up to this length.
+static constexpr std::int64_t most_skipped_bytes = 1 << 16;
 
-// The whole of `text` as a number without a sign, at most `top`; -1 for anything else.
-static std::int64_t whole_number(std::string_view text, std::int64_t top) {
-    std::int64_t value = -1;
-    const char* end = text.data() + text.size();
-    if (text.empty() || text[0] == '-') return -1;
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    return error == std::errc() && stop == end && value <= top ? value : -1;
+static std::string agent_text() {
+    const std::string version = version_text;
+    return "Installer-APL/" + version.substr(version.size() - 4);
 }
 
-std::string split_host_port(const std::string& host, unsigned short& port) {
-    const std::size_t colon = host.rfind(':');
-    if (colon == std::string::npos) return host;
-    const std::int64_t number = whole_number(std::string_view(host).substr(colon + 1), 65535);
-    if (number < 1) return host;
-    port = static_cast<unsigned short>(number);
-    return host.substr(0, colon);
-}
-
-bool host_port_is_valid(const std::string& host) {
-    for (const char c : host)
-        if (static_cast<unsigned char>(c) <= 32 || c == 127 || c == '/') return false;
-    unsigned short port = 0;
-    const std::string name = split_host_port(host, port);
-    return !name.empty() && name.find(':') == std::string::npos;
-}
-
-down_class::down_class(const char* host, unsigned short port, const char* path, bool post, const header_map& request,
-                       const char* body, int body_len, const char* local)
-    : last_data(xtim.real_time) {
-    if (local && *local) out_path = app_path + local;
-    const bool through_proxy = UseProxy(host, port);
-    const std::string peer = ProxyHost(host, port);
-    const unsigned short peer_port = ProxyPort(host, port);
-    const std::uint32_t address = PCSBSocket::LookupAddress(peer.c_str());
-    if (address == 0) {
-        xer << "Translated server " << peer << " to IP addy: 0.0.0.0 and port = " << peer_port << std::endl;
-        file_err = err_net_host;
-        return;
+// As it stands in a request. Blanks, control bytes and bytes beyond ASCII would break the line; "%", "?" and "#" of a file's
+// name would be read as something else, while in a server's own Location they mean what they say.
+static std::string encoded(std::string_view path, std::string_view reserved) {
+    std::string sent;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte > ' ' && byte < 127 && reserved.find(c) == std::string_view::npos) {
+            sent += c;
+            continue;
+        }
+        sent += '%';
+        sent += "0123456789ABCDEF"[byte >> 4];
+        sent += "0123456789ABCDEF"[byte & 15];
     }
-    status = -1;
-    sock = std::make_unique<PCSBSocket>(0, false);
-    sock->Connect(address, peer_port);
-    build_request(path, post, request, body, body_len, through_proxy);
+    return sent;
+}
+
+down_class::down_class(const http_request& asked) : request(asked), last_data(xtim.real_time) {
+    target = encoded(request.path, "%?#");
+    const std::string wrong = read_server_address(request.server, server);
+    if (!wrong.empty()) fail("this server " + wrong);
 }
 
 down_class::~down_class() {
-    close_file();
+    if (file) std::fclose(file);
 }
 
-void down_class::close_file() {
-    if (!out_file) return;
-    if (std::fclose(out_file) != 0 && file_err == 0) file_err = errno;
-    out_file = nullptr;
+void down_class::fail(const std::string& why) {
+    fate = outcome::failed;
+    stat = down_broken;
+    problem = why;
+    break_off();
 }
 
-void down_class::build_request(const char* path, bool post, const header_map& request, const char* body, int body_len,
-                               bool through_proxy) {
-    std::string text = post ? "POST " : "GET ";
-    if (through_proxy) text += "http://" + request.at("Host");
-    for (const char* p = path; *p; ++p) {
-        if (*p == ' ')
-            text += "%20";
-        else
-            text += *p;
-    }
-    text += " HTTP/1.1\r\n";
-    for (const auto& [key, value] : request)
-        text.append(key).append(": ").append(value).append("\r\n");
-    if (body) text += "Content-Length: " + std::to_string(body_len) + "\r\n";
-    text += "\r\n";
-    out_buf.assign(text.begin(), text.end());
-    if (body) out_buf.insert(out_buf.end(), body, body + body_len);
+void down_class::fail_on_disk(int error) {
+    os_err = error ? error : EIO;
+    fail("cannot write " + request.local + ": " + error_str(os_err));
 }
 
-int down_class::GetStat() const {
-    if (!sock) return down_no_socket;
-    switch (sock->state_now()) {
-        case sock_connecting:
-            return down_connecting;
-        case sock_error:
-            return down_broken;
-        case sock_closed:
-            return down_closed;
-        default:
-            break;
-    }
-    if (!out_buf.empty()) return down_sending;
-    return header_done ? down_body : down_waiting;
-}
-
-bool down_class::IsErr() const {
-    return file_err != 0 || !sock || sock->state_now() == sock_error;
-}
-
-int down_class::GetOSErr() const {
-    if (file_err != 0) return file_err;
-    return sock ? sock->GetOSError() : err_net_alloc;
-}
-
-void down_class::DoProcessing() {
-    if (!sock) return;
-    const int state = sock->GetStatus();
-    if (state == sock_closed || state == sock_error) close_file();
-    if (state != sock_connected) return;
-    send_request();
-    if (!read_some()) return;
-    if (!header_done && !parse_headers()) return;
+void down_class::break_off() {
+    if (fate == outcome::running) stat = down_queued;
+    used_for = use::nothing;
     last_data = xtim.real_time;
-    const std::int64_t have = received + static_cast<std::int64_t>(in_buf.size());
-    if (most_bytes > 0 && std::max(content_len, have) > most_bytes) {
-        file_err = EMSGSIZE;
-        in_buf.clear();
-        return;
+    if (file && std::fclose(file) != 0 && fate == outcome::running) {
+        file = nullptr;
+        fail_on_disk(errno);
     }
-    if (content_len != -1 && have >= content_len) sock->Disconnect();
-    write_body();
+    file = nullptr;
 }
 
-void down_class::send_request() {
-    if (out_buf.empty()) return;
-    const long taken = sock->http_WriteData(out_buf.data(), static_cast<long>(out_buf.size()));
-    if (taken > 0) out_buf.erase(out_buf.begin(), out_buf.begin() + taken);
+void down_class::start_over() {
+    received = 0;
+    content_len = -1;
+    body.clear();
+    etag.clear();
+    was_resumed = false;
+    if (file) std::fclose(file);
+    file = nullptr;
 }
 
-bool down_class::read_some() {
-    const long n = sock->ReadData(read_block, sizeof read_block);
-    if (n < 1) return false;
-    in_buf.insert(in_buf.end(), read_block, read_block + n);
+void down_class::go_on_from(down_class& broken) {
+    const bool held = std::ssize(broken.body) == broken.received;
+    if (broken.received == 0 || (!held && broken.request.local != request.local)) return;
+    received = broken.received;
+    content_len = broken.content_len;
+    body = std::move(broken.body);
+    etag = broken.etag;
+    etag_server = broken.etag_server;
+    was_resumed = broken.was_resumed;
+    broken.start_over();
+}
+
+std::string down_class::request_text(const route_t& route, bool keeps) {
+    const bool whole_address = route.by_proxy && !route.tunnels();
+    std::string text = "GET " + (whole_address ? "http://" + server.authority() : "") + target + " HTTP/1.1\r\n";
+    text += std::string("Connection: ") + (keeps ? "keep-alive" : "close") + "\r\n";
+    text += "Host: " + server.authority() + "\r\n";
+    text += "User-agent: " + agent_text() + "\r\n";
+    if (request.fresh) text += "Cache-Control: no-cache\r\n";
+    if (whole_address && !route.login.empty()) text += "Proxy-Authorization: " + route.login + "\r\n";
+    asked_from = refuses_ranges ? 0 : received;
+    if (asked_from > 0) {
+        text += "Range: bytes=" + std::to_string(asked_from) + "-\r\n";
+        // Another server's tag says nothing here; whether the parts fit, the signature decides.
+        if (!etag.empty() && etag_server == server.origin()) text += "If-Range: " + etag + "\r\n";
+    }
+    used_for = use::nothing;
+    skipped = 0;
+    last_data = xtim.real_time;
+    if (first_asked < 0) first_asked = last_data;
+    return text + "\r\n";
+}
+
+// A 206 counts only if it starts where this side stopped and is of a file of the known length.
+bool down_class::goes_on(const answer_head& head) {
+    return asked_from > 0 && asked_from == received && head.range_first == received && head.range_total > received &&
+           (content_len < 0 || head.range_total == content_len);
+}
+
+bool down_class::begin_answer(const answer_head& head) {
+    status = head.status;
+    reason = head.reason;
+    stat = down_body;
+    used_for = use::nothing;
+    if (status == 206 && goes_on(head)) {
+        used_for = use::file;
+        was_resumed = true;
+        content_len = head.range_total;
+    } else if (status >= 200 && status <= 299 && status != 204 && status != 205 && status != 206) {
+        start_over();
+        used_for = use::file;
+        content_len = head.length;
+        etag = head.etag;
+        etag_server = server.origin();
+    } else if (status == 416 && asked_from > 0 && head.range_total == received) {
+        content_len = received;  // all was here already
+    } else if (asked_from > 0 && (status == 206 || status == 416)) {
+        used_for = use::from_the_start;
+    } else if (status >= 301 && status <= 308 && status != 304 && !head.location.empty()) {
+        used_for = use::redirect;
+        next_server_target = head.location;
+    }
+    if (used_for != use::file) return head.length <= most_skipped_bytes;
+    if (is_too_long(content_len)) {
+        fail("more than the " + std::to_string(request.most_bytes) + " bytes that it may send");
+        return false;
+    }
     return true;
 }
 
-// Takes whole lines off the front of in_buf; true once the headers of a final status are over. What was searched is not
-// searched again, and what was taken is erased at once, so that neither bytes nor lines in great numbers cost more than
-// their share.
-bool down_class::parse_headers() {
-    const std::string_view text(in_buf.data(), in_buf.size());
-    std::size_t line = 0;  // where the line looked at begins
-    while (!header_done) {
-        const std::size_t end = text.find("\r\n", searched);
-        if (end == std::string_view::npos) break;
-        if (end != line)
-            take_header_line(std::string(text.substr(line, end - line)));
-        else if (status > 199)
-            end_of_headers();  // below that it was an interim block, and the next status line follows
-        line = searched = end + 2;
+bool down_class::open_file() {
+    if (file || request.local.empty()) return true;
+    file = std::fopen((app_path + request.local).c_str(), received > std::ssize(body) ? "abe" : "wbe");
+    if (!file) {
+        fail_on_disk(errno);
+        return false;
     }
-    head_bytes += line;
-    in_buf.erase(in_buf.begin(), in_buf.begin() + static_cast<std::ptrdiff_t>(line));
-    // The last byte may be the first half of a line end.
-    searched = in_buf.empty() ? 0 : in_buf.size() - 1;
-    if (head_bytes + (header_done ? 0 : in_buf.size()) > max_header_bytes) {
-        file_err = EMSGSIZE;
-        in_buf.clear();
-        searched = 0;
-    }
-    return header_done;
+    // The bytes come in big pieces. Unbuffered, a full disk shows at the write and not at the close.
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    return true;
 }
 
-void down_class::take_header_line(const std::string& line) {
-    if (line.starts_with("HTTP/") && line.size() > 13) {
-        status = std::atoi(line.substr(9, 3).c_str());
-        reason = line.substr(13);
-        return;
+bool down_class::take(std::string_view piece) {
+    last_data = xtim.real_time;
+    came += std::ssize(piece);
+    if (used_for != use::file) {
+        skipped += std::ssize(piece);
+        return skipped <= most_skipped_bytes;
     }
-    const std::size_t colon = line.find(": ");
-    if (colon != std::string::npos) headers.emplace(line.substr(0, colon), line.substr(colon + 2));
-}
-
-// A length in digits, blanks around it allowed. Anything else is no length at all, so that the transfer fails instead
-// of being taken for complete at a wrong size.
-static std::int64_t parse_length(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return -1;
-    text = text.substr(first, text.find_last_not_of(" \t") - first + 1);
-    return whole_number(text, INT64_MAX);
-}
-
-void down_class::end_of_headers() {
-    header_done = true;
-    if (!out_path.empty()) {
-        out_file = std::fopen(out_path.c_str(), "wbe");
-        if (!out_file) file_err = errno;
-        // The bytes come in big pieces. Unbuffered, a full disk shows at the write and not at the close.
-        if (out_file) std::setvbuf(out_file, nullptr, _IONBF, 0);
+    if (is_too_long(received + std::ssize(piece))) {
+        fail("more than the " + std::to_string(request.most_bytes) + " bytes that it may send");
+        return false;
     }
-    const auto length = headers.find("Content-Length");
-    if (length != headers.end()) content_len = parse_length(length->second);
-}
-
-void down_class::write_body() {
-    if (in_buf.empty() || (!out_file && file_err == 0)) return;
-    received += static_cast<std::int64_t>(in_buf.size());
+    const bool held = std::ssize(body) == received;  // none of it has gone to the file
+    if (request.local.empty() || (held && std::max(content_len, received + std::ssize(piece)) <= most_held_bytes)) {
+        if (body.empty() && content_len > 0 && content_len <= most_held_bytes)
+            body.reserve(static_cast<std::size_t>(content_len));
+        body.insert(body.end(), piece.begin(), piece.end());
+        received += std::ssize(piece);
+        return true;
+    }
+    if (!open_file()) return false;
     errno = 0;
-    if (file_err == 0 && std::fwrite(in_buf.data(), 1, in_buf.size(), out_file) != in_buf.size())
-        file_err = errno != 0 ? errno : EIO;
-    in_buf.clear();
+    if (std::fwrite(body.data(), 1, body.size(), file) != body.size() ||
+        std::fwrite(piece.data(), 1, piece.size(), file) != piece.size()) {
+        fail_on_disk(errno);
+        return false;
+    }
+    body.clear();
+    received += std::ssize(piece);
+    return true;
+}
+
+void down_class::end_answer() {
+    const use was = used_for;
+    used_for = use::nothing;
+    if (was == use::redirect) {
+        if (!follow(next_server_target)) return;
+        stat = down_queued;
+    } else if (was == use::from_the_start && !refuses_ranges) {
+        start_over();
+        refuses_ranges = true;
+        stat = down_queued;
+    } else if (was == use::file && content_len >= 0 && received < content_len) {
+        stat = down_queued;  // the server gave a part of the range; the next request is for the rest
+    } else if (was == use::file || (status == 416 && content_len == received)) {
+        content_len = received;
+        fate = outcome::complete;
+        stat = down_closed;
+    } else {
+        fail(std::to_string(status) + " " + reason);
+        stat = down_closed;
+    }
+}
+
+// A Location is a whole address, "//host/path", "/path", or a path beside the one that was asked for.
+bool down_class::follow(const std::string& location) {
+    if (++redirects > most_redirects) {
+        fail("sent on more than " + std::to_string(most_redirects) + " times");
+        return false;
+    }
+    std::string to = location.substr(0, location.find('#'));
+    const bool was_secure = server.secure;
+    if (to.starts_with("//")) to = (was_secure ? "https:" : "http:") + to;
+    if (const std::size_t scheme = to.find("://"); scheme != std::string::npos && scheme < to.find('/')) {
+        const std::size_t path = std::min(to.find_first_of("/?", scheme + 3), to.size());
+        server_address next;
+        const std::string wrong = read_server_address(to.substr(0, path), next);
+        if (!wrong.empty()) {
+            fail("sent on to " + encoded(to, "") + ", which " + wrong);
+            return false;
+        }
+        if (was_secure && !next.secure) {
+            fail("sent on from https to http, to " + next.origin());
+            return false;
+        }
+        server = next;
+        to.erase(0, path);
+        if (!to.starts_with('/')) to = "/" + to;
+    } else if (!to.starts_with('/')) {
+        const std::string beside = target.substr(0, target.find('?'));
+        to = beside.substr(0, beside.rfind('/') + 1) + to;
+    }
+    target = encoded(to, "");
+    return true;
+}
+
+bool down_class::deliver() {
+    if (fate != outcome::complete) return false;
+    if (file) {
+        const bool closed = std::fclose(file) == 0;
+        file = nullptr;
+        if (!closed) fail_on_disk(errno);
+    } else if (std::ssize(body) == received && !request.in_memory && !request.local.empty()) {
+        errno = 0;
+        if (open_file() && std::fwrite(body.data(), 1, body.size(), file) != body.size()) fail_on_disk(errno);
+        if (file && std::fclose(file) != 0 && fate == outcome::complete) {
+            file = nullptr;
+            fail_on_disk(errno);
+        }
+        file = nullptr;
+    }
+    return fate == outcome::complete;
 }

@@ -3,30 +3,27 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <cctype>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
-#include "files/error_str.h"
+#include "net/pcsb_socket.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
-#include "runtime/product.h"
 #include "runtime/xtim.h"
 
 http_class http;
 
-static const unsigned short http_port = 80;
-
-std::string agent_text() {
-    const std::string version = version_text;
-    return "Installer-APL/" + version.substr(version.size() - 4);
-}
-
-static bool is_over(const PCSBSocket& s) {
-    return s.state_now() == sock_closed || s.state_now() == sock_error;
-}
+// What may be outstanding on one connection. Sixteen requests fill a line of 100 ms with small files; the bytes bound what
+// is thrown away when a connection breaks or a user quits, and keep a large file from standing in the way of others.
+static constexpr std::size_t most_outstanding = 16;
+static constexpr std::int64_t most_bytes_ahead = 512 * 1024;
+// Of what is announced and not yet taken: it lies in memory.
+static constexpr std::size_t most_announced = 96;
+static constexpr std::int64_t most_announced_bytes = 4 << 20;
+// A server that has swallowed one of several requests leaves the next answer to be waited for without end.
+static constexpr float row_silence_seconds = 4.0f;
+static constexpr float idle_seconds = 30.0f;
+static constexpr std::size_t most_broken_off = 8;
 
 int http_class::net_check(int slot, const http_request& request) {
     if (slot < 0 || slot >= http_slot_count) {
@@ -38,54 +35,84 @@ int http_class::net_check(int slot, const http_request& request) {
         started = true;
     }
     if (is_pausing(slot)) return net_running;
-    if (!slots[slot] && !start(slot, request)) return net_failed;
-
-    down_class& d = *slots[slot];
-    d.DoProcessing();
-    if (!d.sock || is_over(*d.sock) || d.file_err != 0 || d.content_len == d.received) return judge(slot);
-    if (xtim.real_time > d.last_data + http_silence_seconds) return fail(slot, true);
-    return net_running;
+    if (!slots[slot]) {
+        if (!start(slot, request)) return net_failed;
+        dispatch();
+    }
+    // One turn of the connections for each round over the slots.
+    if (looked_at[slot]) turn(0, -1);
+    looked_at[slot] = true;
+    return slots[slot]->fate == down_class::outcome::running ? net_running : judge(slot);
 }
 
 bool http_class::start(int slot, const http_request& request) {
-    const auto& [server, path, local, most_bytes] = request;
-    if (server.ends_with('/')) {
+    if (request.server.ends_with('/')) {
         __MACIBM_alert(0, "net_check error! You have a dirchar at the end of the server name!", "You should not!",
-                       "Our convention is that a server name is simply a server name... with no slash!", server, t_exit,
-                       OOPS_PLACE);
+                       "Our convention is that a server name is simply a server name... with no slash!", request.server,
+                       t_exit, OOPS_PLACE);
         return false;
     }
-    if (!path.starts_with('/')) {
+    if (!request.path.starts_with('/')) {
         __MACIBM_alert(0, "net_check error! You do not have a dirchar at the beginning of the directory name!",
                        "You should!",
                        "Our convention is that a directory name does start with a slash because it must include the "
                        "hard drive,which is a dir char on unix!",
-                       path, t_exit, OOPS_PLACE);
+                       request.path, t_exit, OOPS_PLACE);
         return false;
     }
-    const down_class::header_map headers = {{"Host", server}, {"User-agent", agent_text()}, {"Connection", "close"}};
-    unsigned short port = http_port;
-    const std::string host = split_host_port(server, port);
-    slots[slot] =
-        std::make_unique<down_class>(host.c_str(), port, path.c_str(), false, headers, nullptr, 0, local.c_str());
-    slots[slot]->most_bytes = most_bytes;
-    requests[slot] = request;
+    delivered[slot].reset();
+    // What another file left where this one will lie cannot be gone on with.
+    std::erase_if(broken_off, [&](const auto& one) {
+        return one.first != request.name && one.second->request.local == request.local;
+    });
+    const down_ptr here = find_announced(request.name);
+    if (here) std::erase(ahead, here);
+    if (here && here->request.server == request.server && here->request.path == request.path) {
+        here->request = request;
+        slots[slot] = here;
+        return true;
+    }
+    slots[slot] = std::make_shared<down_class>(request);
+    if (const auto part = broken_off.find(request.name); part != broken_off.end()) {
+        slots[slot]->go_on_from(*part->second);
+        broken_off.erase(part);
+    }
     return true;
 }
 
-// The file is closed first: what the disk refuses at the end counts as a failed transfer, and after "complete" the
-// caller reads the file.
+static void log_failure(const down_class& d) {
+    xer << "HTTP Error for " << d.request.local << '\n'
+        << "   server     =" << d.request.server << '\n'
+        << "   file       =" << d.request.path << '\n'
+        << "   IsDone     =" << d.IsDone() << '\n'
+        << "   IsComplete =" << d.IsComplete() << '\n'
+        << "   IsErr      =" << d.IsErr() << '\n'
+        << "   GetStat    =" << d.GetStat() << '\n'
+        << "   GetOSErr   =" << d.GetOSErr() << '\n'
+        << "   response   =" << d.response() << " (#" << d.status << ")\n"
+        << std::endl;
+}
+
+// The file is written or closed first: what the disk refuses at the end counts as a failed transfer, and after "complete"
+// the caller reads the file. Silence is an everyday event on a busy mirror and does not go to the log.
 int http_class::judge(int slot) {
     down_class& d = *slots[slot];
-    d.close_file();
-    if (d.status >= 200 && d.status <= 299 && d.IsComplete() && !d.IsErr()) return finish(slot, net_complete);
-    return fail(slot, false);
+    if (d.deliver()) return finish(slot, net_complete);
+    note_failure(slot, d.why());
+    if (!d.was_silent) log_failure(d);
+    return finish(slot, net_failed);
 }
 
 int http_class::finish(int slot, int result) {
-    finished_bytes += slots[slot]->received;
-    slots[slot].reset();
-    if (result == net_complete) slot_freed = true;
+    const down_ptr over = std::exchange(slots[slot], nullptr);
+    if (result == net_complete) {
+        slot_freed = true;
+        delivered[slot] = over;
+        if (!over->request.in_memory) over->body = {};
+    } else if (over->received > 0 && !over->request.name.empty()) {
+        if (broken_off.size() >= most_broken_off) broken_off.erase(broken_off.begin());
+        broken_off[over->request.name] = over;
+    }
     note_outcome(slot, result);
     return result;
 }
@@ -100,17 +127,117 @@ void http_class::note_outcome(int slot, int result) {
         p.not_before = xtim.real_time + std::min(std::ldexp(first_pause, std::min(p.failures, 10) - 2), longest_pause);
 }
 
-void http_class::reject(int slot, const std::string& why) {
-    note_failure(slot, why);
-    xer << "Refused: " << failure << std::endl;
-    pauses[slot].failures = pauses[slot].before;
-    note_outcome(slot, net_failed);
+void http_class::note_failure(int slot, const std::string& why) {
+    const down_class& d = slots[slot] ? *slots[slot] : *delivered[slot];
+    failure = d.request.server + ": " + why + " for " + d.request.path;
 }
 
-static std::string system_words(int error) {
-    std::string words = std::strerror(error);
-    words[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(words[0])));
-    return words;
+bool http_class::reject(int slot, const std::string& why) {
+    if (!delivered[slot]) return false;
+    const down_class& d = *delivered[slot];
+    note_failure(slot, why);
+    xer << "Refused: " << failure << std::endl;
+    bool again = d.was_resumed;
+    if (!again) again = note_wrong_file(host_of(d), d.request.path, !d.was_asked_ahead);
+    if (again && d.was_asked_ahead) doubt(d.key);
+    pauses[slot].failures = pauses[slot].before;
+    if (!again) note_outcome(slot, net_failed);
+    return again;
+}
+
+std::vector<char> http_class::take_body(int slot) {
+    return delivered[slot] ? std::move(delivered[slot]->body) : std::vector<char>();
+}
+
+// ---- What is announced
+
+down_ptr http_class::find_announced(const std::string& name) const {
+    if (name.empty()) return nullptr;
+    const auto found =
+        std::find_if(ahead.begin(), ahead.end(), [&](const down_ptr& t) { return t->request.name == name; });
+    return found == ahead.end() ? nullptr : *found;
+}
+
+bool http_class::wants_announcements() const {
+    std::int64_t bytes = 0;
+    for (const down_ptr& t : ahead)
+        bytes += std::max<std::int64_t>(t->request.about_bytes, 0);
+    return ahead.size() < most_announced && bytes < most_announced_bytes;
+}
+
+void http_class::announce(const http_request& request) {
+    if (request.name.empty() || request.most_bytes <= 0 || find_announced(request.name)) return;
+    const down_ptr made = std::make_shared<down_class>(request);
+    made->request.local.clear();
+    if (!made->is_large() && !broken_off.contains(request.name)) ahead.push_back(made);
+}
+
+const http_request* http_class::announced(const std::string& name) const {
+    const down_ptr found = find_announced(name);
+    return found && found->first_asked >= 0 ? &found->request : nullptr;
+}
+
+void http_class::forget_announced(bool all) {
+    std::erase_if(ahead, [all](const down_ptr& t) { return all || t->first_asked < 0; });
+}
+
+// ---- The connections
+
+host_traits& http_class::host_of(const down_class& d) {
+    return hosts[d.key];
+}
+
+static bool may_stand_behind(const down_class& wanted, const line_class& line) {
+    if (wanted.is_large() || line.asked.size() >= most_outstanding) return false;
+    std::int64_t bytes = wanted.request.about_bytes;
+    for (const down_ptr& t : line.asked) {
+        if (t->is_large()) return false;
+        bytes += t->request.about_bytes;
+    }
+    return bytes <= most_bytes_ahead;
+}
+
+// Asks for it on the connection that has the least to do; opens one where all have something and there may be more.
+// `slot` -1 for what is only announced. False if it has to wait.
+bool http_class::place(const down_ptr& wanted, int slot) {
+    route_t route;
+    std::string why;
+    if (!route_to(wanted->server, route, why)) {
+        wanted->fail(why);
+        return false;
+    }
+    wanted->key = route.key();
+    const host_traits& host = hosts[wanted->key];
+    if (slot < 0 && host.shaky) return false;
+    line_class* best = nullptr;
+    int busy = 0;
+    for (const auto& line : lines) {
+        if (!line->asked.empty() && !line->is_over()) ++busy;
+        if (!line->takes_more() || line->connection().route().key() != wanted->key) continue;
+        if (line->asked.empty() ? host.no_reuse && line->answers > 0
+                                : !host.bears_asking_ahead() || !may_stand_behind(*wanted, *line))
+            continue;
+        if (!best || line->asked.size() < best->asked.size()) best = line.get();
+    }
+    const bool is_file = slot < 0 || slot >= slot_first_stream;
+    if ((!best || !best->asked.empty()) && (!is_file || busy < most_lines))
+        best = lines.emplace_back(std::make_unique<line_class>(route, names)).get();
+    if (!best) return false;
+    best->ask(wanted, !host.no_reuse);
+    return true;
+}
+
+void http_class::dispatch() {
+    const auto waits = [](const down_ptr& t) {
+        return t && t->fate == down_class::outcome::running && t->stat == down_queued;
+    };
+    for (int slot = 0; slot < http_slot_count; ++slot)
+        if (waits(slots[slot])) place(slots[slot], slot);
+    for (const down_ptr& t : ahead)
+        if (waits(t) && !place(t, -1) && t->fate == down_class::outcome::running) break;
+    std::int64_t unlimited = INT64_MAX;
+    for (const auto& line : lines)
+        if (line->sends()) line->turn(unlimited);
 }
 
 static std::string byte_count(const down_class& d) {
@@ -118,48 +245,126 @@ static std::string byte_count(const down_class& d) {
     return std::to_string(d.received) + " of " + std::to_string(d.content_len) + " bytes";
 }
 
+static std::string why_lost(const down_class& d, const line_class& line) {
+    const bool in_body = d.stat == down_body;
+    if (line.why().empty()) return in_body ? "closed early after " + byte_count(d) : "closed without an answer";
+    return line.why() + (in_body ? " after " + byte_count(d) : "");
+}
+
 static std::string why_silent(const down_class& d) {
-    if (d.sock->state_now() == sock_connecting) return "no connection for 30 seconds";
-    if (d.sock->ReceivedRelease())
-        return d.header_done ? "closed early after " + byte_count(d) : std::string("closed without an answer");
-    return d.header_done ? "silent for 30 seconds after " + byte_count(d) : std::string("no answer for 30 seconds");
+    if (d.stat == down_connecting) return "no connection for 30 seconds";
+    if (d.stat == down_body) return "silent for 30 seconds after " + byte_count(d);
+    return "no answer for 30 seconds";
 }
 
-static std::string why_failed(const down_class& d, const std::string& local) {
-    if (d.file_err == err_net_host) return "host unknown";
-    if (d.file_err == EMSGSIZE && !d.header_done) return "endless headers";
-    if (d.file_err == EMSGSIZE) return "more than the " + std::to_string(d.most_bytes) + " bytes that it may send";
-    if (d.file_err != 0) return "cannot write " + local + ": " + error_str(d.file_err);
-    if (d.sock->state_now() == sock_error) return system_words(d.sock->GetOSError());
-    if (d.header_done && (d.status < 200 || d.status > 299)) return std::to_string(d.status) + " " + d.reason;
-    const int lost = d.sock->close_reason();
-    if (lost != 0) return system_words(lost) + (d.header_done ? " after " + byte_count(d) : "");
-    return "sent " + std::to_string(d.received) + " bytes where " + std::to_string(d.content_len) + " were announced";
+// What was answered is over, or goes back to be asked for again.
+void http_class::take_ended(line_class& line) {
+    const std::vector<down_ptr> ended = std::exchange(line.ended, {});
+    for (const down_ptr& t : ended) {
+        host_traits& host = hosts[line.connection().route().key()];
+        note_answer(host, line.answers);
+        if (t->fate != down_class::outcome::complete || t->request.about_bytes < 0) continue;
+        // A file of another length is most likely another file: the server has dropped a request and its answers have
+        // shifted. A release's mirror may have packed it in another way, which shows when it is asked for alone.
+        const bool fits = std::abs(t->received - t->request.about_bytes) < 2000;
+        if (fits || host.packs_otherwise) continue;
+        if (t->was_asked_ahead) {
+            note_wrong_file(host, t->request.path, false);
+            t->fate = down_class::outcome::running;
+            t->stat = down_queued;
+            t->start_over();
+            doubt(line.connection().route().key());
+        } else if (host.suspect == t->request.path) {
+            note_wrong_file(host, t->request.path, true);
+            host.packs_otherwise = true;
+        }
+    }
 }
 
-static void log_failure(const down_class& d, const http_request& asked) {
-    xer << "HTTP Error for " << asked.local << '\n'
-        << "   server     =" << asked.server << '\n'
-        << "   file       =" << asked.path << '\n'
-        << "   IsDone     =" << d.IsDone() << '\n'
-        << "   IsComplete =" << d.IsComplete() << '\n'
-        << "   IsErr      =" << d.IsErr() << '\n'
-        << "   GetStat    =" << d.GetStat() << '\n'
-        << "   GetOSErr   =" << d.GetOSErr() << '\n'
-        << "   response   =" << d.response() << " (#" << d.status << ")\n"
-        << std::endl;
+// A connection has ended with requests unanswered. They are asked again on another one, which costs them nothing as long as
+// connections give answers; the first alone has failed where its connection gave none.
+void http_class::take_lost(line_class& line) {
+    if (line.asked.empty()) return;
+    host_traits& host = hosts[line.connection().route().key()];
+    note_lost(host, line.answers, line.asked_ahead, line.announced_end());
+    const std::deque<down_ptr> left = std::exchange(line.asked, {});
+    for (const down_ptr& t : left) {
+        if (t->fate != down_class::outcome::running) continue;
+        if (t == left.front() && line.answers == 0) {
+            t->os_err = line.os_error();
+            t->fail(why_lost(*t, line));
+        } else {
+            t->break_off();
+        }
+    }
 }
 
-void http_class::note_failure(int slot, const std::string& why) {
-    failure = requests[slot].server + ": " + why + " for " + requests[slot].path;
+void http_class::watch_silence(line_class& line) {
+    if (line.asked.empty() || line.is_over()) return;
+    const down_ptr first = line.asked.front();
+    if (xtim.real_time > first->last_data + http_silence_seconds) {
+        first->was_silent = true;
+        first->fail(why_silent(*first));
+        line.close("");
+    } else if (line.asked.size() > 1 && line.is_open() && xtim.real_time > line.last_bytes + row_silence_seconds) {
+        note_silence(hosts[line.connection().route().key()]);
+        line.answers = std::max(line.answers, 1);  // its silence is the fault of the row and not of the first
+        line.close("");
+    }
 }
 
-// Silence is an everyday event on a busy mirror and does not go to the log.
-int http_class::fail(int slot, bool silent) {
-    const down_class& d = *slots[slot];
-    note_failure(slot, silent ? why_silent(d) : why_failed(d, requests[slot].local));
-    if (!silent) log_failure(d, requests[slot]);
-    return finish(slot, net_failed);
+// A server may have lost count: nothing that came or is to come from it in a row is taken on trust.
+void http_class::doubt(const std::string& key) {
+    for (const down_ptr& t : ahead) {
+        if (t->key != key || !t->was_asked_ahead || t->fate != down_class::outcome::complete) continue;
+        t->fate = down_class::outcome::running;
+        t->stat = down_queued;
+        t->start_over();
+    }
+    for (const auto& line : lines) {
+        if (line->connection().route().key() != key || !line->asked_ahead || line->is_over()) continue;
+        line->close("");
+        for (const down_ptr& t : std::exchange(line->asked, {})) {
+            t->break_off();
+            t->start_over();
+        }
+    }
+}
+
+void http_class::collect() {
+    for (std::size_t n = 0; n < lines.size(); ++n) {
+        line_class& line = *lines[n];
+        take_ended(line);
+        watch_silence(line);
+        if (line.is_over()) take_lost(line);
+        if (line.asked.empty() && xtim.real_time > line.last_bytes + idle_seconds) line.close("");
+    }
+    std::erase_if(lines, [this](const auto& line) {
+        if (line->is_over()) finished_bytes += line->bytes_in;
+        return line->is_over();
+    });
+}
+
+// Every connection goes as far as it goes now. Returns how many things were ready.
+int http_class::turn(int timeout_ms, int wake_fd) {
+    std::fill(std::begin(looked_at), std::end(looked_at), false);
+    std::vector<pollfd> polled = {{wake_fd, POLLIN, 0}, {names.wake_fd(), POLLIN, 0}};  // -1 is passed over
+    for (const auto& line : lines) {
+        polled.push_back({line->connection().descriptor(), line->events(), 0});
+        const float look = line->connection().next_look;
+        if (look > 0)
+            timeout_ms = std::min(timeout_ms, std::max(0, static_cast<int>((look - xtim.real_time) * 1000) + 1));
+    }
+    const int ready = std::max(poll(polled.data(), polled.size(), timeout_ms), 0);
+    if (polled[1].revents) names.quiet_wake();
+    std::int64_t allowance = INT64_MAX;
+    for (std::size_t n = 0; n < lines.size(); ++n) {
+        line_class& line = *lines[n];
+        if (polled[n + 2].revents || !line.is_open()) line.turn(allowance);
+    }
+    collect();
+    dispatch();
+    return ready;
 }
 
 bool http_class::wait(int timeout_ms, int wake_fd) {
@@ -167,24 +372,14 @@ bool http_class::wait(int timeout_ms, int wake_fd) {
         if (p.not_before > xtim.real_time)
             timeout_ms = std::min(timeout_ms, static_cast<int>((p.not_before - xtim.real_time) * 1000) + 1);
     if (std::exchange(slot_freed, false)) return true;
-    pollfd polled[http_slot_count + 1];
-    nfds_t count = 0;
-    if (wake_fd >= 0) polled[count++] = {wake_fd, POLLIN, 0};
-    for (const auto& d : slots) {
-        if (!d) continue;
-        if (!d->sock || is_over(*d->sock)) return true;
-        if (d->sock->ReceivedRelease()) continue;  // always readable from here on, with nothing to read
-        const bool connecting = d->sock->state_now() == sock_connecting;
-        int events = connecting ? 0 : POLLIN;
-        if (connecting || !d->out_buf.empty()) events |= POLLOUT;
-        polled[count++] = {d->sock->descriptor(), static_cast<short>(events), 0};
-    }
-    return poll(polled, count, timeout_ms) > 0;
+    for (const down_ptr& t : slots)
+        if (t && t->fate != down_class::outcome::running) return true;
+    return turn(timeout_ms, wake_fd) > 0;
 }
 
 std::int64_t http_class::bytes_in() const {
     std::int64_t sum = finished_bytes;
-    for (const auto& d : slots)
-        if (d) sum += d->received;
+    for (const auto& line : lines)
+        sum += line->bytes_in;
     return sum;
 }

@@ -1,7 +1,6 @@
 #include "net/pcsb_socket.h"
 
 #include <arpa/inet.h>
-#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -9,11 +8,18 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 static const int accept_backlog = 128;
+
+std::string system_words(int error) {
+    std::string words = std::strerror(error);
+    words[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(words[0])));
+    return words;
+}
 
 static sockaddr_in make_address(std::uint32_t address, unsigned short port) {
     sockaddr_in a{};
@@ -39,19 +45,27 @@ static int poll_now(int fd, short events) {
     return p.revents;
 }
 
-PCSBSocket::PCSBSocket(unsigned short port, bool listen) {
-    fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+bool PCSBSocket::open(int family, unsigned short port) {
+    fd = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0 && errno == EAFNOSUPPORT && family == AF_INET6) {  // an everyday lack: another address may do
+        state = sock_closed;
+        lost_err = EAFNOSUPPORT;
+        return false;
+    }
     if (fd < 0) {
         fail(errno);
         std::fputs("LINUX: NET: I could not even create the socket! Uh-oh!\n", stderr);
-        return;
+        return false;
     }
     int on = 1;
     if (setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0)
         std::fprintf(stderr, "-----------------------Could not set TCP_NODELAY on port %d-------------\n", port);
-    if (!bind_to(port, listen)) return;
     make_non_blocking(fd);
-    if (!listen) return;
+    return true;
+}
+
+PCSBSocket::PCSBSocket(unsigned short port, bool listen) {
+    if (!open(AF_INET, port) || !bind_to(port, listen) || !listen) return;
     listening = true;
     if (::listen(fd, accept_backlog) != 0) {
         fail(errno);
@@ -87,15 +101,10 @@ int PCSBSocket::StartupNetworking(bool) {
 
 void PCSBSocket::ShutdownNetworking(bool) {}
 
-std::uint32_t PCSBSocket::LookupAddress(const char* name) {
-    if (!name || !*name) return 0;
-    const in_addr_t dotted = inet_addr(name);
-    if (dotted != INADDR_NONE) return dotted;
-    const hostent* host = gethostbyname(name);
-    if (!host || host->h_addrtype != AF_INET || !host->h_addr_list[0]) return 0;
-    std::uint32_t address = 0;
-    std::memcpy(&address, host->h_addr_list[0], sizeof address);
-    return address;
+std::unique_ptr<PCSBSocket> PCSBSocket::to(const net_address& address) {
+    std::unique_ptr<PCSBSocket> made(new PCSBSocket);
+    if (made->open(address.family(), 0)) made->connect_to(address);
+    return made;
 }
 
 void PCSBSocket::fail(int error) {
@@ -103,16 +112,46 @@ void PCSBSocket::fail(int error) {
     os_err = error;
 }
 
+// The peer or the way to it is gone, as opposed to a fault on this side.
+static bool connection_lost(int error) {
+    switch (error) {
+        case ECONNABORTED:
+        case ECONNREFUSED:
+        case ECONNRESET:
+        case EHOSTUNREACH:
+        case ENETDOWN:
+        case ENETRESET:
+        case ENETUNREACH:
+        case ETIMEDOUT:
+            return true;
+        default:
+            return false;
+    }
+}
+
 void PCSBSocket::Connect(std::uint32_t address, unsigned short port) {
+    net_address remote;
+    const sockaddr_in bytes = make_address(address, port);
+    std::memcpy(&remote.bytes, &bytes, sizeof bytes);
+    remote.size = sizeof bytes;
+    connect_to(remote);
+}
+
+void PCSBSocket::connect_to(const net_address& address) {
     if (state == sock_closed || state == sock_error) return;
     state = sock_connecting;
-    const sockaddr_in remote = make_address(address, port);
-    if (connect(fd, reinterpret_cast<const sockaddr*>(&remote), sizeof remote) == 0) {
+    if (connect(fd, reinterpret_cast<const sockaddr*>(&address.bytes), address.size) == 0) {
         state = sock_connected;
         return;
     }
     const int error = errno;
     if (error == EAGAIN || error == EINPROGRESS || error == EINTR) return;
+    if (connection_lost(error) || error == EADDRNOTAVAIL) {
+        // No way to there, as where a machine has no IPv6: another address may do.
+        state = sock_closed;
+        lost_err = error;
+        return;
+    }
     std::fprintf(stderr, "LINUX: NET: Some sort of connect error! %d\n", error);
     fail(error);
 }
@@ -149,23 +188,6 @@ void PCSBSocket::resolve_connect() {
     }
     state = sock_closed;  // a peer that does not want us is no error of ours
     lost_err = error;
-}
-
-// The peer or the way to it is gone, as opposed to a fault on this side.
-static bool connection_lost(int error) {
-    switch (error) {
-        case ECONNABORTED:
-        case ECONNREFUSED:
-        case ECONNRESET:
-        case EHOSTUNREACH:
-        case ENETDOWN:
-        case ENETRESET:
-        case ENETUNREACH:
-        case ETIMEDOUT:
-            return true;
-        default:
-            return false;
-    }
 }
 
 long PCSBSocket::after_error(int error, const char* doing) {

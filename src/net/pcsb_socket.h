@@ -7,6 +7,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+
+#include "net/lookup.h"
 
 enum : int {
     sock_idle = 1,        // not connected yet; of a listener: no one waits
@@ -31,8 +34,8 @@ class PCSBSocket {
 
     static int StartupNetworking(bool);
     static void ShutdownNetworking(bool);
-    // First IPv4 address of the name, in network byte order; 0 if there is none. Blocks.
-    static std::uint32_t LookupAddress(const char* name);
+    // One of the address's family, which has begun to connect.
+    static std::unique_ptr<PCSBSocket> to(const net_address& address);
 
     void Connect(std::uint32_t address, unsigned short port);  // address in network byte order
     int GetStatus();
@@ -51,6 +54,9 @@ class PCSBSocket {
     int close_reason() const { return lost_err; }
 
   private:
+    PCSBSocket() = default;
+    bool open(int family, unsigned short port);
+    void connect_to(const net_address& address);
     void fail(int error);
     bool bind_to(unsigned short port, bool listen);
     void resolve_connect();
@@ -63,3 +69,6 @@ class PCSBSocket {
     bool released = false;          // this side has ended its sending half
     bool listening = false;
 };
+
+// "connection refused": the system's words for an errno, to stand within a sentence.
+std::string system_words(int error);

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "files/xmap.h"
-#include "net/down.h"
+#include "net/server_address.h"
 #include "runtime/log.h"
 #include "runtime/startup.h"
 
@@ -22,7 +22,8 @@ static bool read_server(xmap_class& list, int n) {
     list.TXT_str_scan_eoln(&folder);
     list.TXT_str_scan_eoln(&server_list.server_desc[n]);
     server_list.server_path[n] = folder + server_list.install_name + "/";
-    if (host_port_is_valid(server_list.server_name[n]) && folder.starts_with('/')) return true;
+    server_address address;
+    if (read_server_address(server_list.server_name[n], address).empty() && folder.starts_with('/')) return true;
     xer << "Left out of the server list: " << server_list.server_name[n] << ' ' << folder << "\n";
     return false;
 }

@@ -116,7 +116,7 @@ TEST_F(Settings, WrongUsageIsNamedInOneLine) {
         {{"--give_up=soon"}, "soon"},
         {{"--give_up=inf"}, "inf"},
         {{"--list_host=h:65536"}, "h:65536"},
-        {{"--list_host=http://h"}, "http://h"},
+        {{"--list_host=https://h"}, ""},
         {{"--console", "-path", "/x"}, "-path FOLDER must stand before"},
         {{"-path", "--console"}, "--console"},
         {{"-path"}, "-path wants a folder"},

@@ -53,8 +53,7 @@ TEST(Header, SaysTheFirstThingThatFits) {
 }
 
 TEST(Header, CountsACheckOfOverTwentyMegabytesWithoutOverflow) {
-    down_class::header_map headers = {{"Host", "127.0.0.1"}};
-    http.slots[slot_directory] = std::make_unique<down_class>("127.0.0.1", 1, "/", false, headers, nullptr, 0, nullptr);
+    http.slots[slot_directory] = std::make_shared<down_class>(http_request{"127.0.0.1:1", "/", ""});
     const auto& transfer = http.slots[slot_directory];
     stg.server_cnt = 1;
     transfer->content_len = 4'000'000'000;

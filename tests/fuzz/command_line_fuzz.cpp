@@ -9,7 +9,7 @@
 #include "engine/stg.h"
 #include "files/scan.h"
 #include "fuzz/fuzz.h"
-#include "net/down.h"
+#include "net/server_address.h"
 #include "runtime/cmdline.h"
 #include "support/scratch.h"
 
@@ -26,7 +26,8 @@ static void check_options(int argc, char* const* argv, bool on_terminal) {
     must(problem.empty(), "there is no word about a right use");
     must(options.target_os >= 1 && options.target_os <= 3, "the system is one of three");
     must(options.give_up_seconds >= 0, "the time to wait is a time");
-    must(host_port_is_valid(options.list_host), "the host can be asked");
+    server_address address;
+    must(read_server_address(options.list_host, address).empty(), "the host can be asked");
     must(on_terminal || options.changed != changed_files::ask, "no question where no one answers");
 }
 

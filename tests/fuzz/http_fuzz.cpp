@@ -1,85 +1,99 @@
-// What a web server answers. It reaches a transfer once in one piece and once in many: that must make no difference.
+// What a web server answers, to several requests on one connection. It reaches the transfers once in one piece and once in
+// many: that must make no difference.
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <memory>
+#include <vector>
 
 #include "fuzz/fuzz.h"
+#include "net/answer.h"
 #include "net/down.h"
-#include "net/http.h"
 
 namespace {
 
+constexpr std::int64_t most_bytes = 100'000;
+
 struct outcome {
-    int status, file_err;
-    bool header_done, has_length_bytes;
-    std::string reason, body;
-    down_class::header_map headers;
-    std::int64_t content_len;
+    std::vector<std::string> transfers;
     bool operator==(const outcome&) const = default;
 };
 
-// A transfer whose connection is one end of a pair; nothing is looked up.
-class transfer {
-  public:
-    explicit transfer(const char* local) : d("", 80, "/", false, {{"Host", "a"}}, nullptr, 0, local) {
-        int ends[2];
-        must(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "a pair of sockets can be had");
-        peer = ends[0];
-        d.sock = std::make_unique<PCSBSocket>(ends[1]);
-        d.file_err = 0;
-        d.status = -1;
-    }
-    ~transfer() { close(peer); }
-    transfer(const transfer&) = delete;
-    transfer& operator=(const transfer&) = delete;
+// Of one that failed, how much had come before depends on the pieces.
+std::string text_of(const down_class& d) {
+    if (d.fate == down_class::outcome::failed) return d.why();
+    return std::to_string(static_cast<int>(d.fate)) + " " + std::to_string(d.status) + " " + d.response() + " " +
+           std::to_string(d.content_len) + " " + std::to_string(d.received) + " " + d.server.origin() + d.target + " " +
+           d.why() + " " + std::string(d.body.begin(), d.body.end());
+}
 
-    void bring(std::string_view piece) {
-        if (d.IsErr() || d.sock->state_now() != sock_connected) return;
-        must(send(peer, piece.data(), piece.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(piece.size()),
-             "it can be sent");
-        d.DoProcessing();
-        must(d.header_done || d.in_buf.size() <= max_header_bytes + 65536, "headers do not grow without end");
-        must(d.received >= 0 && d.GetStat() >= 2, "the transfer knows where it stands");
-    }
-    down_class d;
-
-  private:
-    int peer;
-};
-
-// The body as far as it was announced: what comes behind it depends on when it comes.
-outcome run(std::string_view answer, choices* cuts) {
-    const memory_file local("");
+// Three transfers, asked one behind the other; what is not over once its answer is through is asked again at the end.
+outcome run(std::string_view answers, choices* cuts) {
     outcome seen;
-    {
-        transfer t(local.path().c_str());
-        while (!answer.empty()) {
-            const std::size_t longest = std::min<std::size_t>(answer.size(), 60000);
-            const std::size_t piece =
-                cuts ? 1 + cuts->below(1 + cuts->below(static_cast<std::uint32_t>(longest))) : longest;
-            t.bring(answer.substr(0, std::min(piece, longest)));
-            answer.remove_prefix(std::min(piece, longest));
+    std::vector<std::unique_ptr<down_class>> asked;
+    for (const char* path : {"/a", "/b c", "/d"})
+        asked.push_back(std::make_unique<down_class>(http_request{"host", path, "", most_bytes}));
+    answer_reader reader;
+    route_t route;
+    std::size_t at = 0;
+    for (const auto& d : asked)
+        d->request_text(route, true);
+    bool usable = true;
+    while (!answers.empty() && usable) {
+        const std::size_t longest = std::min<std::size_t>(answers.size(), 60000);
+        const std::size_t piece =
+            cuts ? std::min<std::size_t>(longest, 1 + cuts->below(1 + cuts->below(5000))) : longest;
+        std::string_view bytes = answers.substr(0, piece), part;
+        answers.remove_prefix(piece);
+        bool more = false;
+        while (usable && !more && at < asked.size()) {
+            down_class& d = *asked[at];
+            switch (reader.next(bytes, part)) {
+                case answer_reader::step::more:
+                    more = true;
+                    break;
+                case answer_reader::step::head:
+                    must(d.fate == down_class::outcome::running, "only what runs is answered");
+                    usable = d.begin_answer(reader.head());
+                    break;
+                case answer_reader::step::body:
+                    usable = d.take(part);
+                    break;
+                case answer_reader::step::broken:
+                    must(!reader.why().empty(), "what is wrong is told");
+                    usable = false;
+                    break;
+                case answer_reader::step::end:
+                    d.end_answer();
+                    if (d.fate == down_class::outcome::running)
+                        must(!d.request_text(route, true).empty(), "it can be asked again");
+                    else
+                        ++at;
+                    break;
+            }
+            must(d.received >= 0 && d.received <= most_bytes, "a body has no more than it may");
+            must(std::ssize(d.body) == d.received, "what is held is what has come");
         }
-        t.d.close_file();
-        const down_class& d = t.d;
-        const bool whole = d.content_len >= 0 && d.received >= d.content_len;
-        seen = {d.status, d.file_err, d.header_done, whole, d.reason, "", d.headers, d.content_len};
+        if (at == asked.size()) break;
     }
-    seen.body = local.read();
-    if (seen.has_length_bytes) seen.body.resize(static_cast<std::size_t>(seen.content_len));
+    for (const auto& d : asked) {
+        must(d->fate != down_class::outcome::failed || !d->why().empty(), "a failure has words");
+        must(d->fate != down_class::outcome::complete || d->IsComplete(), "what is complete is whole");
+        seen.transfers.push_back(text_of(*d));
+    }
     return seen;
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view answer = view_of(data, size);
+    const std::string_view answers = view_of(data, size);
     survives([&] {
-        const outcome at_once = run(answer, nullptr);
-        choices cuts(answer);
-        const outcome in_pieces = run(answer, &cuts);
-        must(at_once == in_pieces, "an answer means the same in whatever pieces it comes");
+        const outcome at_once = run(answers, nullptr);
+        choices cuts(answers);
+        const outcome in_pieces = run(answers, &cuts);
+        must(at_once == in_pieces, "answers mean the same in whatever pieces they come");
     });
     return 0;
 }

@@ -1,6 +1,6 @@
 // The list of mirrors.
 #include "fuzz/fuzz.h"
-#include "net/down.h"
+#include "net/server_address.h"
 #include "net/server_list.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -13,11 +13,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         must(count >= -1 && count <= max_servers, "there are as many servers as there is room for");
         for (int i = 0; i < count; ++i) {
             must(server_list.server_path[i].ends_with('/'), "a server's path ends in a slash");
-            unsigned short port = 80;
-            const std::string host = split_host_port(server_list.server_name[i], port);
-            must(port != 0 && server_list.server_name[i].starts_with(host),
-                 "a host is cut off with a port, or not at all");
-            host_port_is_valid(server_list.server_name[i]);
+            server_address address, again;
+            must(read_server_address(server_list.server_name[i], address).empty() && address.port != 0 &&
+                     read_server_address(address.origin(), again).empty() && again == address,
+                 "a host can be asked, and is told as it was read");
         }
         for (int turn = 0; turn < 4; ++turn) {
             const int picked = turn % 2 ? pick_server_plain(count) : pick_server_biased(count);

@@ -71,6 +71,11 @@ std::string scripted_peer::request(std::size_t n) {
     return requests[n];
 }
 
+std::size_t scripted_peer::connection_count() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return connections.size();
+}
+
 std::size_t scripted_peer::request_count() {
     const std::lock_guard<std::mutex> lock(mutex);
     return requests.size();
@@ -95,22 +100,27 @@ void scripted_peer::accept_all() {
 }
 
 void scripted_peer::serve(connection& c) {
-    std::string request;
+    std::string unread;
     char block[4096];
-    while (!request.ends_with("\r\n\r\n")) {
-        const ssize_t n = recv(c.fd, block, sizeof block, 0);
-        if (n <= 0) return;
-        request.append(block, static_cast<std::size_t>(n));
+    for (;;) {
+        std::size_t end;
+        while ((end = unread.find("\r\n\r\n")) == std::string::npos) {
+            const ssize_t n = recv(c.fd, block, sizeof block, 0);
+            if (n <= 0) return;
+            unread.append(block, static_cast<std::size_t>(n));
+        }
+        const std::string request = unread.substr(0, end + 4);
+        unread.erase(0, end + 4);
+        std::vector<script::step> steps;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            requests.push_back(request);
+            steps = answer(request).steps;
+            changed.notify_all();
+        }
+        for (const script::step& s : steps)
+            if (!play(c, s)) return;
     }
-    std::vector<script::step> steps;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        requests.push_back(request);
-        steps = answer(request).steps;
-        changed.notify_all();
-    }
-    for (const script::step& s : steps)
-        if (!play(c, s)) return;
 }
 
 // False once the connection or the peer has ended.

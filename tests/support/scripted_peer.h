@@ -1,5 +1,5 @@
 // scripted_peer.h: an HTTP peer on a free port of 127.0.0.1 that does exactly what a test says, however wrong. For every
-// connection it reads one request up to the blank line and then plays a script.
+// connection it reads a request up to the blank line and plays a script, again and again.
 // Nothing is timed: where order matters a script pauses until the test calls go_on.
 // Threads: one for each connection; the destructor breaks off what is under way and joins them all.
 #pragma once
@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-// A script that runs out keeps its connection open, silent, until the peer ends.
+// A script that runs out keeps its connection open for the next request.
 class script {
   public:
     script& send(const std::string& bytes) { return add('s', bytes); }
@@ -49,6 +49,7 @@ class scripted_peer {
     std::string host() const;            // "127.0.0.1:PORT"
     std::string request(std::size_t n);  // the n-th request, from 0; waits for it
     std::size_t request_count();
+    std::size_t connection_count();  // so far
     void go_on();
 
   private:

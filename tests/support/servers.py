@@ -178,7 +178,7 @@ def find_program(name):
 def request_path(target):
     if target.startswith("http://"):
         target = "/" + target[7:].partition("/")[2]
-    return urllib.parse.unquote(target)
+    return urllib.parse.unquote(target, errors="surrogateescape")
 
 
 class FaultServer:
