@@ -16,9 +16,9 @@
 #include "files/io_utils.h"
 #include "files/xmap.h"
 #include "files/zip_io.h"
-#include "platform/folders.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
+#include "runtime/startup.h"
 
 namespace {
 
@@ -127,7 +127,7 @@ void sub_install() {
 }
 
 void build_install() {
-    get_OS_abs_path(os_dir_temp, &temp_path);
+    temp_path = start_temp_folder();
     std::vector<release_summary> summaries;
     const region_range range = regions_of_set();
     for (int region = range.first; region <= range.last; ++region) {

@@ -25,6 +25,7 @@
 #include "platform/volume.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
+#include "runtime/startup.h"
 #include "runtime/xtim.h"
 
 flow_t flow;
@@ -39,7 +40,7 @@ void flow_start() {
     flow = flow_t{};
     flow.list_host = default_list_host;
     server_list.install_name = no_install_name;
-    get_OS_abs_path(os_dir_temp, &temp_path);
+    temp_path = start_temp_folder();
 }
 
 int flow_server_list() {

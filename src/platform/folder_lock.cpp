@@ -23,7 +23,10 @@ folder_lock_result lock_folder(const std::string& path) {
         close(fd);
         return folder_lock_result::taken;
     }
-    if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    // A shared lock is none of ours: whoever may read the folder could take one and keep us out for ever. Then ours is a
+    // shared one too.
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK && flock(fd, LOCK_SH | LOCK_NB) != 0 &&
+        errno == EWOULDBLOCK) {
         close(fd);
         return folder_lock_result::busy;
     }

@@ -25,6 +25,8 @@ static constexpr std::size_t temp_random = 6;  // letters and digits that mkdtem
 static char temp_path[PATH_MAX];  // with its "/"; empty until made
 static volatile sig_atomic_t temp_fd = -1;
 static pid_t temp_owner;
+static std::string temp_refused;
+const char* system_temp_folder = "/tmp/";
 
 static std::string with_slash(std::string folder) {
     if (!folder.empty() && folder.back() != '/') folder += '/';
@@ -122,7 +124,7 @@ std::string temp_stream_zip(int stream) {
 }
 
 static void empty_temp_folder(int fd) {
-    for (const char* name : {temp_server_list, temp_directory_zip, temp_directory, temp_part})
+    for (const char* name : {temp_server_list, temp_directory_zip, temp_directory, temp_part, temp_marker})
         unlinkat(fd, name, 0);
     char zip[] = "0.zip";  // a signal handler may make no string
     for (; *zip < '0' + temp_streams; ++*zip)
@@ -134,7 +136,9 @@ static void remove_if_stale(int parent, const char* name) {
     const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0) return;
     struct stat facts;
-    if (fstat(fd, &facts) == 0 && facts.st_uid == geteuid() && (facts.st_mode & 07777) == 0700 &&
+    const bool ours = fstat(fd, &facts) == 0 && facts.st_uid == geteuid() && (facts.st_mode & 07777) == 0700;
+    struct stat marker;
+    if (ours && fstatat(fd, temp_marker, &marker, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(marker.st_mode) &&
         flock(fd, LOCK_EX | LOCK_NB) == 0) {
         empty_temp_folder(fd);
         unlinkat(parent, name, AT_REMOVEDIR);
@@ -159,7 +163,10 @@ static bool hold_temp_folder(const std::string& path) {
     const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     struct stat held, there;
     const bool busy = fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (fd < 0 || busy || fstat(fd, &held) != 0 || stat(path.c_str(), &there) != 0 || held.st_ino != there.st_ino) {
+    const int marker = fd < 0 ? -1 : openat(fd, temp_marker, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (marker >= 0) close(marker);
+    if (marker < 0 || busy || fstat(fd, &held) != 0 || stat(path.c_str(), &there) != 0 || held.st_ino != there.st_ino) {
+        if (marker >= 0) unlinkat(fd, temp_marker, 0);
         if (fd >= 0) close(fd);
         return false;
     }
@@ -182,8 +189,16 @@ static bool make_temp_below(const std::string& parent) {
     return false;
 }
 
+std::string temp_folder_refused() {
+    return temp_refused;
+}
+
 static std::string private_temp_folder() {
-    if (temp_fd < 0 && !make_temp_below(folder_from_environment("TMPDIR")) && !make_temp_below("/tmp/")) return {};
+    const char* const named = std::getenv("TMPDIR");
+    if (temp_fd < 0 && !make_temp_below(folder_from_environment("TMPDIR"))) {
+        if (!make_temp_below(system_temp_folder)) return {};
+        temp_refused = named ? named : "";
+    }
     static const bool removed_at_exit = std::atexit(remove_temp_folder) == 0;
     return removed_at_exit ? temp_path : std::string();
 }

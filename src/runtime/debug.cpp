@@ -21,6 +21,7 @@
 #include "platform/interrupt.h"
 #include "platform/memory_map.h"
 #include "platform/process.h"
+#include "platform/report_file.h"
 #include "runtime/log.h"
 #include "runtime/product.h"
 #include "runtime/utf8.h"
@@ -44,7 +45,7 @@ static char uncaught[512];  // "type: what" of the exception that is ending the 
 // True if the file at `path` can be appended to or made.
 static bool can_hold_report(const std::string& folder, const std::string& path) {
     struct stat info {};
-    if (stat(path.c_str(), &info) != 0) return errno == ENOENT && folder_is_writable(folder);
+    if (lstat(path.c_str(), &info) != 0) return errno == ENOENT && folder_is_writable(folder);
     return S_ISREG(info.st_mode) && faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
@@ -305,8 +306,7 @@ void fatal_signal_handler(int signal, siginfo_t* info, void* context) {
 
     restore_terminal();
 
-    if (*crash_log_path && crash_log)
-        crash_log_fd = open(crash_log_path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0644);
+    if (*crash_log_path && crash_log) crash_log_fd = open_report(crash_log_path, report_begin::behind);
     print_signal(crash_log_fd >= 0 ? crash_log : stderr, signal, *info, context);
     if (crash_log_fd >= 0) {
         close(crash_log_fd);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/memory_map.h"
+#include "platform/report_file.h"
 #include "runtime/log.h"
 
 mem_report_place mem_report_without_folder = mem_report_place::standard_output;
@@ -214,9 +215,11 @@ std::FILE* open_report() {
     static bool first_of_run = true;
     const std::string folder = log_folder();
     if (folder.empty()) return nullptr;
-    std::FILE* const file = std::fopen((folder + "MemoryLog.txt").c_str(), first_of_run ? "we" : "ae");
-    if (file) first_of_run = false;
-    return file;
+    const int fd =
+        open_report((folder + "MemoryLog.txt").c_str(), first_of_run ? report_begin::anew : report_begin::behind);
+    if (fd < 0) return nullptr;
+    first_of_run = false;
+    return fdopen(fd, "a");
 }
 
 }  // namespace

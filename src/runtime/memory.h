@@ -20,7 +20,7 @@ char mem_to_suffix(unsigned long long bytes);
 enum : unsigned char { share_copy_on_write = 1, share_private, share_empty, share_shared, share_true_shared };
 const char* sm_string(unsigned char share_mode);
 
-// Writes the report to "MemoryLog.txt" in the log's folder: the first of a run begins the file anew. What the system does
+// Writes the report, one for each place of an alert and run, to "MemoryLog.txt" in the log's folder: the first of a run begins the file anew. What the system does
 // not tell is 0; nothing is raised.
 void dump_mem_stats(const char* reason);
 void DumpMemCmd();

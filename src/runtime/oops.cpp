@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <utility>
 
 #include "platform/folders.h"
@@ -125,9 +126,12 @@ static void alert_on_main_thread(const exce_class& e, int next_window) {
 
     const bool fatal = e.level == t_exit || recursive_error;
     if (e.level == t_alert || fatal) {
-        dump_mem_stats(
-            "This is the dump_mem_stats call from the following code: if(type==t_exit || type == t_alert || "
-            "recursive_error)");
+        // An alert that comes again and again has nothing new to tell about the memory.
+        static auto* const reported = new std::set<std::string>;  // places; also at the very end of the process
+        if (reported->insert(place).second)
+            dump_mem_stats(
+                "This is the dump_mem_stats call from the following code: if(type==t_exit || type == t_alert || "
+                "recursive_error)");
         xer << "\n";
         log_lines(e);
         xer << place << "\n" << std::flush;

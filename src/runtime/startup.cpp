@@ -6,15 +6,32 @@
 #include <cstdlib>
 #include <numbers>
 
+#include "platform/folders.h"
 #include "platform/process.h"
 #include "runtime/cmdline.h"
 #include "runtime/debug.h"
 #include "runtime/log.h"
+#include "runtime/oops.h"
 #include "runtime/product.h"
 #include "runtime/thread.h"
 
 float randrat[10000];
 float lookup_sin[361], lookup_cos[361];
+
+std::string start_temp_folder() {
+    std::string folder;
+    get_OS_abs_path(os_dir_temp, &folder);
+    if (folder.empty())
+        __MACIBM_alert(
+            0, "I can not make a temporary folder!",
+            "What comes from the net is put there before it is installed, so I have to stop.",
+            "Please make sure that there is space and that I may write in the folder that TMPDIR names, or in",
+            system_temp_folder, t_exit, OOPS_PLACE);
+    if (const std::string refused = temp_folder_refused(); !refused.empty())
+        xer << "The temporary folder that TMPDIR names cannot be used: " << refused << ". I use " << folder
+            << " instead.\n";
+    return folder;
+}
 
 double random_unit() {
     return std::rand() * 4.656613e-10;

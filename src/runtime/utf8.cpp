@@ -58,17 +58,22 @@ bool steers_terminal(char32_t code) {
                        [code](const auto& range) { return code >= range[0] && code <= range[1]; });
 }
 
-std::string printable(std::string_view text) {
-    std::string shown;
-    shown.reserve(text.size());
-    for (std::size_t i = 0; i < text.size();) {
-        const std::size_t valid = utf8_length(text, i), length = std::max<std::size_t>(valid, 1);
-        const char32_t code = valid ? utf8_code(text, i, valid) : static_cast<unsigned char>(text[i]);
-        if (steers_terminal(code))
-            shown += '?';
+std::size_t make_printable(char* text, std::size_t size, std::string_view allowed) {
+    const std::string_view all(text, size);
+    char* to = text;  // never ahead of what is read
+    for (std::size_t i = 0; i < size;) {
+        const std::size_t valid = utf8_length(all, i), length = std::max<std::size_t>(valid, 1);
+        const char32_t code = valid ? utf8_code(all, i, valid) : static_cast<unsigned char>(text[i]);
+        if (steers_terminal(code) && allowed.find(text[i]) == std::string_view::npos)
+            *to++ = '?';
         else
-            shown += text.substr(i, length);
+            to = std::copy(text + i, text + i + length, to);
         i += length;
     }
-    return shown;
+    return static_cast<std::size_t>(to - text);
+}
+
+std::string printable(std::string text) {
+    text.resize(make_printable(text.data(), text.size(), ""));
+    return text;
 }

@@ -30,4 +30,6 @@ char32_t utf8_code(std::string_view text, std::size_t i, std::size_t length);
 bool steers_terminal(char32_t code);
 
 // Text of unknown origin for a terminal or a line of a log: "?" for each such character, and for a byte of C1 alone.
-std::string printable(std::string_view text);
+std::string printable(std::string text);
+// The same in place, but for the characters in `allowed`; how long the text is now. For a signal handler too.
+std::size_t make_printable(char* text, std::size_t size, std::string_view allowed);

@@ -1,6 +1,8 @@
 #include "platform/folder_lock.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,6 +56,13 @@ TEST_F(FolderLock, a_second_run_is_turned_away_until_the_first_is_dead) {
     EXPECT_EQ(lock_folder(a.path()), folder_lock_result::busy);
     first.kill_it();
     EXPECT_EQ(lock_folder(a.path()), folder_lock_result::taken);
+}
+
+TEST_F(FolderLock, a_reader_of_the_folder_who_locks_it_keeps_nobody_out) {
+    const int outsider = open(a.path().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(outsider, LOCK_SH), 0);
+    EXPECT_EQ(lock_folder(a.path()), folder_lock_result::taken);
+    close(outsider);
 }
 
 TEST_F(FolderLock, locking_the_same_folder_again_does_not_meet_our_own_lock) {

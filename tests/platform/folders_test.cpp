@@ -93,10 +93,15 @@ TEST_F(Folders, temporary_folder_is_private_can_be_reached_and_is_the_same_all_t
         const std::string temp = folder(os_dir_temp);
         EXPECT_EQ(temp.starts_with(home.path()), parent == home.path()) << temp;
         EXPECT_EQ(mode_of(temp), 0700U);
+        EXPECT_EQ(temp_folder_refused(), parent == home.path() ? "" : parent) << "who asked for it is told";
         setenv("TMPDIR", "/elsewhere", 1);
         EXPECT_EQ(folder(os_dir_temp), temp);
         remove_temp_folder();
     }
+    const std::string file = home.write("file", "") + "/";
+    system_temp_folder = file.c_str();
+    EXPECT_EQ(folder(os_dir_temp), "untouched") << "never anywhere else";
+    system_temp_folder = "/tmp/";
 }
 
 TEST_F(Folders, removal_takes_what_a_run_leaves_and_nothing_else) {
@@ -131,7 +136,8 @@ TEST_F(Folders, what_a_killed_run_left_goes_and_what_lives_or_is_not_ours_stays)
     kill(killed, SIGKILL);
     waitpid(killed, nullptr, 0);
     home.write("velaris-open00/2.zip", "");
-    for (const std::string name : {"elsewhere/3.zip", "velaris-mine00/letter.txt"}) {
+    // Named like ours and empty but for names of ours: without our marker it is somebody else's.
+    for (const std::string name : {"elsewhere/3.zip", "velaris-mine00/letter.txt", "velaris-work00/directory.txt"}) {
         home.write(name, "");
         chmod((home / name.substr(0, name.find('/'))).c_str(), 0700);
     }
@@ -141,8 +147,8 @@ TEST_F(Folders, what_a_killed_run_left_goes_and_what_lives_or_is_not_ours_stays)
     std::set<std::string> left;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path()))
         if (!entry.is_directory()) left.insert(entry.path().filename());
-    EXPECT_EQ(left, (std::set<std::string>{"1.zip", "2.zip", "3.zip", "letter.txt"}));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 6);
+    EXPECT_EQ(left, (std::set<std::string>{"1.zip", "2.zip", "3.zip", "letter.txt", "directory.txt", temp_marker}));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 7);
     kill(living, SIGKILL);
     waitpid(living, nullptr, 0);
 }

@@ -58,17 +58,19 @@ static void alerts() {
     char program[] = "program";
     char* argv[] = {program};
     runtime_start(1, argv);
-    for (const char* line : {"first", "second"})
-        __MACIBM_alert(0, line, "", "", "", t_alert, OOPS_PLACE);
+    for (const int place : {1, 1, 2, 1})
+        __MACIBM_alert(0, "alert", "", "", "", t_alert, "place", place);
 }
 static const own_copy::job registered("alerts", alerts);
 
-TEST(Memory, report_of_each_alert_of_a_run_lies_beside_the_log_and_no_earlier_run) {
+TEST(Memory, one_report_of_each_alert_of_a_run_lies_beside_the_log_and_no_earlier_run) {
     const own_copy copy;
     copy.home.write("app/MemoryLog.txt", "an earlier run\n");
     EXPECT_EQ(copy.run("alerts").out.find("dump_mem_stats"), std::string::npos);
     const std::string report = scratch::read(copy.app + "MemoryLog.txt");
     const std::string head = "dump_mem_stats: This is the dump_mem_stats call from the following code: if(type==t_exit";
     EXPECT_EQ(report.find(head), 0u);
-    EXPECT_NE(report.find(head, 1), std::string::npos);
+    const std::size_t second = report.find(head, 1);
+    ASSERT_NE(second, std::string::npos);
+    EXPECT_EQ(report.find(head, second + 1), std::string::npos);
 }

@@ -8,7 +8,6 @@
 
 struct opened_log {
     opened_log() {
-        xer.close();
         xer.open(path);
         xer << std::fixed;
     }
