@@ -142,6 +142,10 @@ void display_resize_window(int dx, int dy) {
                           room.y + std::max(0, (room.h - points(dy)) / 2));
 }
 
+bool display_is_hidden() {
+    return shown.window && (SDL_GetWindowFlags(shown.window) & (SDL_WINDOW_HIDDEN | SDL_WINDOW_MINIMIZED)) != 0;
+}
+
 void display_get_surface(int& dx, int& dy) {
     if (shown.window) SDL_GL_GetDrawableSize(shown.window, &dx, &dy);
 }

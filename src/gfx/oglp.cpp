@@ -117,6 +117,7 @@ static void corners(float x1, float y1, float x2, float y2) {
 }
 
 void OGL_fillrect(int color, float alpha, float x, float y, float dx, float dy) {
+    if (ren.hidden) return;
     flat_state();
     OGL_set_color(color, alpha);
     const float left = on_pixel(x + mnw.wind_x), low = on_pixel(y + mnw.wind_y);
@@ -142,6 +143,7 @@ void OGL_line(int color, float alpha, float x1, float y1, float x2, float y2) {
     const float width = line_width();
     if (y1 == y2) return OGL_fillrect(color, alpha, std::min(x1, x2), y1, std::fabs(x2 - x1), width);
     if (x1 == x2) return OGL_fillrect(color, alpha, x1, std::min(y1, y2), width, std::fabs(y2 - y1));
+    if (ren.hidden) return;
     flat_state();
     OGL_set_color(color, alpha);
     const float middle = width / 2;
@@ -155,6 +157,7 @@ void OGL_line(int color, float alpha, float x1, float y1, float x2, float y2) {
 void OGL_2dquad(int tex_ref, int color, float alpha, float x1, float y1, float s1, float t1, float x2, float y2,
                 float s2, float t2, float x3, float y3, float s3, float t3, float x4, float y4, float s4, float t4,
                 int units, int alpha_mode) {
+    if (ren.hidden) return;
     static constexpr int glowing_ref = 414, glowing_env = 17;
     // Binding first: it may load a picture or raise an alert, which draws, and so changes state and colour.
     if (tex_ref > 0) tman.bind_ref(tex_ref, 0, tex_ref == glowing_ref ? glowing_env : 0);

@@ -48,7 +48,7 @@ void OGL_plot_back_tex();  // the same in the background picture, repeated aroun
 void OGL_scissors(float x, float y, float dx, float dy);  // do not nest
 void OGL_scissors_end();
 extern void (*OGL_swap)();  // how a frame reaches the screen; start-up sets it
-void OGL_sbuff();           // shows the frame
+void OGL_sbuff();           // shows the frame, unless nobody sees it, and begins the next with its margins
 // Reads the middle of the surface, at most 2048 by 2048, into scratch_array as RGB: the frame as drawn so far, so
 // before OGL_sbuff. With `save` it goes to the first free "screenshot_N.png" of the current folder.
 void OGL_screenshot(int save);

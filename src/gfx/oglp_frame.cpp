@@ -88,12 +88,25 @@ void OGL_plot_back_tex() {
                        t, x + back_dx, y, s, 0, 1, alpha_blend);
 }
 
+// Around a canvas that is smaller than the surface; first in a frame, as a help text may reach into them. The screens
+// paint the canvas itself.
+static void paint_margins() {
+    const float dx = (surface_dx() - canvas_dx) / 2, dy = (surface_dy() - canvas_dy) / 2;  // of one margin
+    const float left = -mnw.wind_x, low = -mnw.wind_y, right = left + surface_dx(), top = low + surface_dy();
+    if (dx > 0) OGL_fillrect(colour_back, 1, left, low, dx, surface_dy());
+    if (dx > 0) OGL_fillrect(colour_back, 1, right - dx, low, dx, surface_dy());
+    if (dy > 0) OGL_fillrect(colour_back, 1, left, low, surface_dx(), dy);
+    if (dy > 0) OGL_fillrect(colour_back, 1, left, top - dy, surface_dx(), dy);
+}
+
 void OGL_sbuff() {
+    if (ren.hidden) return;
     // The colour that a frame begins with, for whoever sets none.
     const float red_and_blue = ren.green_only ? 0.0f : 1.0f;
     glColor4f(red_and_blue, 1.0f, red_and_blue, ren.alpha_scale);
     xtim.profile_chart("sb1", 0);
     OGL_swap();
+    paint_margins();
     xtim.profile_chart("sb2", 0);
 }
 

@@ -4,6 +4,7 @@
 
 struct ren_t {
     float alpha_scale = 1.0f;  // multiplies every alpha
+    bool hidden = false;       // nobody sees the surface: what draws does nothing, but places and returns as ever
     int green_only = 0;        // every colour becomes a green of its brightness
     const char *vendor = "", *renderer = "", *version = "", *extensions = "";
     int tex_units = 1;  // that the driver offers

@@ -207,6 +207,7 @@ void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, 
 }
 
 void str_one_line(int color, float x, float y, std::string_view text, int charset, int align) {
+    if (ren.hidden) return;
     float s, t, dx, dy;
     const float fixed = OGL_strtex(charset, color, &s, &t, &dx, &dy);
     if (align == align_centre) x -= width_drawn(text, fixed) / 2;

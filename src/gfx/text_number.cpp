@@ -65,6 +65,7 @@ static std::string plain(double scaled, int decimals) {
 }
 
 void OGL_number(int color, float x, float y, float value, int digits, int decimals, int charset) {
+    if (ren.hidden) return;
     if (!std::isfinite(value)) value = 0;
     decimals = std::max(decimals, 0);
     if (charset == charset_digits) return number_in_places(color, x, y, value, digits, decimals);

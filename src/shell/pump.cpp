@@ -24,6 +24,8 @@
 namespace {
 
 constexpr int tick_ms = 17, alert_wait_ms = 167;  // one and ten ticks of a sixtieth of a second
+constexpr int rest_ms = 100;
+constexpr float lively_seconds = 0.5f;  // after an event: a press may want a second look, a letter a repeat
 constexpr float click_seconds = 0.25f;
 constexpr float help_after_seconds = 1, hide_after_seconds = 10;
 
@@ -32,6 +34,7 @@ struct {
     bool quit_wanted;    // the desktop asked for the end; stays set
     int windows_opened;  // a count
     bool in_update;      // a modal loop inside the application's update pumps frames of its own
+    float last_event;    // when one came, in seconds of xtim.real_time
 } pump{};
 
 // Logical windows that are smaller than the canvas; all of them are modal.
@@ -46,8 +49,13 @@ const struct {
     {wind_tall, nullptr, 561, 474},        {wind_keys, nullptr, 330, 474},
 };
 
+// At rest a frame comes with the next event, at the latest after a tenth of a second for what changes by itself.
 int wait_ms() {
     if (mnw.wind_id == wind_alert) return alert_wait_ms;
+    const bool working = shell_hooks.is_working && shell_hooks.is_working();
+    const float since = xtim.real_time - std::max(pump.last_event, mnw.time_moved);
+    const bool lively = !ren.hidden && (since < lively_seconds || mnw.mouse_held || mnw.key_held);
+    if (!working && !lively) return rest_ms;
     return shell_hooks.may_use_max_cpu && shell_hooks.may_use_max_cpu() ? 0 : tick_ms;
 }
 
@@ -119,6 +127,8 @@ void take_events() {
     static std::vector<display_event> fresh;
     static std::deque<display_event> waiting;
     display_take_events(waiting.empty() ? wait_ms() : 0, fresh);
+    ren.hidden = display_is_hidden();
+    if (!fresh.empty()) pump.last_event = xtim.real_time;
     waiting.insert(waiting.end(), fresh.begin(), fresh.end());
     bool acted = false, typed = false;
     while (!waiting.empty()) {

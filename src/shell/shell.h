@@ -9,6 +9,7 @@ struct shell_hooks_t {
     void (*update)();                         // the main screen, once a frame while no modal window is open
     void (*handle_menu)(int menu, int item);  // a chosen menu item; may be null
     void (*function_key)(int vkey);           // may be null
+    bool (*is_working)();                     // there is more to do than to wait for the user; may be null
     int (*may_use_max_cpu)();                 // non-zero: frames follow at once, no event is waited for; may be null
 };
 extern shell_hooks_t shell_hooks;

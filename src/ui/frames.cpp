@@ -136,6 +136,7 @@ void BTN_util_element(float x, float y, float ax, float ay, float half_dx, float
 }
 
 void BTN_frame0(int type, float x_center, float y_center, float length) {
+    if (ren.hidden) return;
     if (type != 6) {
         __MACIBM_alert(0, "Bad BTN_frame0 call!", "", "", "", t_exit, place, 301);
         return;
@@ -154,6 +155,7 @@ void BTN_frame0(int type, float x_center, float y_center, float length) {
 }
 
 void BTN_frame1(int type, float x_center, float y_center, float width, int color) {
+    if (ren.hidden) return;
     const bar_cut* cut = find_cut(bars, type);
     if (!cut) {
         __MACIBM_alert(0, "Bad BTN_frame1 call!", "", "", "", t_exit, place, 375);
@@ -169,6 +171,7 @@ void BTN_frame1(int type, float x_center, float y_center, float width, int color
 }
 
 void BTN_frame2(int type, float x, float y, float width, float height, const std::string& title) {
+    if (ren.hidden) return;
     const box_cut* cut = find_cut(boxes, type);
     if (!cut) {
         __MACIBM_alert(0, "Bad BTN_frame2 call!", "", "", "", t_exit, place, 439);

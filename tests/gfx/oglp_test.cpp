@@ -165,6 +165,11 @@ TEST(oglp, a_larger_surface_keeps_the_design_and_is_covered_and_photographed_aro
         for (const int y : {0, 115, 999})
             EXPECT_NE(drawn.at(x, y), black) << x << " " << y;
 
+    take_palette_from_atlas();
+    OGL_sbuff();  // and the next frame has its margins
+    for (const int x : {0, 587, 1612, 2199})
+        EXPECT_EQ(window.grab().at(x, 500), (rgb{51, 67, 86})) << x;
+
     const scratch folder;
     ASSERT_EQ(chdir(folder.path().c_str()), 0);
     for (int n = 1; n <= 9; ++n)

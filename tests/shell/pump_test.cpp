@@ -144,6 +144,34 @@ TEST_F(Shell, ADialogOpenedByTheScreenDoesNotRunTheScreenInsideItself) {
     EXPECT_EQ(frames, 5);
 }
 
+TEST_F(Shell, AtRestFewFramesAreDrawnWhileHiddenNoneAndTheApplicationGoesOn) {
+    static int drawn, updates;
+    OGL_swap = [] {
+        ++drawn;
+        display_swap();
+    };
+    on_update = [] { ++updates; };
+    const auto frames_drawn_in = [](float seconds) {
+        drawn = updates = 0;
+        for (const float start = xtim.real_time; xtim.real_time - start < seconds;)
+            MACIBM_event_proc();
+        return drawn;
+    };
+    frames_until([] { return xtim.real_time - mnw.time_moved > 1; });
+    EXPECT_LE(frames_drawn_in(1), 12);
+    EXPECT_GE(updates, 8);
+    shell_hooks.is_working = [] { return true; };
+    EXPECT_GT(frames_drawn_in(0.5f), 15);
+    desktop("search --onlyvisible --name 'Velaris Installer' windowunmap");
+    ASSERT_TRUE(frames_until([] { return ren.hidden; }));
+    EXPECT_EQ(frames_drawn_in(0.3f), 0);
+    EXPECT_GT(updates, 5);
+    shell_hooks.is_working = nullptr;
+    desktop("search --name 'Velaris Installer' windowmap");
+    ASSERT_TRUE(frames_until([] { return !ren.hidden; }));
+    EXPECT_GT(frames_drawn_in(0.3f), 1);
+}
+
 TEST_F(Shell, HelpComesUpAfterASecondOfStillness) {
     move_mouse(700, 300);
     frames_until([] { return std::abs(mnw.mouse_x - 700) < 1; });

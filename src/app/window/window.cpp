@@ -38,6 +38,9 @@ int window_main(int argc, char* const* argv) {
         std::fprintf(stderr, "%s\n", one.problem.c_str());
     alert_front.save_settings = [] { pref.IO_set(pref_installer, scan_write); };
     shell_hooks.update = APP_update;
+    shell_hooks.is_working = [] {
+        return stg.install_state == install_running || stg.dir_state == dir_fetching || stg.dir_state == dir_unread;
+    };
     shell_hooks.may_use_max_cpu = [] { return stg.use_max_cpu; };
     MACIBM_init(argc, argv);
     // Nobody may be at the terminal: the window goes on without what it does not understand.
