@@ -55,7 +55,7 @@ const unsigned char* xmap_class::take_in(const std::string& path, bool exact) {
     err = file.error();
     if (err) return nullptr;
     const auto size = static_cast<std::size_t>(file.facts().st_size);
-    held.reset(new (std::nothrow) unsigned char[size + 1]);  // an empty file has a place too
+    held.reset(new (std::nothrow) unsigned char[std::max<std::size_t>(size, 1)]);  // an empty file has a place too
     if (!held) {
         err = ENOMEM;
         fatal(172, "Xmapped out of memory", "c_path=", full, float_text("errno=", err));

@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <set>
 
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -61,30 +60,3 @@ std::uint32_t choices::below(std::uint32_t top) {
     state = state * 6364136223846793005u + 1442695040888963407u;
     return static_cast<std::uint32_t>(state >> 33) % top;
 }
-
-// The linker puts these in the place of the system's calls (--wrap).
-extern "C" {
-
-void* __real_mmap(void* at, std::size_t size, int protection, int flags, int fd, off_t offset);
-int __real_munmap(void* at, std::size_t size);
-
-static std::set<void*>& copies() {
-    static std::set<void*> all;
-    return all;
-}
-
-void* __wrap_mmap(void* at, std::size_t size, int protection, int flags, int fd, off_t offset) {
-    if (fd < 0 || protection != PROT_READ) return __real_mmap(at, size, protection, flags, fd, offset);
-    void* const copy = std::malloc(size);
-    if (!copy || pread(fd, copy, size, offset) != static_cast<ssize_t>(size)) return MAP_FAILED;
-    copies().insert(copy);
-    return copy;
-}
-
-int __wrap_munmap(void* at, std::size_t size) {
-    if (copies().erase(at) == 0) return __real_munmap(at, size);
-    std::free(at);
-    return 0;
-}
-
-}  // extern "C"

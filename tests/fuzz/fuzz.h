@@ -20,8 +20,8 @@ std::string_view view_of(const std::uint8_t* data, std::size_t size);
 // Does the work with alerts kept. True if it came to its end, false if a fatal alert, which is an orderly end, cut it off.
 bool survives(const std::function<void()>& work);
 
-// The input as a file that lies on no disk. What maps it gets a copy of just its size, so that reading one byte too many is
-// seen; a true map has a page's rest behind it.
+// The input as a file that lies on no disk. The scanner reads it into memory of just its size, so that one byte too many
+// is seen.
 class memory_file {
   public:
     explicit memory_file(std::string_view bytes);

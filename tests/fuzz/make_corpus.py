@@ -139,9 +139,6 @@ MADE = {
     "scanner": lambda: {"other-line-ends": b"hlxst\nA\r820 version\rSERVERS\r\rSERVER host\r",
                         "numbers": b"bpqrs\ni" + struct.pack("<I", 900) + b"rest of the data",
                         "swapped": b"bpqrs\na" + struct.pack(">I", 900) + b"rest of the data"},
-    "editor": lambda: {"typing": b"<The quick brown fox\rjumps over\t the \10\10lazy dog\34\34\36\36\37x",
-                       "commands": b"\x20\xff\0\xfd\0\xfb\x45\xf8\x33\xf9\x88 x\xfa\x91\xfc\x33\xfe\7ab",
-                       "narrow": b"\1word by word\xfb\x12\xfb\x22\xfe\4\xfe\5\10"},
     "text": lambda: {"wrapped": b"d\0\0Good morning, captain.\nThe well-known road/way\r\n\tand back",
                      "digits": b"\xff\1\2 1234.5\xc2\xa1\xc3\xa9", "narrow": b"\1\0\1a b-c/d"},
 }

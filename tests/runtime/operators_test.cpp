@@ -3,27 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+
 #include "runtime/memory.h"
 
 // Larger than any address space, and not known to the compiler.
 static volatile std::size_t too_large = SIZE_MAX / 2;
-
-TEST(Operators, nothing_is_a_block_of_its_own_and_every_form_fits_the_plain_delete) {
-    void* const blocks[] = {operator new(0),
-                            operator new(0, "file", 1),
-                            operator new[](0, "file", 1),
-                            operator new(0, std::nothrow, "file", 1),
-                            operator new[](0, std::nothrow, "file", 1),
-                            operator new(0, std::nothrow)};
-    for (void* const& block : blocks) {
-        ASSERT_NE(block, nullptr);
-        for (void* const& other : blocks)
-            EXPECT_EQ(block == other, &block == &other);
-    }
-    for (void* block : blocks)
-        operator delete(block);
-    operator delete(nullptr);
-}
 
 TEST(Operators, without_memory_the_handler_is_asked_until_there_is_none_or_it_throws) {
     static int asked;

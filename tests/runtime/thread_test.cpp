@@ -41,24 +41,20 @@ static void* raise_and_go_on(void*) {
     return nullptr;
 }
 
-TEST_F(Threads, a_workers_warning_waits_for_the_main_thread_and_the_worker_goes_on) {
-    run(raise_and_go_on<t_alert>);
-    run(raise_and_go_on<0>);  // a question has no road to the main thread
-    EXPECT_TRUE(went_on);
-    THREAD_check_exception(0);
-    EXPECT_EQ(alerts.count(), 0U);
-    THREAD_check_exception(1);
-    ASSERT_EQ(alerts.count(), 1U);
-    EXPECT_EQ(alerts.last(), "from a worker\n\n\n\n(w line 1)");
-}
-
-TEST_F(Threads, a_workers_fatal_alert_ends_it_there_and_the_program_on_the_main_thread) {
-    went_on = false;
+TEST_F(Threads, a_workers_alert_waits_for_the_main_thread_and_a_fatal_one_ends_the_worker) {
     run(raise_and_go_on<t_exit>);
     EXPECT_FALSE(went_on);
     EXPECT_EQ(alerts.count(), 0U);
     EXPECT_THROW(THREAD_check_exception(0), left);
     EXPECT_EQ(alerts.last(), "from a worker\n\n\n\n(w line 1)");
+
+    run(raise_and_go_on<t_alert>);
+    run(raise_and_go_on<0>);  // a question has no road to the main thread
+    EXPECT_TRUE(went_on);
+    THREAD_check_exception(0);
+    EXPECT_EQ(alerts.count(), 1U);
+    THREAD_check_exception(1);
+    EXPECT_EQ(alerts.count(), 2U);
 }
 
 TEST_F(Threads, whatever_escapes_from_a_thread_is_fatal) {
@@ -75,7 +71,7 @@ TEST_F(Threads, whatever_escapes_from_a_thread_is_fatal) {
     }
 }
 
-TEST_F(Threads, the_pool_answers_every_call) {
+TEST_F(Threads, the_pool_answers_every_call_and_one_that_runs_is_not_done) {
     THREAD_make_workers();
     const entry_t twice = [](void* arg) { return as_message(2 * reinterpret_cast<std::intptr_t>(arg)); };
     std::vector<THREAD_call*> calls;
@@ -87,17 +83,13 @@ TEST_F(Threads, the_pool_answers_every_call) {
         EXPECT_TRUE(THREAD_is_done(call, -1));  // its one answer is read, and it is still done
         EXPECT_EQ(THREAD_cleanup(call), as_message(2 * i));
     }
-}
 
-TEST_F(Threads, a_call_that_runs_is_not_done_and_may_not_be_cleaned_up) {
-    THREAD_make_workers();
     UTL_message_queue* gate;
     UTL_message_queue_create(&gate);
     THREAD_call* const call = THREAD_run_async(
         [](void* arg) { return UTL_message_queue_read(static_cast<UTL_message_queue*>(arg), -1); }, gate);
     EXPECT_FALSE(THREAD_is_done(call, 0));
     EXPECT_THROW(THREAD_cleanup(call), left);
-    EXPECT_EQ(alerts.last().find("Thread cleanup called on not-done call.\n\n\n\n("), 0U);
     UTL_message_queue_write(gate, as_message(5));
     EXPECT_TRUE(THREAD_is_done(call, -1));
     EXPECT_EQ(THREAD_cleanup(call), as_message(5));
@@ -118,26 +110,16 @@ TEST_F(Threads, shutdown_finishes_what_is_queued_and_outlives_a_worker_that_thre
     EXPECT_NE(log.text().find("too late\n\n\n\nClean exit from threads.\n"), std::string::npos) << log.text();
 }
 
-TEST(MessageQueue, hands_out_in_order_and_polls_without_waiting) {
-    UTL_message_queue* queue;
-    UTL_message_queue_create(&queue);
-    EXPECT_EQ(UTL_message_queue_read(queue, 0), nullptr);
-    for (std::intptr_t i = 1; i <= 3; ++i)
-        UTL_message_queue_write(queue, as_message(i));
-    EXPECT_EQ(UTL_message_queue_read(queue, 0), as_message(1));
-    EXPECT_EQ(UTL_message_queue_read(queue, -1), as_message(2));
-    UTL_message_queue_write(queue, nullptr);
-    EXPECT_EQ(UTL_message_queue_read(queue, 1000), as_message(3));
-    EXPECT_EQ(UTL_message_queue_read(queue, -1), nullptr);  // a wake-up, or this would never return
-    UTL_message_queue_write(queue, as_message(4));          // never read: destroying frees its node
-    UTL_message_queue_destroy(queue);
-}
-
-TEST(MessageQueue, a_time_out_across_the_second_is_no_failure_and_not_too_early) {
+TEST(MessageQueue, keeps_the_order_and_a_time_out_across_the_second_is_not_too_early) {
     using std::chrono::milliseconds;
     alert_catcher alerts;
     UTL_message_queue* queue;
     UTL_message_queue_create(&queue);
+    EXPECT_EQ(UTL_message_queue_read(queue, 0), nullptr);  // polls
+    for (std::intptr_t i = 1; i <= 3; ++i)
+        UTL_message_queue_write(queue, as_message(i));
+    for (std::intptr_t i = 1; i <= 3; ++i)
+        EXPECT_EQ(UTL_message_queue_read(queue, i == 1 ? 0 : -1), as_message(i));
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const auto past_the_second = 1001 - std::chrono::duration_cast<milliseconds>(now).count() % 1000;
     for (const int timeout_ms : {5, static_cast<int>(past_the_second)}) {
