@@ -11,6 +11,7 @@
 #include "builder/report.h"
 #include "builder/walk.h"
 #include "engine/directory.h"
+#include "engine/examine.h"
 #include "engine/stg.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"

@@ -4,12 +4,14 @@
 #include <climits>
 #include <cstddef>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "engine/front.h"
 #include "engine/stg.h"
 #include "files/io_utils.h"
 #include "files/md5.h"
 #include "files/xmap.h"
+#include "platform/folders.h"
 #include "platform/paths.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -18,9 +20,21 @@ std::vector<file_history_struct> sim_info;
 std::set<std::string> deleted_files;
 int this_install_has_exes = 0;
 
-static std::unordered_map<int, int> first_of_sharing;      // only files that share their installed path
-static std::unordered_map<int, std::vector<int>> sharing;  // by the first of them
-static contested_t contested;
+// Histories that meet in one file. What a question needs of all of them is put together at the first one, so that many
+// histories of one file cost no more than as many files.
+struct meeting {
+    std::vector<std::size_t> files;
+    bool prepared = false;
+    std::unordered_set<std::string_view> shipped;  // signatures
+    bool is_wanted = false;                        // by one that is not withdrawn
+};
+
+// What the rows have in common; made anew with every catalogue.
+static struct {
+    std::vector<meeting> meetings;
+    std::unordered_map<std::size_t, std::size_t> meeting_of;  // only files that meet others
+    contested_t contested;
+} knitted;
 
 constexpr int most_rows = 4'000'000;  // a server must not be able to fill the memory with them
 
@@ -48,43 +62,69 @@ bool path_is_inside(std::string_view path, std::string_view folder) {
 
 int want_this_f(int file, int row, int set) {
     const file_version_struct& v = sim_info[static_cast<std::size_t>(file)][static_cast<std::size_t>(row)];
-    if (v.disc_set != set) return 0;
-    if (v.platform == stg.target_os || v.platform == 0) return 1;
-    return v.platform == 6 && stg.target_os == 3;
+    return v.disc_set == set && is_wanted(v);
 }
 
-bool is_wanted(int file) {
-    const file_history_struct& history = sim_info[static_cast<std::size_t>(file)];
-    return want_this_f(file, static_cast<int>(history.size()) - 1, history.back().disc_set) != 0;
+bool is_wanted(const file_version_struct& row) {
+    return row.platform == stg.target_os || row.platform == 0 || (row.platform == 6 && stg.target_os == 3);
 }
 
-const std::vector<int>& same_installed_path(int file) {
-    static const std::vector<int> none;
-    const auto first = first_of_sharing.find(file);
-    return first == first_of_sharing.end() ? none : sharing.at(first->second);
+static meeting* meeting_with(std::size_t file) {
+    const auto found = knitted.meeting_of.find(file);
+    return found == knitted.meeting_of.end() ? nullptr : &knitted.meetings[found->second];
 }
 
-static bool has_row_with(int file, const std::string& signature) {
-    const file_history_struct& history = sim_info[static_cast<std::size_t>(file)];
-    return std::any_of(history.begin(), history.end(),
-                       [&](const file_version_struct& row) { return row.sig_want == signature; });
+static const meeting& prepared(meeting& all) {
+    if (all.prepared) return all;
+    all.prepared = true;
+    for (const std::size_t file : all.files) {
+        for (const file_version_struct& row : sim_info[file])
+            all.shipped.insert(row.sig_want);
+        all.is_wanted |= !is_gone(current_row(file)) && is_wanted(current_row(file));
+    }
+    return all;
 }
 
-bool signature_was_shipped(int file, const std::string& signature) {
-    if (has_row_with(file, signature)) return true;
-    const std::vector<int>& all = same_installed_path(file);
-    return std::any_of(all.begin(), all.end(), [&](int one) { return has_row_with(one, signature); });
+const std::vector<std::size_t>& same_file(std::size_t file) {
+    static const std::vector<std::size_t> none;
+    const meeting* all = meeting_with(file);
+    return all ? all->files : none;
+}
+
+void join_histories(const std::vector<std::size_t>& files) {
+    std::set<std::size_t> joined;
+    for (const std::size_t file : files) {
+        joined.insert(file);
+        joined.insert(same_file(file).begin(), same_file(file).end());
+    }
+    for (const std::size_t file : joined)
+        knitted.meeting_of[file] = knitted.meetings.size();
+    knitted.meetings.emplace_back().files.assign(joined.begin(), joined.end());
+}
+
+bool signature_was_shipped(std::size_t file, const std::string& signature) {
+    const file_history_struct& history = sim_info[file];
+    if (std::any_of(history.begin(), history.end(),
+                    [&](const file_version_struct& row) { return row.sig_want == signature; }))
+        return true;
+    meeting* all = meeting_with(file);
+    return all && prepared(*all).shipped.contains(signature);
+}
+
+bool lives_on_elsewhere(std::size_t file) {
+    meeting* all = meeting_with(file);
+    return all && prepared(*all).is_wanted;
 }
 
 const contested_t& contested_paths() {
-    return contested;
+    return knitted.contested;
 }
 
 bool behind_shipped_link(std::string_view installed) {
-    if (contested.empty()) return false;
+    if (knitted.contested.empty()) return false;
     for (installed = folder_of(installed); !installed.empty(); installed = folder_of(installed)) {
-        const auto found = contested.find(without_slash(installed));
-        if (found == contested.end()) continue;
+        const auto found = knitted.contested.find(without_slash(installed));
+        if (found == knitted.contested.end()) continue;
         const std::string full = dest_dir_path + found->first;
         std::string signature;
         if (is_sim_link(full, nullptr) && calc_file_md5(full, signature) == 0 &&
@@ -123,37 +163,41 @@ static void scan_row(xmap_class& map, file_version_struct& row, std::string& nam
     map.TXT_str_scan_eoln(&name);
 }
 
-// A path that stays in the destination and that a disk can hold.
-static bool is_installable(std::string_view installed) {
-    if (!path_stays_below(installed) || installed.size() >= path_buffer_size) return false;
-    for (const std::string_view part : path_parts(installed))
-        if (part.size() > NAME_MAX) return false;
-    return true;
+static bool is_signature(std::string_view text) {
+    return text == "GONE" ||
+           (text.size() == 32 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos);
 }
 
-static bool refuse(const char* first, const std::string& path) {
-    __MACIBM_alert(0, first,
+// Why no honest release has this row; null if it may have.
+static const char* fault_of(const file_version_struct& row) {
+    const std::string_view installed = installed_view(row);
+    if (!path_stays_below(installed)) return "a path that leaves the folder I install to!";
+    // Other systems take these two for the end of a folder's name or of a disk's.
+    if (installed.find_first_of(":\\") != std::string_view::npos) return "a path with ':' or '\\' in it!";
+    if (installed.size() >= path_buffer_size) return "a path that is too long for any disk!";
+    for (const std::string_view part : path_parts(installed)) {
+        if (part.size() > NAME_MAX) return "a path that is too long for any disk!";
+        if (part.starts_with(temp_part)) return "a name that I keep for myself!";
+    }
+    return is_signature(row.sig_want) ? nullptr : "a file without a proper signature!";
+}
+
+static bool refuse(const std::string& what, const std::string& path) {
+    __MACIBM_alert(0, "I am reading the directory text file and found " + what,
                    "I will not install anything from this directory file. Try again later, or with another server.",
                    "It is:", path.size() < path_buffer_size ? path : path.substr(0, path_buffer_size / 2) + "...",
                    t_alert, OOPS_PLACE);
     return false;
 }
 
-// Joins the row to the history before it, if that is of the same path, or starts one. False for a path that would leave
-// the destination: with such a row the whole catalogue is not to be trusted.
+// Joins the row to the history before it, if that is of the same path, or starts one. False for a row such as one that
+// would leave the destination: with it the whole catalogue is not to be trusted.
 static bool take_row(file_version_struct& row, const std::string& path) {
     if (path.ends_with('/'))
         __MACIBM_alert(0, "I am reading the directory text file and found a path that has no file!",
                        "This is impossible to download or delete!", "It is:", path, t_exit, OOPS_PLACE);
     row.path = path;
-    if (!path_stays_below(installed_view(row)))
-        return refuse("I am reading the directory text file and found a path that leaves the folder I install to!",
-                      path);
-    // Other systems take these two for the end of a folder's name or of a disk's.
-    if (path.find_first_of(":\\") != std::string::npos)
-        return refuse("I am reading the directory text file and found a path with ':' or '\\' in it!", path);
-    if (!is_installable(installed_view(row)))
-        return refuse("I am reading the directory text file and found a path that is too long for any disk!", path);
+    if (const char* fault = fault_of(row)) return refuse(fault, path);
     if (sim_info.empty() || sim_info.back().back().path != path) sim_info.emplace_back();
     sim_info.back().push_back(std::move(row));
     return true;
@@ -171,8 +215,7 @@ static bool read_body(xmap_class& map, const std::string& label) {
             scan_row(map, row, name);
             path.assign(folder).append(name);
             if (!is_dropped(name) && !take_row(row, path)) return false;
-            if (++rows > most_rows)
-                return refuse("I am reading the directory text file and found more rows than any release has!", path);
+            if (++rows > most_rows) return refuse("more rows than any release has!", path);
             if (rows_read++ % 500 == 0)
                 front.dir_progress_bar(0, static_cast<float>(map.offset()), static_cast<float>(map.length()),
                                        scan_phase::reading_catalogue, label, name);
@@ -183,19 +226,18 @@ static bool read_body(xmap_class& map, const std::string& label) {
     return true;
 }
 
-typedef std::unordered_map<std::string_view, int> path_index;  // installed path to the first history that has it
+typedef std::unordered_map<std::string_view, std::size_t> path_index;  // installed path to the first that has it
 
 static path_index index_shared_paths() {
     path_index first_at;
     first_at.reserve(sim_info.size());
-    for (std::size_t i = 0; i < sim_info.size(); ++i) {
-        const int file = static_cast<int>(i);
-        const auto [at, is_new] = first_at.try_emplace(installed_view(sim_info[i].back()), file);
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
+        const auto [at, is_new] = first_at.try_emplace(installed_view(current_row(file)), file);
         if (is_new) continue;
-        std::vector<int>& all = sharing[at->second];
-        if (all.empty()) all.push_back(at->second);
-        all.push_back(file);
-        first_of_sharing[at->second] = first_of_sharing[file] = at->second;
+        const auto [place, first_meeting] = knitted.meeting_of.try_emplace(at->second, knitted.meetings.size());
+        if (first_meeting) knitted.meetings.emplace_back().files.push_back(at->second);
+        knitted.meetings[place->second].files.push_back(file);
+        knitted.meeting_of[file] = place->second;
     }
     return first_at;
 }
@@ -210,9 +252,9 @@ static void index_contested_paths(const path_index& first_at) {
         last_folder = folder;
         for (; !folder.empty(); folder = folder_of(folder)) {
             const auto found = first_at.find(without_slash(folder));
-            if (found == first_at.end()) continue;
-            const std::vector<int>& all = same_installed_path(found->second);
-            contested[std::string(found->first)] = all.empty() ? std::vector<int>{found->second} : all;
+            if (found == first_at.end() || knitted.contested.contains(found->first)) continue;
+            const std::vector<std::size_t>& all = same_file(found->second);
+            knitted.contested[std::string(found->first)] = all.empty() ? std::vector<std::size_t>{found->second} : all;
         }
     }
 }
@@ -220,9 +262,7 @@ static void index_contested_paths(const path_index& first_at) {
 static void forget_catalogue() {
     deleted_files.clear();
     sim_info.clear();
-    first_of_sharing.clear();
-    sharing.clear();
-    contested.clear();
+    knitted = {};
     stg.down_size = stg.disk_size = 0;
 }
 

@@ -9,16 +9,18 @@
 #include <set>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "engine/directory.h"
+#include "engine/examine.h"
 #include "engine/front.h"
 #include "engine/stg.h"
 #include "engine/withdrawn.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
-#include "files/zip_io.h"
+#include "platform/folders.h"
 #include "platform/paths.h"
 #include "runtime/log.h"
 #include "runtime/oops.h"
@@ -65,15 +67,11 @@ static void make_road_to_destination() {
         if (!make_or_tell(std::string(folder))) return;
 }
 
-static file_version_struct& current_row(int file) {
-    return sim_info[static_cast<std::size_t>(file)].back();
-}
-
 static folder_set wanted_folders() {
     folder_set folders;
-    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const file_version_struct& row = current_row(file);
-        if (is_gone(row) || !is_wanted(file)) continue;
+        if (is_gone(row) || !is_wanted(row)) continue;
         const std::string path = installed_path(row);
         for (std::string_view folder = folder_of(path); !folder.empty(); folder = folder_of(folder))
             if (!folders.insert(std::string(without_slash(folder))).second) break;  // it brought its ancestors with it
@@ -127,21 +125,25 @@ void make_dirs() {
 
 // Whether what stands in the place of a wanted folder may go. Where the choice of files has spoken it holds (the user
 // keeps the file, or the release itself wants both); files of other systems were not asked about there.
-static bool may_go(const std::string& path, const std::vector<int>& files) {
-    if (std::any_of(files.begin(), files.end(), [](int file) { return current_row(file).do_delete; })) return true;
-    if (std::any_of(files.begin(), files.end(), is_wanted)) return false;
+static bool may_go(const std::string& path, const std::vector<std::size_t>& files) {
+    if (std::any_of(files.begin(), files.end(), [](std::size_t file) { return current_row(file).do_delete; }))
+        return true;
+    if (std::any_of(files.begin(), files.end(), [](std::size_t file) { return is_wanted(current_row(file)); }))
+        return false;
     const std::string place = dest_dir_path + path;
     if (signature_was_shipped(files.front(), current_row(files.front()).sig_have)) return true;
     if (leads_to_folder(place)) return false;  // the user's own link to a folder serves as one
-    const changed_answer answer = front.select_alert(place, true, "");
-    return answer == changed_answer::do_it || answer == changed_answer::do_all;
+    file_version_struct& row = current_row(files.front());
+    const changed_answer answer = front.select_alert(place, true, trouble_with(files.front()));
+    row.keep_copy = answer == changed_answer::backup;
+    return row.keep_copy || answer == changed_answer::do_it || answer == changed_answer::do_all;
 }
 
 // What the scan saw below a link was not there: it lay where the link led.
 static void decide_anew_below(const std::string& path) {
-    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
         file_version_struct& row = current_row(file);
-        if (!is_wanted(file) || !path_is_inside(installed_path(row), path)) continue;
+        if (!is_wanted(row) || !path_is_inside(installed_path(row), path)) continue;
         row.have_file = 0;
         row.do_fetch = !is_gone(row);
         row.do_delete = 0;
@@ -149,7 +151,7 @@ static void decide_anew_below(const std::string& path) {
 }
 
 // True if folders can be made there from now on.
-static bool free_taken_place(const std::string& path, const std::vector<int>& files) {
+static bool free_taken_place(const std::string& path, const std::vector<std::size_t>& files) {
     const std::string place = dest_dir_path + path;
     if (kind_on_disk(place) == 0) return true;  // it was seen through a link that is gone by now
     if (!may_go(path, files)) {
@@ -157,12 +159,12 @@ static bool free_taken_place(const std::string& path, const std::vector<int>& fi
         make_dir_error(place, EEXIST);
         return false;
     }
-    const int err = delete_withdrawn(current_row(files.front()));
+    const int err = delete_withdrawn(files.front());
     if (err != 0) {
         make_dir_error(place, err);
         return false;
     }
-    for (int file : files)
+    for (const std::size_t file : files)
         current_row(file).do_delete = 0;
     decide_anew_below(path);
     return true;
@@ -182,19 +184,19 @@ static void free_taken_places() {
 // A folder where a file is to be installed, and what is in it.
 struct folder_in_the_way {
     std::string path;
-    std::vector<int> files;            // withdrawn, and to be deleted with it
+    std::vector<std::size_t> files;    // withdrawn, and to be deleted with it
     std::vector<std::string> folders;  // itself first, parents before children
 };
 
-typedef std::unordered_map<std::string, int> withdrawn_t;  // destination to the history
+typedef std::unordered_map<std::string, std::size_t> withdrawn_t;  // destination to the history
 
 // Withdrawn files that may be deleted: decided so, or shipped for a system that is not installed for here.
 static withdrawn_t withdrawn_files() {
     withdrawn_t withdrawn;
-    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const file_version_struct& row = current_row(file);
         if (!is_gone(row)) continue;
-        if (row.do_delete || (!is_wanted(file) && signature_was_shipped(file, row.sig_have)))
+        if (row.do_delete || (!is_wanted(row) && signature_was_shipped(file, row.sig_have)))
             withdrawn[destination_of(row)] = file;
     }
     return withdrawn;
@@ -219,8 +221,8 @@ static bool look_through(folder_in_the_way& found, const withdrawn_t& withdrawn)
 }
 
 static void remove_folder(const folder_in_the_way& found) {
-    for (int file : found.files) {
-        delete_withdrawn(current_row(file));
+    for (const std::size_t file : found.files) {
+        delete_withdrawn(file);
         current_row(file).do_delete = 0;
     }
     for (auto folder = found.folders.rbegin(); folder != found.folders.rend(); ++folder)
@@ -230,7 +232,7 @@ static void remove_folder(const folder_in_the_way& found) {
 static int remove_folders_in_the_way() {
     std::vector<folder_in_the_way> all;
     withdrawn_t withdrawn;
-    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const file_version_struct& row = current_row(file);
         if (!row.do_fetch || kind_on_disk(destination_of(row)) != S_IFDIR) continue;
         if (behind_shipped_link(installed_path(row))) continue;
@@ -283,16 +285,19 @@ static bool all_stays_inside(bool links_are_cleared) {
     return true;
 }
 
-// What a run that was killed in the middle of an expansion has left. It would also keep its folder from going.
+// What a run that was killed has left beside the places of its files. It would also keep its folder from going.
 static void remove_leftovers() {
-    const beneath_folder root = destination_folder();
-    std::string last_folder = "/";  // none
+    const beneath_folder& root = destination_folder();
+    std::unordered_set<std::string_view> folders;
     for (const file_history_struct& history : sim_info) {
-        const std::string installed = installed_path(history.back());
-        std::string folder(folder_of(installed));
-        if (folder == last_folder) continue;
-        last_folder = std::move(folder);
-        root.remove_file(last_folder + zip_part_name);
+        const std::string_view folder = folder_of(installed_view(history.back()));
+        if (!folders.insert(folder).second) continue;
+        std::error_code error;
+        for (std::filesystem::directory_iterator item(dest_dir_path + std::string(folder), error), end;
+             !error && item != end; item.increment(error)) {
+            const std::string name = item->path().filename().string();
+            if (name.starts_with(temp_part)) root.remove_file(std::string(folder) + name);
+        }
     }
 }
 

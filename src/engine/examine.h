@@ -1,9 +1,10 @@
-// examine.h: what the destination has of every file of the catalogue, whatever system it is for. The signing runs beside
-// the main thread, which looks in on it and lives meanwhile; the results are taken in when all of it is through, so
-// nothing depends on the order in which files are read.
+// examine.h: what the destination has of every file of the catalogue, whatever system it is for. The signing runs
+// beside the main thread, which looks in on it and lives meanwhile; the results are taken in when all of it is through,
+// so nothing depends on the order in which files are read.
 // Threads: main thread only.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "files/sign_files.h"
@@ -23,8 +24,15 @@ void stop_examination();
 // True when it is over: sim_info tells of each file what is there, stg how much is missing. Waits for at most `ms`.
 bool go_on_examining(const std::string& label, int ms);
 
-// What stood at the place of a file when it was examined. Where the signature is from the store, the bytes were not read in
-// this run: nothing may be replaced or deleted before they were.
-const signed_file& found_on_disk(int file);
+// What stood at the place of a file when it was last looked at.
+const signed_file& found_on_disk(std::size_t file);
+// It is still the same, and its bytes were read in this run, not only remembered.
+bool is_untouched(std::size_t file);
+// Looks at the place of a file once more.
+void examine_again(std::size_t file);
+// The program itself has touched the file: from here on it is this state that must not change.
+void note_own_change(std::size_t file);
+// Why nobody knows what is in the file, in words; empty for one that could be read, or is not there.
+std::string trouble_with(std::size_t file);
 // Keeps for the next run what is known of the destination, under its present name.
 void keep_signatures();

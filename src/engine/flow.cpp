@@ -118,7 +118,7 @@ static void delete_partial_zip(const file_version_struct& row) {
 
 void stream_reset() {
     for (int stream = 0; stream < stream_max; ++stream) {
-        const auto file = static_cast<std::size_t>(next.stream_file[stream]);
+        const std::size_t file = stream_file(stream);
         if (next.stream_on[stream] && file < sim_info.size()) delete_partial_zip(sim_info[file].back());
     }
     streams_start();
@@ -173,7 +173,11 @@ void flow_install() {
     if (stg.install_state != install_running) {
         flow.declined = 1;
         unlock_folder();
-    } else if (!clear_the_way()) {
+    } else if (const int clear = clear_the_way(); next.cancelled) {
+        stg.install_state = install_idle;
+        flow.declined = 1;
+        unlock_folder();
+    } else if (!clear) {
         stg.install_failed = 1;
         stg.install_state = install_over;
         unlock_folder();
@@ -190,7 +194,14 @@ void flow_quit() {
 
 void flow_file_work_once() {
     if (stg.install_state != install_running || !grab_files()) return;
-    stg.install_state = install_over;
+    if (next.cancelled) {
+        // What has come so far stays; the rows are compared anew before another try.
+        stg.install_state = install_idle;
+        stg.dir_state = dir_unread;
+        flow.declined = 1;
+    } else {
+        stg.install_state = install_over;
+    }
     flow.finished = next;
     stream_reset();
     unlock_folder();

@@ -6,6 +6,7 @@
 
 #include "engine/front.h"
 #include "engine/outcome.h"
+#include "engine/placing.h"
 #include "engine/stg.h"
 #include "engine/streams.h"
 #include "engine/withdrawn.h"
@@ -46,12 +47,14 @@ std::int64_t most_bytes(float kilobytes) {
 }
 
 // The zip was expanded or not: that finishes the file.
-void tell_result(const file_version_struct& row, const std::string& zip, int result) {
-    if (result == 0)
-        ++next.files_done;
-    else
-        fail_install("The installer cannot extract a file.", error_str(result), "Compressed File: " + zip,
-                     destination_of(row));
+void finish_file(std::size_t file, const std::string& zip, int result) {
+    const file_version_struct& row = current_row(file);
+    if (result == 0) {
+        place_file(file);
+        return;
+    }
+    fail_install("The installer cannot extract a file.", error_str(result), "Compressed File: " + zip,
+                 destination_of(row));
     front.file_finished(action_downloading, installed_path(row), result);
 }
 
@@ -63,7 +66,8 @@ void ask_again(int stream, int server) {
 }
 
 // One look at the stream's transfer. True once its file is finished, well or not.
-bool fetch_over_net(int stream, const file_version_struct& row) {
+bool fetch_over_net(int stream, std::size_t file) {
+    const file_version_struct& row = current_row(file);
     constexpr int most_bad_archives = 3;  // of one file, in a row
     auto& asked = grab.asked_for[stream];
     // Ask, or go on asking. Other streams choose servers too, so the choice may have gone back to one that has lied
@@ -94,7 +98,7 @@ bool fetch_over_net(int stream, const file_version_struct& row) {
     }
     // Here it is, unless it was for a file of an install that ended.
     if (asked.path != row.path) return false;
-    const int result = extract_and_delete_file(zip, row);
+    const int result = extract_and_delete_file(zip, file);
     // What is not the file that was promised counts as a failure of the server that sent it.
     if (is_bad_archive(result)) {
         if (http.reject(stream_slot(stream), error_str(result))) return false;
@@ -107,12 +111,13 @@ bool fetch_over_net(int stream, const file_version_struct& row) {
     }
     grab.refused.erase(row.path);
     stg.down_failed = 0;
-    tell_result(row, zip, result);
+    finish_file(file, zip, result);
     return true;
 }
 
 // One turn's work on the stream's file. True once the file is finished.
-bool work_on_file(int stream, file_version_struct& row) {
+bool work_on_file(int stream, std::size_t file) {
+    file_version_struct& row = current_row(file);
     // Where it comes from, for the status lines too.
     crnt_file_path = (is_dvd ? dvd_path + server_list.install_name + "/" : server_list.server_path[stg.server_sel]) +
                      row.path + ".zip";
@@ -123,7 +128,7 @@ bool work_on_file(int stream, file_version_struct& row) {
     // Withdrawn, or nothing to do.
     if (row.do_delete) {
         stg.file_action = action_deleting;
-        delete_withdrawn(row);
+        delete_withdrawn(file);
         return true;
     }
     if (!row.do_fetch) {
@@ -133,12 +138,12 @@ bool work_on_file(int stream, file_version_struct& row) {
     // From a server, in as many turns as it takes, or from a disc, at once.
     stg.file_action = action_downloading;
     if (!is_dvd) {
-        if (!fetch_over_net(stream, row)) return false;
+        if (!fetch_over_net(stream, file)) return false;
     } else {
         if (stream != 0)
             __MACIBM_alert(0, "Trying to do a DVD install with multiple streams!",
                            "The shark with the laser on his head is getting very dizzy!", "", "", t_exit, OOPS_PLACE);
-        tell_result(row, crnt_file_path, extract_and_delete_file(crnt_file_path, row));
+        finish_file(file, crnt_file_path, extract_and_delete_file(crnt_file_path, file));
         stg.file_rat = 1;
     }
     row.have_file = 1;
@@ -158,17 +163,17 @@ void rename_destination() {
 
 }  // namespace
 
-int extract_and_delete_file(const std::string& zip, const file_version_struct& row) {
-    const std::string installed = installed_path(row), dest = destination_of(row);
-    const std::string folder(without_slash(folder_of(installed)));
-    const beneath_folder root = destination_folder();
+int extract_and_delete_file(const std::string& zip, std::size_t file) {
+    const file_version_struct& row = current_row(file);
+    const std::string installed = installed_path(row), dest = destination_of(row), part = part_of(file);
+    const beneath_folder& root = destination_folder();
     const zip_promise promise = {std::string(last_part(installed)), row.sig_want,
-                                 static_cast<std::uint64_t>(most_bytes(row.ext_size))};
-    const int result = zip_to_file(zip, root, folder, promise);
+                                 static_cast<std::uint64_t>(most_bytes(row.ext_size)), part};
+    const int result = zip_to_file(zip, root, std::string(without_slash(folder_of(installed))), promise);
     log_action("EXPANDING file ", dest, result);
     if (result == 0) {
         const bool is_program = dest.find("Contents/MacOS/") != std::string::npos;
-        log_action("CHMODING  file ", dest, is_program ? root.change_mode(installed, 0755) : 0);
+        log_action("CHMODING  file ", dest, is_program ? root.change_mode(part, 0755) : 0);
     }
     if (!is_dvd) log_action("DELETING  file ", zip, delete_file(zip));
     return result;
@@ -180,9 +185,8 @@ int grab_files() {
     // A turn for each stream.
     next.part_kb = 0;
     for (int stream = 0; stream < stream_max; ++stream)
-        if (stream_takes_turn(stream) &&
-            work_on_file(stream, sim_info[static_cast<std::size_t>(next.stream_file[stream])].back()))
-            stream_finished_file(stream);
+        if (stream_takes_turn(stream) && work_on_file(stream, stream_file(stream))) stream_finished_file(stream);
+    if (next.cancelled) return 1;
     if (streams_have_work()) return stg.install_failed;
     // The end. The last file may have failed in a stream that ended with it.
     if (stg.install_failed) return 1;

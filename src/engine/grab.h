@@ -13,6 +13,6 @@
 // 0: call again. Non-zero: over; failed if stg.install_failed is set.
 int grab_files();
 
-// Expands the row's zip and deletes it, but for a disc's. What comes out takes the old file's place only if it signs as
+// Expands the file's zip beside its place and deletes it, but for a disc's. What comes out stays only if it signs as
 // the row says. 0 or a code for error_str; is_bad_archive tells whether another server may do better.
-int extract_and_delete_file(const std::string& zip, const file_version_struct& row);
+int extract_and_delete_file(const std::string& zip, std::size_t file);

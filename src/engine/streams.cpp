@@ -18,6 +18,10 @@ int stream_slot(int stream) {
     return slot_first_stream + stream;
 }
 
+std::size_t stream_file(int stream) {
+    return static_cast<std::size_t>(next.stream_file[stream]);
+}
+
 void streams_start() {
     const int all_done = next.all_done;  // says "complete" for the rest of the run
     next = next_t{};

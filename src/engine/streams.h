@@ -6,6 +6,8 @@
 // Threads: main thread only.
 #pragma once
 
+#include <cstddef>
+
 constexpr int stream_max = 4;
 
 struct next_t {
@@ -19,10 +21,12 @@ struct next_t {
     float down_kb = 0;     // of the files finished, in zip_size units
     float disk_kb = 0;     // of the files finished, in ext_size units
     int files_done = 0;    // files fetched and expanded, or deleted, since the last reset
+    int cancelled = 0;     // the user ended the install by his answer to a question
 };
 extern next_t next;
 
-int stream_slot(int stream);  // of the pool
+int stream_slot(int stream);          // of the pool
+std::size_t stream_file(int stream);  // in sim_info; it may be past its end
 
 void streams_start();                // two streams (one from a disc), from the first file, counters at 0
 bool stream_takes_turn(int stream);  // false where it is off or past the end; a fresh one is given the next file first

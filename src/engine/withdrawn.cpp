@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "engine/backup.h"
+#include "engine/choose.h"
 #include "engine/front.h"
 #include "engine/outcome.h"
 #include "engine/stg.h"
@@ -31,15 +33,26 @@ static void mark_for_sweep(const std::string& installed) {
     }
 }
 
-int delete_withdrawn(const file_version_struct& row) {
-    const std::string installed = installed_path(row);
-    const std::string destination = destination_of(row);
-    int result = 0;
+int delete_withdrawn(std::size_t file) {
+    file_version_struct& row = current_row(file);
+    const std::string installed = installed_path(row), destination = destination_of(row);
+    int result = 0, action = action_deleting;
     if (!behind_shipped_link(installed)) {
-        result = destination_folder().remove_file(installed);
+        const last_word word = decide_again(file);
+        if (word == last_word::cancel) {
+            next.cancelled = 1;
+            return ECANCELED;
+        }
+        if (word == last_word::go_on) {
+            result = keep_copy_if_wanted(file);
+            if (result == 0) result = destination_folder().remove_file(installed);
+        } else {
+            result = row.sig_have == "NONE" ? ENOENT : EEXIST;
+            if (result == EEXIST) action = action_duplicate;
+        }
         if (result == EXDEV) result = err_leads_outside;
         log_action("now we want to nuke a file: DELETING  file ", destination, result);
-        mark_for_sweep(installed);
+        if (result == 0) mark_for_sweep(installed);
         if (result == err_leads_outside)
             fail_install("I did not delete a file that I no longer want to have!", error_str(result), "", destination);
         else if (show_del_err(result))
@@ -47,7 +60,7 @@ int delete_withdrawn(const file_version_struct& row) {
                            "", t_alert, OOPS_PLACE);
     }
     ++next.files_done;
-    front.file_finished(action_deleting, installed, result);
+    front.file_finished(action, installed, action == action_duplicate ? 0 : result);
     return result;
 }
 
@@ -55,8 +68,7 @@ int delete_withdrawn(const file_version_struct& row) {
 static void mark_what_an_earlier_run_emptied() {
     for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const file_version_struct& row = sim_info[file].back();
-        if (is_gone(row) && row.sig_have == "NONE" && is_wanted(static_cast<int>(file)))
-            mark_for_sweep(installed_path(row));
+        if (is_gone(row) && row.sig_have == "NONE" && is_wanted(row)) mark_for_sweep(installed_path(row));
     }
 }
 

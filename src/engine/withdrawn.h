@@ -14,8 +14,10 @@ inline constexpr const char* fixed_folders[] = {
 // A folder that every install makes; `folder` with its "/".
 bool is_fixed_folder(std::string_view folder);
 
-// Deletes the file of a withdrawn row and marks its folders for the sweep. A failure is told to the log and the front.
-int delete_withdrawn(const file_version_struct& row);
+// Deletes the file of a withdrawn row, if that is still what was decided, and marks its folders for the sweep. A
+// failure is told to the log and the front. 0, or why the file is still there: EEXIST where the user keeps it,
+// ECANCELED where he ended the install (next.cancelled).
+int delete_withdrawn(std::size_t file);
 
 // Removes the marked folders that have become empty, children before their parents.
 void sweep_folders();

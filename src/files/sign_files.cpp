@@ -63,7 +63,10 @@ std::int64_t weight_of(const file_to_sign& file) {
 // One worker's share. Files of one folder stand together, so the folder last used is kept open for them.
 class worker : public md5_messages {
   public:
-    explicit worker(signing_work& all) : work(all), root(open(all.root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+    explicit worker(signing_work& all)
+        : work(all),
+          root(open(all.root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+          root_error(root.get() < 0 ? errno : 0) {}
 
     bool next(std::size_t& message) override {
         while (!ends()) {
@@ -161,6 +164,10 @@ class worker : public md5_messages {
 
     bool enter(std::string_view wanted) {
         if (folder.get() >= 0 && wanted == folder_path) return true;
+        if (root_error) {
+            errno = root_error;
+            return false;
+        }
         folder_path = wanted;
         folder.reset(openat(root.get(), wanted.empty() ? "." : folder_path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         return folder.get() >= 0;
@@ -183,6 +190,7 @@ class worker : public md5_messages {
 
     signing_work& work;
     descriptor root, folder;
+    int root_error;  // why it could not be opened, as where a destination is not made yet
     std::string folder_path;
     std::vector<open_file> open_files;  // at most one for each lane
 };

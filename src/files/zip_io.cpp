@@ -279,7 +279,9 @@ int unzip_current(const expansion& from, std::string* name, int use_name) {
         xer << "unzGetCurrentFileInfo err != UNZ_OK! err=" << err << "\n";
         return failed_at(err, OOPS_PLACE);
     }
-    const std::string target = from.below(name && use_name ? *name : own_name);
+    std::string target = from.below(name && use_name ? *name : own_name);
+    const bool fork = begins_with(own_name, fork_prefix);
+    if (from.promise && !from.promise->under.empty() && !fork) target = from.promise->under;
     if (name) *name = own_name;
     err = unzip_entry(from, own_name, target, info);
     if (err) {

@@ -24,6 +24,7 @@ struct zip_promise {
     std::string name;  // of its one file or link; its fork is passed over, with anything else all is refused (20015)
     std::string signature;                  // of the file's bytes or the link's target (20015); empty: any
     std::uint64_t most_bytes = UINT64_MAX;  // an entry that claims more is refused before anything is written (20015)
+    std::string under = {};                 // the path below the root that it gets; empty: its name, in the folder
 };
 
 // Expands the one file of the archive into `folder` below `root`, "" for the root itself; no "/" at its end.

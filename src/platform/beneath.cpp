@@ -179,6 +179,26 @@ int beneath_folder::rename(const std::string& from, const std::string& to) const
     });
 }
 
+int beneath_folder::keep_as(const std::string& path, const std::string& kept) const {
+    const auto keep = [](int from_at, const char* from, int at, const char* name) {
+        if (linkat(from_at, from, at, name, 0) == 0) return 0;
+        if (errno == EEXIST || errno == ENOENT) return errno;
+        if (renameat2(from_at, from, at, name, RENAME_NOREPLACE) == 0) return 0;
+        if (errno != EINVAL && errno != ENOSYS) return errno;
+        struct stat facts;
+        if (fstatat(at, name, &facts, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
+        return renameat(from_at, from, at, name) == 0 ? 0 : errno;
+    };
+    return in_parent(path, [&](int from_at, const char* from) {
+        const int result = in_parent(kept, [&](int at, const char* name) {
+            errno = keep(from_at, from, at, name);
+            return errno ? -1 : 0;
+        });
+        errno = result;
+        return result ? -1 : 0;
+    });
+}
+
 int beneath_folder::look(const std::string& path, struct stat& facts) const {
     return in_parent(path, [&](int at, const char* name) { return fstatat(at, name, &facts, AT_SYMLINK_NOFOLLOW); });
 }

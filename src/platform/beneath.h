@@ -1,8 +1,8 @@
 // beneath.h: file work below one folder that no path can leave: not by "..", not by an absolute name, and not through a
 // link on the way, whoever laid it. A link on the way that stays inside is followed; the last component never is.
-// The kernel resolves such a path in one go where it can (openat2); elsewhere, as in a sandbox that forbids the call, the
-// same is done here, component by component. Considered and dropped: comparing real paths, which leaves a gap between
-// the look and the act.
+// The kernel resolves such a path in one go where it can (openat2); elsewhere, as in a sandbox that forbids the call,
+// the same is done here, component by component. Considered and dropped: comparing real paths, which leaves a gap
+// between the look and the act.
 // Results: 0 or errno. EXDEV: the path leaves the folder. Nothing throws, nothing is logged.
 // Threads: an object belongs to one thread.
 #pragma once
@@ -32,6 +32,8 @@ class beneath_folder {
     int remove_file(const std::string& path) const;    // or a link
     int remove_folder(const std::string& path) const;  // an empty one
     int rename(const std::string& from, const std::string& to) const;
+    // Gives the file a second name, or, where the disk knows no such thing, that name instead. EEXIST: it is taken.
+    int keep_as(const std::string& path, const std::string& kept) const;
     int look(const std::string& path, struct stat& facts) const;
     int change_mode(const std::string& path, mode_t mode) const;  // of a file; a link is ELOOP
     int sync_volume() const;  // all that was written to the volume of this folder is on the disk

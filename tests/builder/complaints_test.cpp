@@ -45,13 +45,20 @@ const complaint complaints[] = {
      "I could not zip a file!\nWe were unable to create a zip file\n", 292},
     {"a path listed twice",
      [](const reference& r) {
-         r.set_old("DIR All/a/\nFILE 0 0 1 0 0 0123 x\nFILE 0 0 1 0 0 4567 y\nFILE 0 0 1 0 0 89ab x\n");
+         r.set_old(
+             "DIR All/a/\nFILE 0 0 1 0 0 01230123012301230123012301230123 x\nFILE 0 0 1 0 0 "
+             "45674567456745674567456745674567 y\nFILE 0 0 1 0 0 89ab89ab89ab89ab89ab89ab89ab89ab x\n");
      },
      "WARNING: you appear to have a file TWICE in an old directory file.\n\n\nAll/a/x\n", 520},
     {"a number used before",
-     [](const reference& r) { r.set_old("DIR All/a/\nFILE 0 0 90001 0 0 0123 x\nFILE 0 0 90002 0 0 0123 x\n"); },
+     [](const reference& r) {
+         r.set_old(
+             "DIR All/a/\nFILE 0 0 90001 0 0 01230123012301230123012301230123 x\nFILE 0 0 90002 0 0 "
+             "01230123012301230123012301230123 x\n");
+     },
      "You idiot! I already have a version:\nversion_number 90001.000000\nin file \nAll/a/x\n", 526},
-    {"a path without a folder", [](const reference& r) { r.set_old("FILE 0 0 1 0 0 0123 x\n"); },
+    {"a path without a folder",
+     [](const reference& r) { r.set_old("FILE 0 0 1 0 0 01230123012301230123012301230123 x\n"); },
      "Could not find the dir char!\nx\n", 180},
     {"a zip that is none",
      [](const reference& r) {

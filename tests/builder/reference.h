@@ -9,6 +9,7 @@
 #include "builder/region.h"
 #include "builder/report.h"
 #include "engine/directory.h"
+#include "engine/examine.h"
 #include "files/zip_io.h"
 #include "runtime/product.h"
 #include "support/alerts.h"

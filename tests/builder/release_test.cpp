@@ -161,7 +161,9 @@ TEST(release, catalogue_is_written_to_the_letter) {
     ref.put("All/Weapons/a.wpn", std::string(50999, 'a'));
     ref.put("All/Weapons/b.wpn", "");
     ref.link("Linux/start", "../All/Weapons/a.wpn");  // measured as what it leads to
-    ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 7 9 0123 c.wpn\nDIR Linux/\nFILE 4 3 80000 16777 9 4567 d\n");
+    ref.set_old(
+        "DIR All/Weapons/\nFILE 0 0 80000 7 9 01230123012301230123012301230123 c.wpn\nDIR Linux/\nFILE 4 3 80000 16777 "
+        "9 45674567456745674567456745674567 d\n");
     build_install();
     const std::string wanted = R"(I
 900 version
@@ -182,11 +184,11 @@ DIR Linux/
 FILE 0 3 90001 0 50 15e9f81c02ae666b2688e26a51153b0f start
 
 DIR All/Weapons/
-FILE 0 0 80000 7 9 0123 c.wpn
+FILE 0 0 80000 7 9 01230123012301230123012301230123 c.wpn
 FILE 0 0 90001 0 0 GONE c.wpn
 
 DIR Linux/
-FILE 4 3 80000 16777 9 4567 d
+FILE 4 3 80000 16777 9 45674567456745674567456745674567 d
 FILE 4 3 90001 0 0 GONE d
 )";
     EXPECT_EQ(scratch::read(ref.catalogue(build.release_name)), wanted);
@@ -203,8 +205,8 @@ TEST(release, tells_what_it_left_out_and_sums_up) {
     ref.put("All/Aircraft/litter.bak", "x");
     ref.put("All/Weapons/kept.wpn", "kept");
     ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 " + signature("kept") +
-                " kept.wpn\nFILE 0 0 80000 0 0 0123 gone.wpn\n"
-                "DIR All/Resources/menus/English/\nFILE 0 0 80000 0 0 0123 Velaris.txt\n");
+                " kept.wpn\nFILE 0 0 80000 0 0 01230123012301230123012301230123 gone.wpn\n"
+                "DIR All/Resources/menus/English/\nFILE 0 0 80000 0 0 01230123012301230123012301230123 Velaris.txt\n");
     build_install();
     EXPECT_EQ(left_out, ref.src() + "All/Aircraft/folder.acf");
     EXPECT_EQ(sum.folder, ref.made(build.release_name));

@@ -1,25 +1,8 @@
 #include "engine/grab.h"
 
-#include "engine/choose.h"
-#include "engine/dirs.h"
 #include "release.h"
 
-class grab : public release {
-  protected:
-    // Everything up to the file work.
-    void prepare() {
-        ASSERT_EQ(read(), 3);
-        make_dirs();
-        ASSERT_EQ(choose_files() + clear_the_way(), 2);
-        stream_reset();
-        finished = requests = "";
-    }
-    static int run() {
-        int result = 0;
-        EXPECT_TRUE(poll_until([&] { return (result = grab_files()) != 0; }));
-        return result;
-    }
-};
+class grab : public release {};
 
 TEST_F(grab, an_update_fetches_deletes_sweeps_and_logs) {
     open_mirror();

@@ -13,10 +13,13 @@
 #include <string>
 #include <vector>
 
+#include "engine/choose.h"
 #include "engine/directory.h"
+#include "engine/dirs.h"
 #include "engine/examine.h"
 #include "engine/flow.h"
 #include "engine/front.h"
+#include "engine/grab.h"
 #include "engine/stg.h"
 #include "files/io_utils.h"
 #include "files/md5.h"
@@ -122,6 +125,19 @@ class release : public testing::Test {
         server_list.server_name[0] = flow.list_host = mirror->host();
         server_list.server_path[0] = "/r/";
     }
+    // Everything up to the file work.
+    void prepare() {
+        ASSERT_EQ(read(), 3);
+        make_dirs();
+        ASSERT_EQ(choose_files() + clear_the_way(), 2);
+        stream_reset();
+        finished = requests = "";
+    }
+    static int run() {
+        int result = 0;
+        EXPECT_TRUE(poll_until([&] { return (result = grab_files()) != 0; }));
+        return result;
+    }
     // Polls until `over`, as a front end would; false when that takes suspiciously long.
     static bool poll_until(const std::function<bool()>& over) {
         for (const float start = xtim.real_time; xtim.real_time < start + 25; xtim.xtim_update()) {
@@ -155,8 +171,8 @@ class release : public testing::Test {
         const auto found = served.find(path);
         return found == served.end() ? http_reply("404 Not Found", "") : http_reply("200 OK", found->second);
     }
-    static changed_answer select_alert(const std::string& file, bool removing, const std::string&) {
-        questions += file.substr(dest_dir_path.size()) + (removing ? "-;" : ";");
+    static changed_answer select_alert(const std::string& file, bool removing, const std::string& trouble) {
+        questions += file.substr(dest_dir_path.size()) + (removing ? "-" : "") + trouble + ";";
         if (answers.empty()) return changed_answer::cancel;
         const int answer = answers.front();
         answers.erase(answers.begin());

@@ -18,12 +18,11 @@ static const scratch& destination() {
     return folder;
 }
 
-static void check_shared_paths(int file) {
-    const std::vector<int>& all = same_installed_path(file);
+static void check_shared_paths(std::size_t file) {
+    const std::vector<std::size_t>& all = same_file(file);
     must(all.empty() || (all.size() > 1 && std::count(all.begin(), all.end(), file) == 1), "a file is one of its own");
-    for (const int other : all)
-        must(installed_path(sim_info[static_cast<std::size_t>(other)].back()) ==
-                 installed_path(sim_info[static_cast<std::size_t>(file)].back()),
+    for (const std::size_t other : all)
+        must(installed_path(current_row(other)) == installed_path(current_row(file)),
              "files that share a path have it");
 }
 
@@ -37,7 +36,7 @@ static void check_work_list() {
         const file_version_struct& row = sim_info[i].back();
         must(!(row.do_fetch && row.do_delete), "a file is fetched or deleted");
         must(!row.do_delete || row.sig_have != "NONE", "only what is there is deleted");
-        check_shared_paths(static_cast<int>(i));
+        check_shared_paths(i);
     }
     for (const auto& [path, files] : contested_paths())
         must(!files.empty() && path_stays_below(path), "a contested path belongs to a file");

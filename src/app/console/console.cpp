@@ -133,6 +133,7 @@ int pass(run_t& run, after_pass& after) {
         return start_install(run);
     }
     if (stg.install_state == install_running) after = work_on_files(run);
+    if (flow.declined) return status_declined;
     if (stg.install_state != install_over) return still_running;
     console_install_progress(true);
     console_flow_sentences();

@@ -164,10 +164,10 @@ void console_plan() {
         std::printf("to download: %lld kB\nto install: %lld kB\n",
                     static_cast<long long>(rounded(static_cast<double>(stg.down_size))),
                     static_cast<long long>(rounded(static_cast<double>(stg.disk_size))));
-    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const char* word = verdict_word(decide_file(file), output.json);
         if (!word) continue;
-        const std::string path = installed_path(sim_info[static_cast<std::size_t>(file)].back());
+        const std::string path = installed_path(current_row(file));
         if (output.json)
             print_json(json_object("file").add("action", word).add("path", path).add("result", std::int64_t{0}));
         else

@@ -95,7 +95,7 @@ TEST(sets, a_disc_has_no_history_and_needs_the_large_textures) {
     const reference ref;
     alert_catcher alerts;
     builder_front.finished = [](const release_summary& sum) { withdrawn += sum.tally.withdrawn; };
-    ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 0123 gone.wpn\n");
+    ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 01230123012301230123012301230123 gone.wpn\n");
     build_install();
     EXPECT_EQ(withdrawn, is_dvd == 0 ? 1 : 0);
 

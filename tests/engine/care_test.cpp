@@ -1,0 +1,114 @@
+// What is the user's own: nothing of it is lost, and nothing is asked about that is not.
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <set>
+
+#include "release.h"
+
+class care : public release {
+  protected:
+    void write_now(const std::string& name, const std::string& content) const {
+        unlink((dest_dir_path + name).c_str());
+        disk.write("dest/" + name, content);
+    }
+    // The copies that were kept in a folder of the destination, without their day, and what is in them.
+    std::string kept_in(const std::string& folder) const {
+        std::set<std::string> copies;
+        for (const auto& item : std::filesystem::directory_iterator(dest_dir_path + folder)) {
+            const std::string name = item.path().filename();
+            const std::size_t mark = name.find("(mine ");
+            if (mark != std::string::npos)
+                copies.insert(name.substr(0, mark) + "|" + name.substr(mark + 17) + "=" + scratch::read(item.path()));
+        }
+        std::string all;
+        for (const std::string& copy : copies)
+            all += copy + ";";
+        return all;
+    }
+};
+
+TEST_F(care, what_cannot_be_read_is_asked_about_and_never_opened) {
+    open_mirror();
+    for (const char* name : {"pipe", "kept", "loop/f"})
+        shipped(std::string("All/") + name, "new");
+    history("All/gone", {"1", "GONE"});
+    for (const char* name : {"pipe", "kept", "gone"})
+        ASSERT_EQ(mkfifo((dest_dir_path + name).c_str(), 0644), 0);
+    put_link("loop", "loop");
+    answers = {1, 2, 2, 2};
+    prepare();
+    const std::string odd = "It is a pipe, a socket or a device, and no file";
+    EXPECT_EQ(questions, "pipe" + odd + ";kept" + odd + ";loop/fToo many links lead to one another;gone-" + odd + ";");
+    EXPECT_EQ(run(), 1);
+    EXPECT_EQ(on_disk({"pipe"}), "new");
+    struct stat facts;
+    for (const char* name : {"kept", "gone"})
+        EXPECT_TRUE(lstat((dest_dir_path + name).c_str(), &facts) == 0 && S_ISFIFO(facts.st_mode)) << name;
+}
+
+TEST_F(care, a_destination_that_is_not_there_yet_asks_for_nothing) {
+    open_mirror();
+    shipped("All/f", "new");
+    dest_dir_path = disk / "not/yet/";
+    prepare();
+    EXPECT_EQ(run(), 1);
+    EXPECT_EQ(on_disk({"f"}) + questions, "new");
+}
+
+TEST_F(care, what_changes_between_scan_and_replacement_is_decided_anew) {
+    open_mirror();
+    const struct {
+        const char *before, *after;  // at the scan and right before the replacement; null: nothing there
+        bool withdrawn;
+        int answer;
+        const char *questions, *content;
+    } cases[] = {
+        {"old", "mine", false, 2, "f;", "mine"},   {"old", "mine", false, 1, "f;", "new"},
+        {nullptr, "mine", false, 2, "f;", "mine"}, {nullptr, "new", false, 2, "", "new"},
+        {"old", "older", false, 2, "", "new"},     {"old", nullptr, false, 2, "", "new"},
+        {"old", "mine", true, 2, "f-;", "mine"},   {"old", "mine", true, 1, "f-;", ""},
+        {"old", "older", true, 2, "", ""},         {"old", nullptr, true, 2, "", ""},
+        {"old", "mine", false, 3, "f;", "mine"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.before ? c.before : "-") + (c.after ? c.after : "-") + std::to_string(c.answer));
+        catalogue = questions = "";
+        unlink((dest_dir_path + "f").c_str());
+        if (c.before) put({{"f", c.before}});
+        history("All/f", {"older", "old"});
+        if (c.withdrawn)
+            row("All/f", "GONE");
+        else
+            shipped("All/f", "new");
+        prepare();
+        unlink((dest_dir_path + "f").c_str());
+        if (c.after) put({{"f", c.after}});
+        answers = {c.answer};
+        EXPECT_EQ(run(), 1);
+        EXPECT_EQ(questions, c.questions);
+        EXPECT_EQ(on_disk({"f"}), c.content);
+        EXPECT_EQ(next.cancelled, c.answer == 3);
+        EXPECT_FALSE(is_there(".velaris.part.0"));
+    }
+}
+
+TEST_F(care, a_copy_of_the_users_version_is_kept_beside) {
+    open_mirror();
+    const std::string long_name(250, 'x');
+    put({{"a/List.txt", "mine"}, {"a/.hidden", "mine"}, {"a/gone.d.png", "mine"}, {long_name.c_str(), "mine"}});
+    for (const std::string& name : {std::string("a/List.txt"), std::string("a/.hidden"), long_name})
+        shipped("All/" + name, "new");
+    history("All/a/gone.d.png", {"1", "GONE"});
+    for (const int round : {1, 2}) {
+        answers = {6, 6, 6, 6};
+        prepare();
+        EXPECT_EQ(run(), 1);
+        EXPECT_EQ(on_disk({"a/List.txt", "a/.hidden"}), "newnew");
+        if (round == 1) put({{"a/List.txt", "mine too"}});
+    }
+    EXPECT_EQ(kept_in("a"), ".hidden |=mine;List | 2.txt=mine too;List |.txt=mine;gone.d |.png=mine;");
+    EXPECT_EQ(kept_in(""), std::string(237, 'x') + " |=mine;") << "cut, so that the disk takes it";
+    EXPECT_EQ(questions, "a/List.txt;a/.hidden;" + long_name + ";a/gone.d.png-;a/List.txt;");
+    EXPECT_FALSE(is_there("a/gone.d.png"));
+}
