@@ -45,7 +45,7 @@ class OddDiskTest(installer.Scene):
         self.assertEqual(disk.stdout.readline(), b"ready\n")
         return disk
 
-    def fail(self, operation, code, path="*"):
+    def let_fail(self, operation, code, path="*"):
         with open(os.path.join(self.folder, "faults"), "w", encoding="utf-8") as out:
             out.write(f"{operation} {code} {path}\n")
 
@@ -57,11 +57,11 @@ class OddDiskTest(installer.Scene):
         before = folders.snapshot(self.dest)
         for code in (errno.ENOSPC, errno.EIO):
             with self.subTest(code=code):
-                self.fail("write", code)
+                self.let_fail("write", code)
                 outcome = self.update(status=1)
                 self.assertIn(os.strerror(code), outcome.err)
                 self.assertEqual(folders.snapshot(self.dest)[HERON], before[HERON])
-        self.fail("nothing", 0)
+        self.let_fail("nothing", 0)
         self.update()
         self.assert_installed(self.new.tree.installed())
 
