@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
-"""The sample product of the demo: a small flight simulator's folder, as its maker keeps it.
+"""The sample product of the demo: a small flight simulator, published by its maker in two successive releases.
 
-    demo_tree.py make 1|2 FOLDER         writes the reference copy of the first or the second release
-    demo_tree.py compare FOLDER REFERENCE    tells in what an installed folder differs from a reference copy
+    demo_tree.py publish 1|2 FOLDER BUILDER HOST   makes the release below FOLDER/web and names HOST as its server
+    demo_tree.py compare 1|2 INSTALLED             tells in what an installed folder differs from the release
 """
-import datetime
-import filecmp
 import os
 import random
 import struct
 import sys
 import zlib
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "support"))
+import folders
+import release
+from release import LINUX, MAC, WINDOWS
 
 AIRCRAFT = ["Heron", "Kestrel", "Old Crow", "Swift Trainer", "Albatross 40", "Night Heron"]
 REGIONS = {"Alps": (46, 8), "Fjords": (61, 6), "Islands": (-9, 160)}
@@ -18,41 +21,30 @@ LANGUAGES = ["English", "Deutsch", "Français"]
 CHAPTERS = ["Welcome", "First flight", "Weather", "Instruments", "Night and fog", "Carrier landings"]
 
 
-class Copy:
-    """A reference copy being written. The same release is the same to the byte, whenever it is made."""
+class Copy(release.Tree):
+    """A reference copy. The same release is the same to the byte, whenever it is made."""
 
-    def __init__(self, folder, release):
-        self.folder, self.release = folder, release
-        self.dice = None
+    def __init__(self, number):
+        super().__init__()
+        self.number = number
 
     def changes(self, path):
         """Whether the second release has this file in a new form: about one in nine."""
-        return self.release == 2 and zlib.crc32(path.encode()) % 9 == 0
+        return self.number == 2 and zlib.crc32(path.encode()) % 9 == 0
 
-    def put(self, path, data, executable=False):
-        full = os.path.join(self.folder, path)
-        os.makedirs(os.path.dirname(full), exist_ok=True)
-        with open(full, "wb") as out:
-            out.write(data if isinstance(data, bytes) else data.encode())
-        os.chmod(full, 0o755 if executable else 0o644)
-        edition = 2 if self.changes(path) else 1
-        moment = datetime.datetime(2008, 1, 21 + edition, 9, zlib.crc32(path.encode()) % 60, 30).timestamp()
-        os.utime(full, (moment, moment))
+    def put(self, path, data, **facts):
+        day = 23 if self.changes(path) else 22
+        self.add(path, data, when=release.moment(2008, 1, day, 9, zlib.crc32(path.encode()) % 60, 30), **facts)
 
-    def text(self, path, *lines):
+    def text(self, path, *lines, **facts):
         if self.changes(path):
             lines += ("Revised for the second release.",)
-        self.put(path, "\n".join(lines) + "\n")
+        self.put(path, "\n".join(lines) + "\n", **facts)
 
     def binary(self, path, length, head=b"", **facts):
         dice = random.Random(f"{path} {self.changes(path)}")
         # Half of it packs well, as in real data.
         self.put(path, head + dice.randbytes(length // 2) + bytes(length - length // 2), **facts)
-
-    def link(self, path, target):
-        full = os.path.join(self.folder, path)
-        os.makedirs(os.path.dirname(full), exist_ok=True)
-        os.symlink(target, full)
 
 
 def picture(width, height, colour):
@@ -107,73 +99,70 @@ def write_resources(copy):
 
 
 def write_programs(copy):
-    copy.binary("Linux/Velaris", 400_000, b"\x7fELF", executable=True)
-    copy.link("Linux/start", "Velaris")
+    copy.binary("Linux/Velaris", 400_000, b"\x7fELF", mode=0o755)
+    copy.link("Linux/start", "Velaris", systems={LINUX})
     copy.binary("Macintosh/Velaris.app/Contents/MacOS/Velaris", 200_000, b"\xca\xfe\xba\xbe")
-    header = b"MZ" + bytes(58) + struct.pack("<I", 64) + b"PE\0\0" + bytes(20)
-    copy.binary("Windows/Velaris.exe", 200_000, header)
+    copy.binary("Windows/Velaris.exe", 200_000, release.windows_program(""))
     plugins = "All/Resources/plugins/"
-    copy.text(plugins + "PluginAdminLin.vlx", "for Linux")
-    copy.text(plugins + "PluginAdminWin.vlx", "for Windows")
-    copy.text(plugins + "PluginAdminMac.vlx", "for the Macintosh")
+    copy.text(plugins + "PluginAdminLin.vlx", "for Linux", systems={LINUX})
+    copy.text(plugins + "PluginAdminWin.vlx", "for Windows", systems={WINDOWS})
+    copy.text(plugins + "PluginAdminMac.vlx", "for the Macintosh", systems={MAC})
     for library in ("QRNK", "Panelkit"):
-        for ending in ("so", "dll", "shlb"):
-            copy.binary(plugins + f"{library}.{ending}", 20_000, executable=ending == "so")
+        copy.binary(plugins + library + ".so", 20_000, mode=0o755, systems={LINUX})
+        copy.binary(plugins + library + ".dll", 20_000, systems={WINDOWS})
+        copy.binary(plugins + library + ".shlb", 20_000, systems={MAC})
 
 
-def make(folder, release):
-    copy = Copy(folder, release)
+def product(number):
+    copy = Copy(number)
     # The second release brings one aircraft and drops another, and a folder of manuals with it.
-    for name in AIRCRAFT[:-1] if release == 1 else AIRCRAFT[1:]:
+    for name in AIRCRAFT[:-1] if number == 1 else AIRCRAFT[1:]:
         write_aircraft(copy, name)
     for name, corner in REGIONS.items():
         write_scenery(copy, name, corner)
     write_resources(copy)
     write_programs(copy)
-    if release == 1:
-        for number in range(9):
-            copy.text(f"All/Instructions/Old bulletins/bulletin {number + 1}.txt", "Superseded.")
+    if number == 1:
+        for bulletin in range(9):
+            copy.text(f"All/Instructions/Old bulletins/bulletin {bulletin + 1}.txt", "Superseded.")
     # The program itself is always new: that is what gives the installed folder its new name.
-    copy.binary("Linux/Velaris", 400_000 + release, b"\x7fELF", executable=True)
-    os.makedirs(os.path.join(folder, "All", "Output"), exist_ok=True)
-    files = [os.path.join(here, name) for here, _, names in os.walk(folder) for name in names]
-    size = sum(os.path.getsize(path) for path in files if not os.path.islink(path))
-    print(f"{len(files)} files, {size / 1e6:.1f} MB")
+    copy.binary("Linux/Velaris", 400_000 + number, b"\x7fELF", mode=0o755)
+    return copy
 
 
-def files_below(folder):
-    return {os.path.relpath(os.path.join(here, name), folder) for here, _, names in os.walk(folder) for name in names}
+def publish(number, folder, builder, host):
+    copy = product(number)
+    size = sum(len(item.data) for item in copy.items.values())
+    print(f"{len(copy.items)} files, {size / 1e6:.1f} MB")
+    publisher = release.Publisher(builder, folder)
+    publisher.last_catalogue = release.catalogue_path(folder, 90016 + number) if number == 2 else None
+    made = publisher.publish(copy, release.name_of(90017 + number), 90017 + number)
+    print(next(line for line in publisher.said.splitlines() if line.startswith(made.name + ": ")))
+    publisher.announce(made, [host])
 
 
-def is_for_others(path):
-    """Plug-ins of other systems lie among the common files."""
-    return path.startswith("Resources/plugins/") and path.endswith((".dll", ".shlb", "Win.vlx", "Mac.vlx"))
-
-
-def compare(folder, reference):
-    wanted = {}
-    for top in ("All", "Linux"):
-        for path in files_below(os.path.join(reference, top)):
-            if not is_for_others(path):
-                wanted[path] = os.path.join(reference, top, path)
-    found = files_below(folder)
-    for path in sorted(wanted.keys() | found):
+def compare(number, installed):
+    wanted, found = folders.expected(product(number).installed()), folders.snapshot(installed)
+    for path in sorted(path for path in wanted.keys() | found.keys() if not path.endswith("/")):
         if path not in wanted:
             print(f"only here:    {path}")
         elif path not in found:
             print(f"missing:      {path}")
-        elif not filecmp.cmp(wanted[path], os.path.join(folder, path), shallow=False):
+        elif wanted[path][:2] != found[path][:2]:
             print(f"different:    {path}")
 
 
 def main(words):
-    if len(words) == 3 and words[0] == "make" and words[1] in ("1", "2"):
-        make(words[2], int(words[1]))
-    elif len(words) == 3 and words[0] == "compare":
-        compare(words[1], words[2])
+    if len(words) == 5 and words[0] == "publish" and words[1] in ("1", "2"):
+        publish(int(words[1]), *words[2:])
+    elif len(words) == 3 and words[0] == "compare" and words[1] in ("1", "2"):
+        compare(int(words[1]), words[2])
     else:
         sys.exit(__doc__)
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    try:
+        main(sys.argv[1:])
+    except RuntimeError as problem:
+        sys.exit(f"demo_tree.py: {problem}")

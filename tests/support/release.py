@@ -242,6 +242,11 @@ def server_list(name, servers, version=820, title="SERVERS"):
     return "\n".join(lines + ["ENDOFLIST", "SERVER nowhere.example", "/", "|never"]) + "\n"
 
 
+def catalogue_path(folder, number):
+    """Where a publisher keeps the catalogue of a release: the history that the next one starts from."""
+    return os.path.join(folder, f"directory-{number}.txt")
+
+
 class Publisher:
     """Makes one release after the other below `web`/beta/, each with the history of those before."""
 
@@ -249,7 +254,8 @@ class Publisher:
         self.builder, self.folder = builder, folder
         self.web = os.path.join(folder, "web")
         self.last_catalogue = None
-        os.makedirs(os.path.join(self.web, "beta"))
+        self.said = ""              # by the builder, of the last one
+        os.makedirs(os.path.join(self.web, "beta"), exist_ok=True)
 
     def publish(self, tree, name, number):
         source = os.path.join(self.folder, f"reference-{number}")
@@ -263,8 +269,9 @@ class Publisher:
         if run.returncode != 0:
             raise RuntimeError(f"builder ended with {run.returncode}:\n"
                                f"{run.stdout.decode(errors='replace')}{run.stderr.decode(errors='replace')}")
+        self.said = run.stdout.decode(errors="replace")
         release = Release(name, number, tree, os.path.join(base, name))
-        self.last_catalogue = os.path.join(self.folder, f"directory-{number}.txt")
+        self.last_catalogue = catalogue_path(self.folder, number)
         with open(self.last_catalogue, "wb") as out:
             out.write(release.catalogue())
         return release
