@@ -20,6 +20,7 @@ constexpr option_row installer_rows[] = {
     {"--console", nullptr, "Runs on the terminal, with no window.\n"},
     {"--list_host", "=HOST[:PORT]", "The host that the list of servers is fetched from.\n"},
     {"--target_os", "=1|2|3", "The system to install for: 1 Macintosh, 2 Windows, 3 Linux.\n"},
+    {"--scale", "=auto|N", "Size of the window's picture, 0.5 to 4; auto goes by the display.\n"},
     {"--agree", nullptr, "Agrees to the licence, so that it is not asked on the terminal.\n"},
     {"--changed", "=ask|keep|overwrite|cancel",
      "What to do with files that you changed.  On a terminal you are asked, otherwise\n"
