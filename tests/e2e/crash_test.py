@@ -1,14 +1,19 @@
 """What a crash of the real program leaves for its maker."""
+import fcntl
 import os
+import pty
 import re
 import resource
+import shutil
 import signal
 import subprocess
 import sys
+import termios
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
 import installer
+import release
 import servers
 
 FRAME = re.compile(r"^ +(\d+)\) (\S+) \+ \d+( \(\S+:\d+\))? \((\S+) \+ \d+\)$", re.MULTILINE)
@@ -59,6 +64,28 @@ class CrashTest(installer.Scene):
         frames = self.frames_of_program(self.crash())
         self.assertEqual(self.place_of("console_main", frames), "")
         self.assertIn(("main", ""), frames)
+
+    def test_a_terminal_gets_its_echo_back_and_is_told_of_the_report(self):
+        folder = os.path.join(self.folder, "builder")
+        release.sample().write(os.path.join(folder, "ref"))
+        first = os.path.join(folder, "ref", "Linux", "big.0")
+        with open(first, "wb") as out:
+            out.write(release.noise(8_000_000))
+        for number in range(1, 60):  # work for many seconds
+            os.link(first, f"{first[:-1]}{number}")
+        program = shutil.copy(installer.BUILDER, folder)
+        keyboard, terminal = pty.openpty()
+        run = subprocess.Popen([program, f"--src={folder}/ref", f"--dst={folder}", "--first_release", "--console"],
+                               stdin=terminal, stdout=subprocess.PIPE, stderr=terminal, start_new_session=True,
+                               preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+        self.addCleanup(run.kill)
+        echoes = lambda: bool(termios.tcgetattr(terminal)[3] & termios.ECHO)
+        self.assertTrue(installer.wait_until(lambda: not echoes()))
+        run.send_signal(signal.SIGABRT)
+        run.communicate()
+        self.assertTrue(echoes())
+        os.set_blocking(keyboard, False)
+        self.assertIn(f"A report was left in {folder}/crash_log.txt", os.read(keyboard, 9999).decode())
 
     def test_no_alert_no_crash_no_file(self):
         self.assertEqual(self.run_installer("--version").status, 0)
