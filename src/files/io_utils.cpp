@@ -218,22 +218,22 @@ int launch_app(const std::string& path, const std::string& arg) {
     std::exit(1);
 }
 
-static int set_large_address_bit(int fd) {
-    unsigned char dos[64], pe[24];
-    if (read(fd, dos, sizeof dos) != sizeof dos) return EIO;
-    if (little_word(dos, 2) != 23117) return err_not_mz;
-    const off_t at = static_cast<std::int32_t>(little_word(dos + 60, 4));
-    if (lseek(fd, at, SEEK_SET) < 0) return errno;
-    if (read(fd, pe, sizeof pe) != sizeof pe) return EIO;
-    if (little_word(pe, 4) != 17744) return err_not_pe;
-    pe[22] |= 32;
-    return pwrite(fd, pe, sizeof pe, at) == sizeof pe ? 0 : EIO;
-}
-
 int make_file_large_address_aware(const std::string& path) {
     const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) return errno;
-    const int err = set_large_address_bit(fd);
+    // The old header tells where the new one is, whose flags hold the bit.
+    const auto set_bit = [fd]() -> int {
+        unsigned char dos[64], pe[24];
+        if (read(fd, dos, sizeof dos) != sizeof dos) return EIO;
+        if (little_word(dos, 2) != 23117) return err_not_mz;
+        const off_t at = static_cast<std::int32_t>(little_word(dos + 60, 4));
+        if (lseek(fd, at, SEEK_SET) < 0) return errno;
+        if (read(fd, pe, sizeof pe) != sizeof pe) return EIO;
+        if (little_word(pe, 4) != 17744) return err_not_pe;
+        pe[22] |= 32;
+        return pwrite(fd, pe, sizeof pe, at) == sizeof pe ? 0 : EIO;
+    };
+    const int err = set_bit();
     const int closed = close(fd) == 0 ? 0 : errno;
     return err ? err : closed;
 }

@@ -34,44 +34,26 @@ static const int fatal_signals[] = {SIGILL, SIGFPE, SIGBUS, SIGSEGV, SIGTRAP,
 constexpr unsigned longest_report_s = 30;
 constexpr std::size_t signal_stack_size = 256 * 1024;  // a lookup takes some 30 KB of it
 
-// Process. Made at start-up: a handler cannot ask for memory.
-static char crash_log_path[4096];  // empty: standard error
-static std::FILE* crash_log;       // writes to crash_log_fd
-static int crash_log_fd = -1;
-static char crash_log_buffer[BUFSIZ];
-static std::atomic<pid_t> reporting_thread = 0;
-static char uncaught[512];  // "type: what" of the exception that is ending the process; empty: none
-
-// True if the file at `path` can be appended to or made.
-static bool can_hold_report(const std::string& folder, const std::string& path) {
-    struct stat info {};
-    if (lstat(path.c_str(), &info) != 0) return errno == ENOENT && folder_is_writable(folder);
-    return S_ISREG(info.st_mode) && faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
-}
+// Process. All of it is made at start-up, as a handler cannot ask for memory; what a crash finds is set by its handler.
+static struct {
+    char path[4096];  // of crash_log.txt; empty: standard error
+    std::FILE* out;   // a stream that writes to fd
+    char buffer[BUFSIZ];
+    int fd = -1;                       // open while a crash is told
+    std::atomic<pid_t> reporting = 0;  // the thread that does; 0: none
+    char uncaught[512];                // "type: what" of the exception that is ending the process; empty: none
+} report;
 
 static bool take_folder_for_report(const std::string& folder) {
     const std::string path = folder + "crash_log.txt";
-    if (folder.empty() || path.size() >= sizeof crash_log_path || !can_hold_report(folder, path)) return false;
-    path.copy(crash_log_path, sizeof crash_log_path - 1);
-    return true;
-}
-
-static void choose_place_of_report() {
-    std::string folder;
-    get_OS_abs_path(is_dvd ? os_dir_desktop : os_dir_this_app, &folder);
-    if (!take_folder_for_report(folder)) take_folder_for_report(state_folder());
-}
-
-static ssize_t write_report(void*, const char* bytes, std::size_t size) {
-    return write(crash_log_fd, bytes, size);
-}
-
-static void install_handler(int signal) {
-    struct sigaction action {};
-    action.sa_sigaction = fatal_signal_handler;
-    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-    sigemptyset(&action.sa_mask);
-    if (sigaction(signal, &action, nullptr) != 0) std::fprintf(stderr, "Failed to installed signal: %d\n", signal);
+    if (folder.empty() || path.size() >= sizeof report.path) return false;
+    // Whether it can be appended to, or made.
+    struct stat info {};
+    const bool usable = lstat(path.c_str(), &info) == 0
+                            ? S_ISREG(info.st_mode) && faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0
+                            : errno == ENOENT && folder_is_writable(folder);
+    if (usable) path.copy(report.path, sizeof report.path - 1);
+    return usable;
 }
 
 // Notes what would be lost with the exception; abort leads to the report.
@@ -87,25 +69,36 @@ static void install_handler(int signal) {
             words += std::string(": ") + e.what();
         } catch (...) {
         }
-        printable(words).copy(uncaught, sizeof uncaught - 1);
+        printable(words).copy(report.uncaught, sizeof report.uncaught - 1);
     }
     std::abort();
 }
 
 void UTL_debug_init() {
-    if (crash_log) return;
+    if (report.out) return;
     ignore_sigpipe();
     callers_init();
     std::set_terminate(on_terminate);
-    choose_place_of_report();
+
+    // The place of the report.
+    std::string folder;
+    get_OS_abs_path(is_dvd ? os_dir_desktop : os_dir_this_app, &folder);
+    if (!take_folder_for_report(folder)) take_folder_for_report(state_folder());
+
     // A stream without a file yet: the file is made by the first crash only, and opening a stream allocates. By the line,
     // so that what was found is kept if the search for the next line crashes.
-    crash_log = fopencookie(nullptr, "w", {.read = nullptr, .write = write_report, .seek = nullptr, .close = nullptr});
-    if (crash_log) std::setvbuf(crash_log, crash_log_buffer, _IOLBF, sizeof crash_log_buffer);
+    const auto write_report = [](void*, const char* bytes, std::size_t size) { return write(report.fd, bytes, size); };
+    report.out = fopencookie(nullptr, "w", {.read = nullptr, .write = write_report, .seek = nullptr, .close = nullptr});
+    if (report.out) std::setvbuf(report.out, report.buffer, _IOLBF, sizeof report.buffer);
     static auto* const stack_of_main_thread = new UTL_signal_stack;  // until the process ends
     static_cast<void>(stack_of_main_thread);
+
+    struct sigaction action {};
+    action.sa_sigaction = fatal_signal_handler;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigemptyset(&action.sa_mask);
     for (const int signal : fatal_signals)
-        install_handler(signal);
+        if (sigaction(signal, &action, nullptr) != 0) std::fprintf(stderr, "Failed to installed signal: %d\n", signal);
 }
 
 UTL_signal_stack::UTL_signal_stack() {
@@ -248,8 +241,8 @@ static void dump_interrupted_code(std::FILE* out, void* context) {
         dump_frames(out, first);
 }
 
-// Only what a signal handler may use: the C library's own dates take a lock.
-static void print_head(std::FILE* out) {
+static void print_report(std::FILE* out, int signal, const siginfo_t& info, void* context) {
+    // What ran, and when. Worked out here, as the C library's own dates take a lock.
     using namespace std::chrono;
     const auto now = time_point_cast<seconds>(system_clock::now());
     const auto today = floor<days>(now);
@@ -260,11 +253,9 @@ static void print_head(std::FILE* out) {
                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
                  static_cast<int>(time.seconds().count()), gettid() == getpid() ? "main" : "another", gettid());
-    if (*uncaught) std::fprintf(out, "Nobody caught an exception, %s\n", uncaught);
-}
+    if (*report.uncaught) std::fprintf(out, "Nobody caught an exception, %s\n", report.uncaught);
 
-static void print_signal(std::FILE* out, int signal, const siginfo_t& info, void* context) {
-    print_head(out);
+    // Why it ended.
     const char* const name = signal < 32 ? sigabbrev_np(signal) : nullptr;
     if (name) {
         for (const char* letter = name; *letter; ++letter)
@@ -277,6 +268,8 @@ static void print_signal(std::FILE* out, int signal, const siginfo_t& info, void
                  info.si_status);
     // Decimal behind a 0x, and of the low half only: whoever reads these reports knows the line by this form.
     std::fprintf(out, "Addy: 0x%08d\n", static_cast<int>(reinterpret_cast<std::uintptr_t>(info.si_addr)));
+
+    // Where it was, and by which calls.
     dump_interrupted_code(out, context);
     std::fflush(out);
 }
@@ -286,7 +279,7 @@ static void print_signal(std::FILE* out, int signal, const siginfo_t& info, void
 static void begin_report(int signal) {
     pid_t owner = 0;
     const pid_t self = gettid();
-    if (reporting_thread.compare_exchange_strong(owner, self)) return;
+    if (report.reporting.compare_exchange_strong(owner, self)) return;
     if (owner == self) {
         std::signal(signal, SIG_DFL);
         raise(signal);
@@ -306,12 +299,12 @@ void fatal_signal_handler(int signal, siginfo_t* info, void* context) {
 
     restore_terminal();
 
-    if (*crash_log_path && crash_log) crash_log_fd = open_report(crash_log_path, report_begin::behind);
-    print_signal(crash_log_fd >= 0 ? crash_log : stderr, signal, *info, context);
-    if (crash_log_fd >= 0) {
-        close(crash_log_fd);
+    if (*report.path && report.out) report.fd = open_report(report.path, report_begin::behind);
+    print_report(report.fd >= 0 ? report.out : stderr, signal, *info, context);
+    if (report.fd >= 0) {
+        close(report.fd);
         if (isatty(STDERR_FILENO)) {
-            std::fprintf(stderr, "\nThis program has crashed. A report was left in %s\n", crash_log_path);
+            std::fprintf(stderr, "\nThis program has crashed. A report was left in %s\n", report.path);
             std::fflush(stderr);
         }
     }

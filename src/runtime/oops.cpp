@@ -83,18 +83,15 @@ static std::string native_text(const std::string& first, const std::string& seco
     return text;
 }
 
-static void show_native(const exce_class& e, bool recursive_error) {
+static void show(const exce_class& e, const std::string& place, int next_window, bool recursive_error) {
+    if (e.line1.empty() && e.line2.empty() && e.line3.empty() && e.line4.empty()) return;
+    if (alert_front.show && !recursive_error) {
+        alert_front.show(e, place, next_window);
+        return;
+    }
     const std::string main_text = native_text(e.line1, e.line2, recursive_error);
     const std::string secondary_text = native_text(e.line3, e.line4, recursive_error);
     (alert_front.native ? alert_front.native : write_to_stderr)(main_text, secondary_text);
-}
-
-static void show(const exce_class& e, const std::string& place, int next_window, bool recursive_error) {
-    if (e.line1.empty() && e.line2.empty() && e.line3.empty() && e.line4.empty()) return;
-    if (alert_front.show && !recursive_error)
-        alert_front.show(e, place, next_window);
-    else
-        show_native(e, recursive_error);
 }
 
 // Marks an alert that is under way. Left by an exception too, so that a caller who survives a fatal alert (a test) does
@@ -107,16 +104,12 @@ struct alert_mark {
     ~alert_mark() { in_alert = before; }
 };
 
-static void alert_to_log_only(const exce_class& e, const std::string& place) {
-    log_lines(e);
-    xer << place << "\n" << std::flush;
-    if (e.level == t_exit) leave_process(1);
-}
-
 static void alert_on_main_thread(const exce_class& e, int next_window) {
     const std::string place = std::string("(") + e.file + " line " + std::to_string(e.line) + ")";
     if (log_only()) {
-        alert_to_log_only(e, place);
+        log_lines(e);
+        xer << place << "\n" << std::flush;
+        if (e.level == t_exit) leave_process(1);
         return;
     }
 

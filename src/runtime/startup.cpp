@@ -37,34 +37,29 @@ double random_unit() {
     return std::rand() * 4.656613e-10;
 }
 
-// The table first, from a fixed seed; what is drawn later is to differ from run to run.
-static void fill_random_table() {
+void runtime_start(int argc, char* const* argv) {
+    // First what a failure of all the rest needs: the report of a crash, descriptors that are none of ours, the log.
+    UTL_debug_init();
+    open_standard_descriptors();
+    if (is_dvd) g_case_sensitive = 0;  // discs are read on systems that ignore the case
+    open_log();
+
+    // The table of random numbers from a fixed seed; what is drawn later is to differ from run to run.
     std::srand(1);
     for (float& entry : randrat)
         entry = static_cast<float>(random_unit() * 0.9999);
-
     const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
     const auto seed =
         static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::microseconds>(since_epoch).count());
     std::srand(seed);
     for (std::uint32_t i = 0; i < seed % 1000; ++i)
         std::rand();
-}
-
-static void fill_angle_tables() {
     for (int degree = 0; degree <= 360; ++degree) {
         lookup_sin[degree] = static_cast<float>(std::sin(degree * std::numbers::pi / 180));
         lookup_cos[degree] = static_cast<float>(std::cos(degree * std::numbers::pi / 180));
     }
-}
 
-void runtime_start(int argc, char* const* argv) {
-    UTL_debug_init();
-    open_standard_descriptors();
-    if (is_dvd) g_case_sensitive = 0;  // discs are read on systems that ignore the case
-    open_log();
-    fill_random_table();
-    fill_angle_tables();
+    // The options may end the process, and are to stand in the log below its head. Alerts of other threads need both.
     write_log_header();
     cmdline.init_unix(argc, argv);
     THREAD_init();

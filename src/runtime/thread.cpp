@@ -140,24 +140,6 @@ bool THREAD_is_ending() {
     return threads_end;
 }
 
-// Joins all workers but the calling one. True if that is one of them.
-static bool join_workers() {
-    bool by_worker = false;
-    for (std::size_t i = 0; i < workers->join.size(); ++i) {
-        if (pthread_equal(workers->join[i], UTL_get_current_thread()))
-            by_worker = true;
-        else
-            UTL_thread_join(&workers->thread[i], workers->join[i]);
-    }
-    return by_worker;
-}
-
-static void destroy_call(THREAD_call* call) {
-    UTL_message_queue_destroy(call->reply);
-    UTL_critical_section_destroy(call->section);
-    delete call;
-}
-
 // Null when no exception waits.
 static std::unique_ptr<exce_class> take_exception(UTL_message_queue* queue) {
     return std::unique_ptr<exce_class>(static_cast<exce_class*>(UTL_message_queue_read(queue, 0)));
@@ -175,27 +157,28 @@ void THREAD_shutdown() {
     threads_end = true;
     for (std::size_t i = 0; i < workers->join.size(); ++i)
         UTL_message_queue_write(call_queue, stop_message);
-    const bool by_worker = join_workers();
+    // A worker may end the run itself: it is not joined, and has its own stop message still to read.
+    bool by_worker = false;
+    for (std::size_t i = 0; i < workers->join.size(); ++i) {
+        if (pthread_equal(workers->join[i], UTL_get_current_thread()))
+            by_worker = true;
+        else
+            UTL_thread_join(&workers->thread[i], workers->join[i]);
+    }
     delete workers;
     UTL_critical_section_destroy(free_calls_lock);
-    // A worker that ends the run itself has its own stop message still to read.
     if (!by_worker) UTL_message_queue_destroy(call_queue);
     while (free_calls) {
         THREAD_call* const call = free_calls;
         free_calls = call->next;
-        destroy_call(call);
+        UTL_message_queue_destroy(call->reply);
+        UTL_critical_section_destroy(call->section);
+        delete call;
     }
     destroy_exceptions(warn_exce);
     destroy_exceptions(quit_exce);
     threads_inited = threads_end = false;
     xer << "Clean exit from threads.\n";
-}
-
-static THREAD_call* make_call() {
-    auto* const call = new THREAD_call{};
-    UTL_message_queue_create(&call->reply);
-    UTL_critical_section_create(&call->section);
-    return call;
 }
 
 THREAD_call* THREAD_run_async(void* (*entry)(void*), void* arg) {
@@ -207,7 +190,11 @@ THREAD_call* THREAD_run_async(void* (*entry)(void*), void* arg) {
     if (call) free_calls = call->next;
     UTL_critical_section_unlock(free_calls_lock);
 
-    if (!call) call = make_call();
+    if (!call) {
+        call = new THREAD_call{};
+        UTL_message_queue_create(&call->reply);
+        UTL_critical_section_create(&call->section);
+    }
     call->entry = entry;
     call->arg = arg;
     call->result = nullptr;

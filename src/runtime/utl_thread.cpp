@@ -105,7 +105,8 @@ void UTL_message_queue_write(UTL_message_queue* queue, void* message) {
     check(pthread_mutex_unlock(&queue->mutex), "pthread_mutex_unlock", OOPS_PLACE);
 }
 
-static timespec deadline_after(int timeout_ms) {
+void* UTL_message_queue_read(UTL_message_queue* queue, int timeout_ms) {
+    // The deadline, before the lock: waiting for that counts too.
     timeval now;
     gettimeofday(&now, nullptr);
     timespec deadline{now.tv_sec + timeout_ms / 1000, now.tv_usec * 1000 + timeout_ms % 1000 * 1000000L};
@@ -113,28 +114,18 @@ static timespec deadline_after(int timeout_ms) {
         ++deadline.tv_sec;
         deadline.tv_nsec -= 1000000000;
     }
-    return deadline;
-}
 
-// With the lock held. False when the deadline passed first.
-static bool wait_for_message(UTL_message_queue* queue, const timespec* deadline) {
-    int error = 0;
+    check(pthread_mutex_lock(&queue->mutex), "pthread_mutex_lock", OOPS_PLACE);
+    int error = timeout_ms == 0 ? ETIMEDOUT : 0;
     ++queue->waiters;
     while (queue->messages.empty() && error != ETIMEDOUT) {
-        error = deadline ? pthread_cond_timedwait(&queue->filled, &queue->mutex, deadline)
-                         : pthread_cond_wait(&queue->filled, &queue->mutex);
+        error = timeout_ms > 0 ? pthread_cond_timedwait(&queue->filled, &queue->mutex, &deadline)
+                               : pthread_cond_wait(&queue->filled, &queue->mutex);
         if (error != ETIMEDOUT) check(error, "pthread_cond_timedwait", OOPS_PLACE);
     }
     --queue->waiters;
-    return !queue->messages.empty();
-}
-
-void* UTL_message_queue_read(UTL_message_queue* queue, int timeout_ms) {
-    const timespec deadline = timeout_ms > 0 ? deadline_after(timeout_ms) : timespec{};
-    check(pthread_mutex_lock(&queue->mutex), "pthread_mutex_lock", OOPS_PLACE);
-    const bool may_wait = timeout_ms != 0 || !queue->messages.empty();
     void* message = nullptr;
-    if (may_wait && wait_for_message(queue, timeout_ms > 0 ? &deadline : nullptr)) {
+    if (!queue->messages.empty()) {
         message = queue->messages.front();
         queue->messages.pop_front();
     }
