@@ -8,6 +8,8 @@
 
 #include "app/dest.h"
 #include "app/pref.h"
+#include "engine/examine.h"
+#include "engine/trust.h"
 #include "net/server_address.h"
 #include "runtime/cmdline.h"
 #include "runtime/product.h"
@@ -26,6 +28,9 @@ constexpr option_row installer_rows[] = {
      "What to do with files that you changed.  On a terminal you are asked, otherwise\n"
      "such a file cancels the installation.\n"},
     {"--check", nullptr, "Only compares the folder with the release and prints what would be done.\n"},
+    {"--verify", nullptr, "Reads every file, and believes nothing that an earlier run found out.\n"},
+    {"--public_key", "=KEY", "Takes only a release that is signed by this minisign key: its text, or a file.\n"},
+    {"--allow_older", nullptr, "Takes a signed release that is older than one seen before, or out of date.\n"},
     {"--give_up", "=SECONDS", "Ends when no file was finished for so long.  Without it a run tries for ever.\n"},
     {"--quiet", nullptr, "Shows no progress.\n"},
     {"--json", nullptr, "Prints one JSON object a line and nothing else.\n"},
@@ -189,4 +194,11 @@ bool target_os_option(int& target_os, std::string& problem) {
     }
     problem = "--target_os wants 1 (Macintosh), 2 (Windows) or 3 (Linux), and not '" + value + "'";
     return false;
+}
+
+bool trust_options(std::string& problem) {
+    examination.read_everything = cmdline.has_option("--verify");
+    trust.allow_older = cmdline.has_option("--allow_older");
+    trust_built_in_keys();
+    return !cmdline.has_option("--public_key") || trust_key(cmdline.get_option("--public_key"), problem);
 }

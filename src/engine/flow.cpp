@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <system_error>
 
@@ -15,6 +16,7 @@
 #include "engine/front.h"
 #include "engine/grab.h"
 #include "engine/stg.h"
+#include "engine/trust.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/zip_io.h"
@@ -91,16 +93,63 @@ static void expand_directory() {
     delete_file(flow.net_dir_path_zip);
 }
 
+// The server's catalogue is not taken. Another one is asked; when each has been refused there is nothing to install.
+static void refuse_catalogue(const std::string& why, int weight) {
+    constexpr int enough = 2;
+    const std::string server = server_list.server_name[stg.server_sel];
+    flow.catalogue_came = 0;
+    delete_file(flow.net_dir_path_zip);
+    flow.refusals[stg.server_sel] += weight;
+    unsigned refused = 0;
+    for (int i = 0; i < stg.server_cnt; ++i)
+        if (flow.refusals[i] >= enough) refused |= 1u << i;
+    if (refused == (1u << stg.server_cnt) - 1) {
+        stg.dir_state = dir_failed;
+        __MACIBM_alert(0, "I will not install this release, because I cannot tell that it comes from its makers!",
+                       "No server has a catalogue that is signed as it should be. The last one that I asked is:",
+                       server, "It was refused because " + why + ".", t_alert, OOPS_PLACE);
+    }
+    stg.server_sel = pick_other_server(stg.server_cnt, refused | 1u << stg.server_sel);
+}
+
+// With keys, the signature is fetched from where the catalogue came from, before a row is read.
+static int fetch_signature() {
+    const std::string local = temp_path + temp_signature;
+    const int result =
+        http.net_check(slot_directory, {server_list.server_name[stg.server_sel],
+                                        server_list.server_path[stg.server_sel] + "directory.txt.zip.minisig", local,
+                                        most_signature_bytes});
+    if (result == net_failed) refuse_catalogue("its signature could not be fetched (" + http.last_failure() + ")", 1);
+    if (result != net_complete) return result;
+    const std::string why = why_not_trusted(flow.net_dir_path_zip, local, server_list.install_name, std::time(nullptr));
+    delete_file(local);
+    if (!why.empty()) {
+        http.reject(slot_directory, why);
+        refuse_catalogue(why, 2);
+        return net_failed;
+    }
+    flow.catalogue_came = 0;
+    expand_directory();
+    if (stg.dir_state == dir_unread) note_trusted_release();
+    return net_complete;
+}
+
 int flow_directory() {
     if (stg.dir_state != dir_fetching) return net_complete;
     if (stg.server_cnt < 1) return net_running;
+    if (flow.catalogue_came) return fetch_signature();
     flow_make_paths();
     const int server = stg.server_sel;
     const int result = http.net_check(
         slot_directory, {server_list.server_name[server], server_list.server_path[server] + "directory.txt.zip",
                          flow.net_dir_path_zip, most_directory_zip_bytes, "", -1, true});
     if (result == net_failed) stg.server_sel = pick_server_plain(stg.server_cnt);
-    if (result == net_complete) expand_directory();
+    if (result != net_complete) return result;
+    if (!trust.keys.empty()) {
+        flow.catalogue_came = 1;
+        return net_running;
+    }
+    expand_directory();
     return result;
 }
 

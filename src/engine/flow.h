@@ -12,6 +12,7 @@
 #include <string>
 
 #include "engine/streams.h"
+#include "net/server_list.h"
 
 struct flow_t {
     std::string list_host;  // where "/serverlist.txt" is fetched, with ":port" if not 80
@@ -21,6 +22,8 @@ struct flow_t {
     float tot_disk_req = 0;
     float tot_availabl = -1;  // free kilobytes on the destination's volume, -1 if unknown
     float totl_inst_rat = 0;  // smoothed share of the install that is done, 0 to 1
+    int catalogue_came = 0;               // it lies in the temporary folder, and its signature is fetched
+    int refusals[max_servers + 1] = {};  // of each server's catalogue, for want of a good signature
     next_t finished;          // the stream table as it stood when the last install ended
     int declined = 0;         // the last INSTALL ended with a refusal or a cancel
     int busy = 0;             // the last INSTALL found another run at work on the destination

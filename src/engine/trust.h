@@ -13,6 +13,8 @@
 
 #include "files/minisign.h"
 
+constexpr std::int64_t most_signature_bytes = 4096;  // a signature is four short lines
+
 struct trust_t {
     std::vector<minisign_key> keys;  // none: every catalogue is taken as it comes
     bool allow_older = false;        // take one that is older than one seen before, or past its date

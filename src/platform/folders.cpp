@@ -124,7 +124,8 @@ std::string temp_stream_zip(int stream) {
 }
 
 static void empty_temp_folder(int fd) {
-    for (const char* name : {temp_server_list, temp_directory_zip, temp_directory, temp_part, temp_marker})
+    for (const char* name :
+         {temp_server_list, temp_directory_zip, temp_signature, temp_directory, temp_part, temp_marker})
         unlinkat(fd, name, 0);
     char zip[] = "0.zip";  // a signal handler may make no string
     for (; *zip < '0' + temp_streams; ++*zip)

@@ -30,6 +30,7 @@ std::string executable_path();
 // What a run puts into its temporary folder.
 constexpr char temp_server_list[] = "serverlist.txt";
 constexpr char temp_directory_zip[] = "directory.txt.zip", temp_directory[] = "directory.txt";
+constexpr char temp_signature[] = "directory.txt.zip.minisig";
 constexpr char temp_marker[] = ".velaris.temp";  // of ours; without it a folder that was left is not touched
 constexpr char temp_part[] = ".velaris.part";    // a file that is being expanded, here and in the destination's folders
 constexpr int temp_streams = 4;                  // files that travel at once
@@ -37,8 +38,9 @@ constexpr int temp_streams = 4;                  // files that travel at once
 std::string temp_folder_refused();
 std::string temp_stream_zip(int stream);  // "0.zip" to "3.zip"
 
-// Removes these files from the temporary folder, then the folder if it is empty. Files that the program does not know stay. No effect if none was made.
-// Only what bears our marker is ours. It happens at the exit of the process anyway, for ends that close nothing; a signal handler may call it. What a run that
+// Removes these files from the temporary folder, then the folder if it is empty. Files that the program does not know
+// stay. No effect if none was made. Only what bears our marker is ours. It happens at the exit of the process anyway, for
+// ends that close nothing; a signal handler may call it. What a run that
 // was killed has left goes when the next one makes its own folder in the same place: a living run holds a lock on its own.
 void remove_temp_folder();
 
