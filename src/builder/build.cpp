@@ -1,10 +1,13 @@
 #include "builder/build.h"
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "builder/compress.h"
+#include "builder/copy_check.h"
 #include "builder/history.h"
 #include "builder/landmarks.h"
 #include "builder/region.h"
@@ -17,9 +20,12 @@
 #include "files/io_utils.h"
 #include "files/xmap.h"
 #include "files/zip_io.h"
+#include "platform/sync.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
 #include "runtime/startup.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -40,6 +46,11 @@ region_range regions_of_set() {
     }
 }
 
+void bad_history(const char* what) {
+    __MACIBM_alert(0, what, build.old_dir_path, "Take the directory.txt.zip of the last release as it was published.",
+                   "", t_exit, OOPS_PLACE);
+}
+
 bool read_old_directory() {
     // It may come as it was published. Its text then lies in the run's own folder, which goes with the run.
     if (build.old_dir_path.ends_with(".zip")) {
@@ -54,13 +65,48 @@ bool read_old_directory() {
         xmap_class map;
         if (!map.retry_exact(build.old_dir_path) || !map.check_file(file_text, versions, "INSTALLER", nullptr))
             return false;
+        // Whatever is missing at its end would be new, and withdrawn from nobody.
+        if (map.length() == 0 || !is_line_end(map.mem_end[-1]))
+            bad_history("The old directory is cut: it does not end with a whole line!");
     }
-    return read_catalogue(build.old_dir_path, "Scanning old directory text file to get change log!") == dir_ready;
+    if (read_catalogue(build.old_dir_path, "Scanning old directory text file to get change log!") != dir_ready)
+        return false;
+    if (sim_info.empty()) bad_history("The old directory has no file in it!");
+    return true;
 }
 
 void no_target_folder(const std::string& path) {
     build_fatal("Could not make the target_folder!", path,
                 "THIS MAY SIMPLY BE BECAUSE THE FOLDER ALREADY EXISTS THOUGH!", "", 530);
+}
+
+// In each unfinished folder, so that nothing but what a builder left is ever swept away.
+constexpr const char* marker_name = ".velaris-builder";
+constexpr const char* marker_text = "An unfinished release. The next run of the builder sweeps it away.\n";
+
+bool lies_in(const std::string& path, const std::string& folder) {
+    std::error_code ignored;
+    const std::string inner = (fs::weakly_canonical(path, ignored) / "").string();
+    return inner.starts_with((fs::weakly_canonical(folder, ignored) / "").string());
+}
+
+// What an earlier run left unfinished. Anything else that bears the name is not ours.
+void sweep(const std::string& folder) {
+    std::error_code error;
+    const fs::file_status found = fs::symlink_status(folder, error);
+    if (!fs::exists(found)) return;
+    if (lies_in(build.src_fold, folder) || (!build.old_dir_path.empty() && lies_in(build.old_dir_path, folder)))
+        __MACIBM_alert(0, "The reference copy or the old directory lies where the builder does its work!", folder,
+                       "An unfinished release of that name is swept away.", "Move them to another folder.", t_exit,
+                       OOPS_PLACE);
+    std::ifstream marker(folder + "/" + marker_name);
+    const std::string text(std::istreambuf_iterator<char>(marker), {});
+    const bool is_ours = fs::is_directory(found) && (text == marker_text || fs::is_empty(folder, error));
+    if (!is_ours)
+        __MACIBM_alert(0, "Something that the builder did not make is in its way!", folder,
+                       "It bears the name of an unfinished release, but not the builder's mark.",
+                       "Look what it is, and move it or remove it.", t_exit, OOPS_PLACE);
+    fs::remove_all(folder, error);
 }
 
 void make_output_folder() {
@@ -69,10 +115,11 @@ void make_output_folder() {
     std::error_code ignored;
     for (int region = range.first; region <= range.last; ++region) {
         const std::string path = build.dst_folder + region_name(region);
-        if (std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) no_target_folder(path + "/");
+        if (fs::exists(fs::symlink_status(path, ignored))) no_target_folder(path + "/");
     }
-    std::filesystem::remove_all(build.dst_folder + unfinished_name(build.reg), ignored);
+    sweep(build.dst_folder + unfinished_name(build.reg));
     if (make_folder(output_folder())) no_target_folder(output_folder());
+    std::ofstream(output_folder() + marker_name) << marker_text;
 }
 
 release_summary summary_of_region() {
@@ -81,7 +128,8 @@ release_summary summary_of_region() {
     summary.folder = build.dst_folder + build.sim_name + "/";
     summary.files = build.num_files_com;
     summary.tally = build.tally;
-    summary.kilobytes = build.zip_size_ins * 1e6;
+    summary.hidden = build.num_hidden;
+    summary.bytes = build.zip_bytes;
     return summary;
 }
 
@@ -90,6 +138,7 @@ release_summary summary_of_region() {
 void sub_install() {
     const std::string directory = output_folder() + "directory.txt";
     set_landmarks();
+    check_reference_path();
 
     // The history. A disc is a fresh start.
     if (is_dvd != 0) build.old_dir_path.clear();
@@ -125,24 +174,37 @@ void sub_install() {
     const std::string zip = directory + ".zip";
     if (file_to_zip(directory, zip)) build_fatal("zip!=0", "", directory, zip, 604);
     if (delete_file(directory)) build_fatal("del!=0", "", directory, "", 605);
+
+    // On the disk before it may bear its name: nobody looks a release over after a power cut.
+    if (const int err = sync_volume(output_folder()))
+        __MACIBM_alert(0, "I could not bring the release to the disk!", output_folder(), error_str(err), "", t_exit,
+                       OOPS_PLACE);
 }
 
 void build_install() {
     temp_path = start_temp_folder();
     std::vector<release_summary> summaries;
+    int files = 0;
     const region_range range = regions_of_set();
     for (int region = range.first; region <= range.last; ++region) {
         begin_region(region);
         sub_install();
         summaries.push_back(summary_of_region());
+        files += build.num_files_com;
     }
+    // Mars and the Moon have no regions of their own yet.
+    if (files == 0 && is_dvd <= 2)
+        __MACIBM_alert(0, "The release would have no file!", build.src_fold, "", "", t_exit, OOPS_PLACE);
 
     // Six regions of seven would look like a set, so none has its name before all are whole.
-    for (int region = range.first; region <= range.last; ++region)
+    for (int region = range.first; region <= range.last; ++region) {
+        delete_file(build.dst_folder + unfinished_name(region) + "/" + marker_name);
         if (const int err = rename_file(build.dst_folder, unfinished_name(region), region_name(region)))
             __MACIBM_alert(0, "I could not give the finished release its name!",
                            build.dst_folder + unfinished_name(region), region_name(region), error_str(err), t_exit,
                            OOPS_PLACE);
+    }
+    sync_volume(build.dst_folder);
     for (const release_summary& summary : summaries)
         builder_front.finished(summary);
     __MACIBM_alert(0, "OK compression is done. Checklist if doing net:",

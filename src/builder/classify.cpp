@@ -101,6 +101,15 @@ bool can_be_opened(const std::string& path) {
 
 }  // namespace
 
+std::string text_that_decides(const std::string& path) {
+    for (const std::string_view text : {std::string_view("copy"), std::string_view(".cpp"), std::string_view(".CPP"),
+                                        std::string_view(".exe"), plugin_folder})
+        if (holds(path, text)) return std::string(text);
+    for (const refused_name& name : refused_names)
+        if (name.place == anywhere && holds(path, name.text)) return std::string(name.text);
+    return {};
+}
+
 bool is_good_file(const std::string& path, int list_mode, int must_open) {
     if (list_mode == 0 && must_open && !can_be_opened(path)) return false;
     if (name_is_refused(path)) return false;

@@ -11,6 +11,10 @@ constexpr const char* APL_str = "Macintosh";
 constexpr const char* WIN_str = "Windows";
 constexpr const char* LIN_str = "Linux";
 
+// The first text in `path` that would decide over every file below it, by the tests of this module and of the walk. Empty
+// where there is none.
+std::string text_that_decides(const std::string& path);
+
 // True if the file goes into the set and region in work. With `must_open` (and `list_mode` 0) a file that cannot be
 // opened is refused; a link is not tried.
 bool is_good_file(const std::string& path, int list_mode, int must_open);

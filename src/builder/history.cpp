@@ -1,12 +1,17 @@
 #include "builder/history.h"
 
+#include <algorithm>
+
 #include "builder/classify.h"
 #include "builder/region.h"
+#include "builder/report.h"
 #include "files/io_utils.h"
 #include "runtime/hl_string.h"
+#include "runtime/oops.h"
 #include "runtime/product.h"
 
 void index_history() {
+    int newest = 0;
     for (std::size_t i = 0; i < sim_info.size(); ++i) {
         file_version_struct& first = sim_info[i].front();
         std::string key = first.path;
@@ -14,11 +19,21 @@ void index_history() {
         if (!build.sim_info_index.emplace(key, static_cast<int>(i)).second)
             build_fatal("WARNING: you appear to have a file TWICE in an old directory file.", "", "", first.path, 520);
         first.do_fetch = 1;
-        for (const file_version_struct& row : sim_info[i])
+        for (const file_version_struct& row : sim_info[i]) {
+            newest = std::max(newest, row.version);
             if (row.version == build.release_number)
                 build_fatal("You idiot! I already have a version:", float_text("version_number ", build.release_number),
                             "in file ", row.path, 526);
+        }
     }
+    if (sim_info.empty()) return;
+    builder_front.history(static_cast<int>(sim_info.size()), newest);
+    // An installer of the newer release would take this one's files for older than its own.
+    if (newest > build.release_number)
+        __MACIBM_alert(0, "The number of this release is not above that of every earlier one!",
+                       "This release: " + std::to_string(build.release_number) +
+                           ", newest number in the history: " + std::to_string(newest),
+                       build.old_dir_path, "Raise it with --version_number=N.", t_exit, OOPS_PLACE);
 }
 
 void write_folder_line(const std::string& dir) {

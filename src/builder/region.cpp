@@ -22,7 +22,7 @@ std::string region_name(int region) {
 }
 
 std::string unfinished_name(int region) {
-    return region_name(region) + ".unfinished";
+    return region_name(region) + unfinished_ending;
 }
 
 std::string output_folder() {

@@ -3,9 +3,11 @@
 // Threads: main thread only.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "runtime/product.h"
@@ -26,17 +28,27 @@ struct build_orders {
     int release_number = version_number;  // goes into every row that this run writes for a file
 };
 
+// Where a chosen file, or a folder with chosen files, is installed.
+struct installed_at {
+    std::string rel;  // path below the reference copy, top folder first
+    int system;       // 0 all, 1 Macintosh, 2 Windows, 3 Linux
+    bool is_file;
+};
+
 // Set anew by begin_region, and filled as the work on the region goes on.
 struct build_region {
     int reg = 0;
-    std::string sim_name = "-";                 // the region's name
-    std::string dst_folder;                     // copy of dst_fold_base
-    std::string prev_dir = "---";               // folder last written to the catalogue; "---" before the first
-    std::vector<std::string> comp_files;        // full paths that the walk chose, in its order
-    std::set<std::string> comp_paths;           // output folders that they need
-    std::map<std::string, int> sim_info_index;  // key of a file -> its place in sim_info
+    std::string sim_name = "-";           // the region's name
+    std::string dst_folder;               // copy of dst_fold_base
+    std::string prev_dir = "---";         // folder last written to the catalogue; "---" before the first
+    std::vector<std::string> comp_files;  // full paths that the walk chose, in its order
+    std::set<std::string> comp_paths;     // output folders that they need
+    std::unordered_multimap<std::string, installed_at> installed;  // by the installed path, its case taken out
+    std::map<std::string, int> sim_info_index;                     // key of a file -> its place in sim_info
+    int num_hidden = 0;  // hidden items, which are left out with all that is in them
     int num_files_rec = 0, num_files_use = 0, num_files_com = 0;  // seen, chosen, compressed
-    double zip_size_ins = 0;                                      // sum of the zips, gigabytes of 10^9 bytes
+    double zip_size_ins = 0;     // sum of the zips, gigabytes of 10^9 bytes, each cut to kilobytes
+    std::int64_t zip_bytes = 0;  // the same to the byte
     tally_t tally;
 };
 
@@ -48,6 +60,7 @@ void begin_region(int region);  // sim_info is empty then too
 std::string region_name(int region);
 
 // A region is built under a name that no one takes for a release, and gets its own name at the very end.
+constexpr const char* unfinished_ending = ".unfinished";
 std::string unfinished_name(int region);
 std::string output_folder();  // of the region in work, while it is built
 

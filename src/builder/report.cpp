@@ -1,9 +1,11 @@
 #include "builder/report.h"
 
+#include "runtime/oops.h"
+
 builder_front_t builder_front = {
     [](const std::string&, const std::string&, float) {},
-    [] { return false; },
-    [](const std::string&) {},
+    [] { return stop_wish::none; },
+    [](int, int) {},
     [](const release_summary&) {},
 };
 
@@ -27,5 +29,9 @@ void report_compression(const std::string& zip) {
 }
 
 void check_stop() {
-    if (builder_front.stop_wanted()) build_fatal("You hit Q dumbass!", "", "", "", 173);
+    const stop_wish wish = builder_front.stop_wanted();
+    if (wish == stop_wish::by_q) build_fatal("You hit Q dumbass!", "", "", "", 173);
+    if (wish == stop_wish::by_signal)
+        __MACIBM_alert(0, "The build was interrupted.", "No release was made.",
+                       "What is half done is swept away by the next run.", "", t_exit, OOPS_PLACE);
 }

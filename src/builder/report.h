@@ -1,6 +1,7 @@
 // report.h: what the builder tells whoever runs it, and the one thing that it asks: whether to stop.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "builder/region.h"
@@ -9,16 +10,20 @@ struct release_summary {
     std::string name, folder;
     int files = 0;
     tally_t tally;
-    double kilobytes = 0;  // of the zips; kilobytes of 1000 bytes
+    int hidden = 0;          // items of the reference copy that were left out because they are hidden
+    std::int64_t bytes = 0;  // of the zips
 };
+
+// Whether whoever runs the builder wants it to stop: with q, or by a signal such as Ctrl-C.
+enum class stop_wish { none, by_q, by_signal };
 
 struct builder_front_t {
     // After every file; whoever shows it paces it. `share` 0 to 1, negative while the end is not known.
     void (*progress)(const std::string& line1, const std::string& line2, float share);
     // Asked with every file.
-    bool (*stop_wanted)();
-    // An item of the reference copy that belongs to the release but cannot be read; the release goes without it.
-    void (*left_out)(const std::string& path);
+    stop_wish (*stop_wanted)();
+    // The history was read: how many files it has, and the newest number of a release in it.
+    void (*history)(int files, int newest);
     // A region stands complete under its own name.
     void (*finished)(const release_summary& summary);
 };

@@ -1,17 +1,22 @@
 #include "builder/walk.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
 #include "builder/classify.h"
+#include "builder/copy_check.h"
 #include "builder/landmarks.h"
 #include "builder/region.h"
 #include "builder/report.h"
 #include "engine/stg.h"
+#include "files/error_str.h"
+#include "files/file_reader.h"
 #include "files/opensave.h"
-#include "files/xmap.h"
 #include "runtime/oops.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,19 +27,6 @@ constexpr std::string_view all_folders[] = {"Aircraft/",  "Airfoils/",      "Ins
                                             "Resources/", "Custom Scenery/"};
 
 }  // namespace
-
-static void check_name(const std::string& name, const std::string& path) {
-    if (name.back() == ' ')
-        build_fatal(insult, "You tried to include a file or directory with a space at the end!",
-                    "Windows cannot have that: it drops the space, and then the name is another one.", path, 389);
-    if (path.find(':') != std::string::npos) build_fatal(insult, "found a  : in the path!", path, "", 391);
-    if (path.find('\\') != std::string::npos) build_fatal(insult, "found a \\ in the path!", path, "", 392);
-    // The catalogue is lines of fields: a line end would break the row, and leading blanks are skipped by its reader.
-    if (path.find_first_of("\r\n") != std::string::npos)
-        __MACIBM_alert(0, insult, "found a line end in the path!", path, "", t_exit, OOPS_PLACE);
-    if (is_blank(static_cast<unsigned char>(name.front())))
-        __MACIBM_alert(0, insult, "found a name that begins with a blank!", path, "", t_exit, OOPS_PLACE);
-}
 
 static void walk_file(const std::string& dir, const std::string& path) {
     // Signs of a dirty copy count even in a file that would be left out.
@@ -47,23 +39,40 @@ static void walk_file(const std::string& dir, const std::string& path) {
                     447);
 
     ++build.num_files_rec;
-    if (is_good_file(path, 0, 1)) {
+    if (is_good_file(path, 0, 0)) {
+        // Left out, it would be withdrawn from every user who has it.
+        if (!is_good_file(path, 0, 1))
+            __MACIBM_alert(0, "I could not open a file of the reference copy!", path,
+                           error_str(file_reader(path).error()),
+                           "Nothing may be left out: whoever has it would lose it.", t_exit, OOPS_PLACE);
+        const std::string rel = path.substr(build.src_fold.size());
+        enter_installed_path(path, file_platform(path, rel));
+        check_link(path);
         ++build.num_files_use;
         build.comp_files.push_back(path);
         // Every folder on the way, up to the root of the output, which is there.
-        std::string folder = output_folder() + path.substr(build.src_fold.size());
+        std::string folder = output_folder() + rel;
         for (;;) {
             folder.resize(folder.rfind('/'));
             if (folder.size() < build.dst_fold_base.size()) break;
             if (!build.comp_paths.insert(folder).second) break;  // then its parents are known too
         }
-    } else if (is_good_file(path, 0, 0)) {
-        builder_front.left_out(path);
     }
     report_walk(path);
 }
 
+// The listing itself tells neither of a folder that it cannot read nor of what it passes over.
+static void check_folder(const std::string& dir) {
+    std::error_code error;
+    for (fs::directory_iterator it(dir, error), end; !error && it != end; it.increment(error))
+        build.num_hidden += it->path().filename().string().starts_with('.');
+    if (error)
+        __MACIBM_alert(0, "I could not list a folder of the reference copy!", dir, error_str(error.value()),
+                       "Nothing may be left out: whoever has its files would lose them.", t_exit, OOPS_PLACE);
+}
+
 void pref_level(const std::string& dir) {
+    check_folder(dir);
     std::vector<std::string> names;
     std::vector<int> kinds;
     opensave_getitems(dir, kind_any, names, kinds);

@@ -219,10 +219,13 @@ int launch_app(const std::string& path, const std::string& arg) {
 }
 
 int make_file_large_address_aware(const std::string& path) {
-    const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) return errno;
+    int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    // One that may only be read may be marked already.
+    const int only_to_read = fd < 0 ? errno : 0;
+    if (fd < 0) fd = open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) return only_to_read;
     // The old header tells where the new one is, whose flags hold the bit.
-    const auto set_bit = [fd]() -> int {
+    const auto set_bit = [&]() -> int {
         unsigned char dos[64], pe[24];
         if (read(fd, dos, sizeof dos) != sizeof dos) return EIO;
         if (little_word(dos, 2) != 23117) return err_not_mz;
@@ -230,6 +233,8 @@ int make_file_large_address_aware(const std::string& path) {
         if (lseek(fd, at, SEEK_SET) < 0) return errno;
         if (read(fd, pe, sizeof pe) != sizeof pe) return EIO;
         if (little_word(pe, 4) != 17744) return err_not_pe;
+        if (pe[22] & 32) return 0;
+        if (only_to_read) return only_to_read;
         pe[22] |= 32;
         return pwrite(fd, pe, sizeof pe, at) == sizeof pe ? 0 : EIO;
     };

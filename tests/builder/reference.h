@@ -1,6 +1,9 @@
 // reference.h: a reference copy with all its landmarks and a place for releases, for one test.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <string>
 
@@ -34,7 +37,7 @@ class reference {
         build.release_number = 90001;
         build.first_release = 1;
         build.old_dir_path.clear();
-        builder_front.stop_wanted = [] { return false; };
+        builder_front.stop_wanted = [] { return stop_wish::none; };
         set_landmarks();
     }
 
@@ -48,6 +51,18 @@ class reference {
         std::filesystem::create_symlink(target, src() + path);
     }
     void remove(const std::string& path) const { std::filesystem::remove_all(src() + path); }
+
+    // Takes `path` the rights that are not in `mode`, and the test its own, for root passes over all of them.
+    void as_nobody(unsigned mode, const std::string& path) const {
+        constexpr unsigned nobody = 65534;
+        std::filesystem::permissions(src() + path, std::filesystem::perms(mode));
+        if (geteuid() != 0) return;
+        EXPECT_EQ(chown(room.path().c_str(), nobody, nobody), 0);
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(room.path()))
+            EXPECT_EQ(lchown(entry.path().c_str(), nobody, nobody), 0);
+        EXPECT_EQ(seteuid(nobody), 0);
+    }
+    ~reference() { EXPECT_EQ(seteuid(getuid()), 0); }
 
     // The catalogue of a release of that name, as text beside the releases. Empty when it cannot be had.
     std::string catalogue(const std::string& name) const {

@@ -1,6 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <fstream>
 #include <map>
+#include <random>
+#include <thread>
 
 #include "builder/reference.h"
 #include "files/md5.h"
@@ -48,8 +54,6 @@ const story stories[] = {
     {"All/Resources/litter.bak", 0, {"A", "", "A"}, {"", "", ""}},
     {"All/Custom Scenery/-global terrain-/library.txt", 0, {"A", "A", "A"}, {"", "", ""}},
     {"All/Resources/.hidden/secret", 0, {"A", "A", "A"}, {"", "", ""}},
-    // A folder that has the look of a file is no file that can be read.
-    {"All/Aircraft/folder.acf/inside.txt", 0, {"A", "A", "A"}, {"", "", ""}},
     // Landmarks.
     {"All/Resources/menus/English/Velaris.txt", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
     {"All/Resources/text/English/Velaris.txt", 0, {"A", "A", "A"}, {"1A", "2A", "3A"}},
@@ -160,7 +164,8 @@ TEST(release, catalogue_is_written_to_the_letter) {
     alert_catcher alerts;
     ref.put("All/Weapons/a.wpn", std::string(50999, 'a'));
     ref.put("All/Weapons/b.wpn", "");
-    ref.link("Linux/start", "../All/Weapons/a.wpn");  // measured as what it leads to
+    ref.put("Linux/b", std::string(50999, 'b'));
+    ref.link("Linux/start", "b");  // measured as what it leads to
     ref.set_old(
         "DIR All/Weapons/\nFILE 0 0 80000 7 9 01230123012301230123012301230123 c.wpn\nDIR Linux/\nFILE 4 3 80000 16777 "
         "9 45674567456745674567456745674567 d\n");
@@ -181,7 +186,8 @@ FILE 0 0 90001 0 50 4df7302ab7b47dfb8bd1c61b38cefe15 a.wpn
 FILE 0 0 90001 0 0 d41d8cd98f00b204e9800998ecf8427e b.wpn
 
 DIR Linux/
-FILE 0 3 90001 0 50 15e9f81c02ae666b2688e26a51153b0f start
+FILE 0 3 90001 0 50 c77c212c79286b8b64a5512472551e2d b
+FILE 0 3 90001 0 50 92eb5ffee6ae2fec3ad71c777531578f start
 
 DIR All/Weapons/
 FILE 0 0 80000 7 9 01230123012301230123012301230123 c.wpn
@@ -194,24 +200,65 @@ FILE 4 3 90001 0 0 GONE d
     EXPECT_EQ(scratch::read(ref.catalogue(build.release_name)), wanted);
 }
 
-TEST(release, tells_what_it_left_out_and_sums_up) {
-    static std::string left_out;
+TEST(release, tells_its_history_and_sums_up) {
+    static int known = 0, newest = 0;
     static release_summary sum;
     const reference ref;
     alert_catcher alerts;
-    builder_front.left_out = [](const std::string& path) { left_out += path; };
+    builder_front.history = [](int files, int number) { known = files, newest = number; };
     builder_front.finished = [](const release_summary& summary) { sum = summary; };
-    ref.put("All/Aircraft/folder.acf/inside.txt", "x");
+    ref.put("All/Aircraft/.hidden/inside.txt", "x");
+    ref.put("All/Aircraft/.DS_Store", "x");
     ref.put("All/Aircraft/litter.bak", "x");
     ref.put("All/Weapons/kept.wpn", "kept");
+    ref.put("../out/" + build.release_name + ".unfinished/.velaris-builder",
+            "An unfinished release. The next run of the builder sweeps it away.\n");
     ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 " + signature("kept") +
-                " kept.wpn\nFILE 0 0 80000 0 0 01230123012301230123012301230123 gone.wpn\n"
+                " kept.wpn\nFILE 0 0 80001 0 0 01230123012301230123012301230123 gone.wpn\n"
                 "DIR All/Resources/menus/English/\nFILE 0 0 80000 0 0 01230123012301230123012301230123 Velaris.txt\n");
     build_install();
-    EXPECT_EQ(left_out, ref.src() + "All/Aircraft/folder.acf");
+    EXPECT_EQ(known, 3);
+    EXPECT_EQ(newest, 80001);
+    EXPECT_EQ(sum.hidden, 2);
     EXPECT_EQ(sum.folder, ref.made(build.release_name));
+    EXPECT_FALSE(scratch::exists(sum.folder + ".velaris-builder"));
     EXPECT_EQ(std::to_string(sum.files) + " " + std::to_string(sum.tally.added) + " " +
                   std::to_string(sum.tally.changed) + " " + std::to_string(sum.tally.same) + " " +
                   std::to_string(sum.tally.withdrawn),
               "3 1 1 1 1");
+}
+
+// A program of the reference copy may be marked already, read-only, or share its bytes with a file outside.
+TEST(release, marks_programs_in_the_reference_copy_and_nowhere_else) {
+    const reference ref;
+    alert_catcher alerts;
+    const std::string plain = bytes_of({}, 'E', false), marked = bytes_of({}, 'E', true);
+    const std::string outside = ref.room.write("outside.exe", plain);
+    std::filesystem::create_hard_link(outside, ref.src() + "Windows/shared.exe");
+    ref.put("Windows/marked.exe", marked);
+    ref.link("Windows/link.exe", "no program.txt");
+    ref.put("Windows/no program.txt", "text");
+    ref.as_nobody(0444, "Windows/marked.exe");
+    build_install();
+    EXPECT_EQ(scratch::read(outside), plain);
+    EXPECT_EQ(scratch::read(ref.src() + "Windows/shared.exe"), marked);
+}
+
+// A copy that is still being written: its bytes of one moment and its signature of another could never be installed.
+TEST(release, a_file_that_goes_on_changing_ends_the_run) {
+    const reference ref;
+    alert_catcher alerts;
+    std::string noise(8'000'000, '\0');  // so that it is long at work
+    std::minstd_rand random;
+    std::generate(noise.begin(), noise.end(), [&] { return static_cast<char>(random() >> 8); });
+    ref.put("Linux/growing", noise);
+    std::atomic<bool> over = false;
+    std::thread writer([&] {
+        for (std::ofstream file(ref.src() + "Linux/growing", std::ios::app); !over;)
+            file << "more" << std::flush, std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    });
+    EXPECT_THROW(build_install(), left);
+    over = true;
+    writer.join();
+    EXPECT_NE(alerts.last().find("The file changed while I was reading it\n"), std::string::npos) << alerts.last();
 }

@@ -62,7 +62,9 @@ class BuilderTest(unittest.TestCase):
         self.assertEqual(status, 0, err)
         self.assertEqual(self.released(), [NAME, "Velaris 9.00 Beta-7"])
         self.assertRegex(out, NAME + r": (\d+) files \(0 new, 0 changed, \1 as before\), \d+ kB; 0 withdrawn\n"
-                         + f"{self.out}/{NAME}/\n$")
+                         + f"hidden items left out: 1\n{self.out}/{NAME}/\n$")
+        self.assertRegex(out, r"The history has \d+ files, the newest of release 90007\.\n")
+        self.assertNotIn("velaris-", out.replace(self.room, ""), "a path of the run's own folder")
         self.assertIn("version string 'Velaris 9.00 Beta-19' and the version number 90019", err)
         with zipfile.ZipFile(os.path.join(self.out, NAME, "directory.txt.zip")) as archive:
             rows = [line.split(b" ", 7) for line in archive.read("directory.txt").splitlines() if line[:5] == b"FILE "]
@@ -77,6 +79,8 @@ class BuilderTest(unittest.TestCase):
                 ([src, f"--dst={self.src}/Linux", first], "reference copy"),
                 ([src, dst, first, "--version_number=2147483648"], "2147483648"),
                 ([src, dst, first, "--version_name=a/b"], "a/b"),
+                ([src, dst, first, "--version_name=Beta.unfinished"], ".unfinished"),
+                ([src, dst, first, "--version_name=aux.1"], "aux.1"),
                 ([src, dst, first, "--verison_number=3"], "--verison_number")):
             with self.subTest(arguments):
                 status, out, err = self.build(*arguments)
@@ -128,7 +132,7 @@ class BuilderTest(unittest.TestCase):
         run.send_signal(signal.SIGINT)
         status, _, err = self.end(run)
         self.assertEqual((status, self.released()), (130, []), err)
-        self.assertTrue(err.startswith("You hit Q dumbass!\n"), err)
+        self.assertTrue(err.startswith("The build was interrupted.\n"), err)
 
         keyboard, terminal = pty.openpty()
         run = self.start(*self.settings, stdin=terminal, start_new_session=True,

@@ -148,7 +148,7 @@ def sample():
 
 
 HERON = "All/Aircraft/Heron/"
-LATIN = os.fsdecode(b"K\xf6ln \"quoted\".txt")           # no valid UTF-8
+LATIN = os.fsdecode(b"K\xf6ln 'quoted'.txt")           # no valid UTF-8
 
 
 def history():

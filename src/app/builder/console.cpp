@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -10,6 +9,7 @@
 #include "app/progress_line.h"
 #include "builder/report.h"
 #include "engine/front.h"
+#include "engine/stg.h"
 #include "platform/interrupt.h"
 #include "runtime/oops.h"
 #include "runtime/xtim.h"
@@ -25,25 +25,34 @@ void show_progress(const std::string& line1, const std::string& line2, float sha
     face.progress.show(static_cast<double>(share), line1, line2, xtim_class::seconds());
 }
 
-bool stop_wanted() {
+stop_wish stop_wanted() {
     face.interrupted = interrupt_requested() != 0;
-    return face.interrupted || terminal_key_pressed('q');
+    if (face.interrupted) return stop_wish::by_signal;
+    return terminal_key_pressed('q') ? stop_wish::by_q : stop_wish::none;
 }
 
 void show_scan(float lo, float value, float hi, scan_phase, const std::string& label, const std::string& item) {
-    show_progress(label, item, hi > lo ? (value - lo) / (hi - lo) : 0);
+    // The history is read in the run's own temporary folder, which is nobody's concern.
+    const std::string shown = item.starts_with(temp_path) ? item.substr(temp_path.size()) : item;
+    show_progress(label, shown, hi > lo ? (value - lo) / (hi - lo) : 0);
     check_stop();
 }
 
-void show_left_out(const std::string& path) {
-    builder_problem("left out, because it cannot be read as a file: " + path);
+void show_history(int files, int newest) {
+    face.progress.clear();
+    std::printf("The history has %d files, the newest of release %d.\n", files, newest);
+    std::fflush(stdout);
 }
 
 void show_summary(const release_summary& done) {
     face.progress.clear();
-    std::printf("%s: %d files (%d new, %d changed, %d as before), %lld kB; %d withdrawn\n%s\n", done.name.c_str(),
-                done.files, done.tally.added, done.tally.changed, done.tally.same, std::llround(done.kilobytes),
-                done.tally.withdrawn, done.folder.c_str());
+    const bool small = done.bytes < 1000;
+    std::printf("%s: %d files (%d new, %d changed, %d as before), %lld %s; %d withdrawn\n", done.name.c_str(),
+                done.files, done.tally.added, done.tally.changed, done.tally.same,
+                static_cast<long long>(small ? done.bytes : done.bytes / 1000), small ? "bytes" : "kB",
+                done.tally.withdrawn);
+    if (done.hidden > 0) std::printf("hidden items left out: %d\n", done.hidden);
+    std::printf("%s\n", done.folder.c_str());
     std::fflush(stdout);
 }
 
@@ -65,7 +74,7 @@ void builder_console_open() {
     alert_front.close_display = [](int) { builder_console_close(); };
     alert_front.leave = leave;
     front.dir_progress_bar = show_scan;
-    builder_front = {show_progress, stop_wanted, show_left_out, show_summary};
+    builder_front = {show_progress, stop_wanted, show_history, show_summary};
     watch_terminal_keys();
 }
 

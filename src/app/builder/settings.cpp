@@ -6,10 +6,12 @@
 #include <map>
 #include <string_view>
 
+#include "builder/copy_check.h"
 #include "builder/region.h"
 #include "files/xmap.h"
 #include "runtime/cmdline.h"
 #include "runtime/product.h"
+#include "runtime/utf8.h"
 
 namespace fs = std::filesystem;
 
@@ -123,11 +125,13 @@ bool read_number(const conf_file& conf, std::string& complaint) {
 bool read_name(const conf_file& conf, std::string& complaint) {
     const std::string name = setting(conf, "--version_name");
     build.release_name = name.empty() ? version_text : name;
-    const bool has_control = std::any_of(name.begin(), name.end(), [](char c) { return (c & ~31) == 0 || c == 127; });
-    if (!has_control && name.find_first_of("/\\:") == std::string::npos && build.release_name.front() != '.' &&
-        build.release_name.back() != ' ')
+    if (build.release_name.ends_with(unfinished_ending))
+        return complain(complaint, "--version_name must not end in '" + std::string(unfinished_ending) +
+                                       "', as the folder of a release in work does");
+    if (!fault_of_name(build.release_name) && build.release_name.front() != '.' && build.release_name.back() != ' ')
         return true;
-    return complain(complaint, "--version_name becomes the name of a folder, which '" + name + "' cannot be");
+    return complain(complaint,
+                    "--version_name becomes the name of a folder, which '" + printable(name) + "' cannot be");
 }
 
 }  // namespace
