@@ -46,10 +46,6 @@ int noted(int err, const char* file, int line) {
     return err == UNZ_OK || err == UNZ_END_OF_LIST_OF_FILE ? err : failed_at(err, file, line);
 }
 
-bool begins_with(const std::string& text, const char* start) {
-    return text.rfind(start, 0) == 0;
-}
-
 // Reads the current entry to its end and tests size and checksum.
 int read_entry(unzFile zip, std::uint64_t size, const block_sink& sink) {
     int err = unzOpenCurrentFile(zip);
@@ -194,7 +190,7 @@ int unzip_file(const expansion& from, const std::string& target, unz_file_info64
     return part.bring_to(target);
 }
 
-int unzip_link(const expansion& from, const std::string& target, const unz_file_info64& info) {
+int unzip_symlink(const expansion& from, const std::string& target, const unz_file_info64& info) {
     // No link can be that long.
     if (info.uncompressed_size >= PATH_MAX) return failed_at(from.promise ? err_wrong_content : -1, OOPS_PLACE);
     std::string text;
@@ -206,6 +202,7 @@ int unzip_link(const expansion& from, const std::string& target, const unz_file_
     });
     if (!err) err = test.result();
     if (err) return err;
+
     const std::string part = std::string(folder_of(target)) + zip_part_name;
     from.root.remove_file(part);
     err = from.root.make_link(text, part);
@@ -213,12 +210,6 @@ int unzip_link(const expansion& from, const std::string& target, const unz_file_
     if (!err) return 0;
     from.root.remove_file(part);
     return err == EXDEV || from.promise ? placed(err, OOPS_PLACE) : failed_at(-1, OOPS_PLACE);
-}
-
-int unzip_symlink(const expansion& from, const std::string& target, const unz_file_info64& info) {
-    const int err = unzip_link(from, target, info);
-    if (err) log_failure("Zip to symlink failed with error ", err, target);
-    return err;
 }
 
 // `size` is the length that the archive claims: a name with a NUL in it or one that was cut is none of ours.
@@ -240,15 +231,17 @@ int unzip_entry(const expansion& from, const std::string& name, const std::strin
                 const unz_file_info64& info) {
     if (!is_safe_name(name, info.size_filename) || leads_through_link(from, name))
         return failed_at(err_zip_read, OOPS_PLACE);
-    const bool fork = begins_with(name, fork_prefix);
+    const bool fork = std::string_view(name).starts_with(fork_prefix);
     if (name.back() == '/') {
         const std::string folder = target.substr(0, target.size() - 1);
         const int err = fork ? 0 : from.root.make_folder(folder, 0755);
         return err == EXDEV ? placed(err, OOPS_PLACE) : show_make_dir_err(err) ? failed_at(err, OOPS_PLACE) : 0;
     }
     if (fork) return unzip_resource_fork(from.zip, from.below(name.substr(std::min(name.size(), fork_skip))), info);
-    if ((info.external_fa >> 16 & link_bits) == link_bits) return unzip_symlink(from, target, info);
-    return unzip_file(from, target, info);
+    if ((info.external_fa >> 16 & link_bits) != link_bits) return unzip_file(from, target, info);
+    const int err = unzip_symlink(from, target, info);
+    if (err) log_failure("Zip to symlink failed with error ", err, target);
+    return err;
 }
 
 // Before anything is made: one entry of the promised name, and no other but its fork.
@@ -260,7 +253,7 @@ int check_entries(const expansion& from) {
         char name[name_size + 1] = {};
         err = unzGetCurrentFileInfo64(from.zip, &info, name, name_size, nullptr, 0, nullptr, 0);
         if (err != UNZ_OK) break;
-        if (begins_with(name, fork_prefix))
+        if (std::string_view(name).starts_with(fork_prefix))
             ++forks;
         else if (from.promise->name == name && info.size_filename == from.promise->name.size())
             ++promised;
@@ -280,7 +273,7 @@ int unzip_current(const expansion& from, std::string* name, int use_name) {
         return failed_at(err, OOPS_PLACE);
     }
     std::string target = from.below(name && use_name ? *name : own_name);
-    const bool fork = begins_with(own_name, fork_prefix);
+    const bool fork = std::string_view(own_name).starts_with(fork_prefix);
     if (from.promise && !from.promise->under.empty() && !fork) target = from.promise->under;
     if (name) *name = own_name;
     err = unzip_entry(from, own_name, target, info);
@@ -305,17 +298,6 @@ int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info6
     return err;
 }
 
-static int expand_all(const expansion& from, std::string* name, int use_name) {
-    int err = from.promise ? check_entries(from) : 0;
-    if (!err) err = noted(unzGoToFirstFile(from.zip), OOPS_PLACE);
-    while (err == UNZ_OK) {
-        err = unzip_current(from, name, use_name);
-        name = nullptr;
-        if (err == UNZ_OK) err = noted(unzGoToNextFile(from.zip), OOPS_PLACE);
-    }
-    return err;
-}
-
 static int expand_archive(const std::string& zip, const beneath_folder& root, const std::string& folder,
                           const zip_promise* promise, std::string* name, int use_name) {
     const std::string full = app_path + zip;
@@ -325,7 +307,14 @@ static int expand_archive(const std::string& zip, const beneath_folder& root, co
             << full << "\nIn c-form, it is " << full.c_str() << "\nThe size is " << full.size() << "\n";
         return failed_at(err_zip_open, OOPS_PLACE);
     }
-    int err = expand_all({in, zip, root, folder, promise}, name, use_name);
+    const expansion from = {in, zip, root, folder, promise};
+    int err = promise ? check_entries(from) : 0;
+    if (!err) err = noted(unzGoToFirstFile(in), OOPS_PLACE);
+    while (err == UNZ_OK) {
+        err = unzip_current(from, name, use_name);
+        name = nullptr;  // it is the first entry's
+        if (err == UNZ_OK) err = noted(unzGoToNextFile(in), OOPS_PLACE);
+    }
     const int closed = noted(unzClose(in), OOPS_PLACE);
     if (err == UNZ_END_OF_LIST_OF_FILE) err = closed;
     if (err)

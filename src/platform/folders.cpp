@@ -21,10 +21,13 @@
 static constexpr char temp_prefix[] = "velaris-";
 static constexpr std::size_t temp_random = 6;  // letters and digits that mkdtemp puts behind it
 
-// Process. A forked child inherits these and must leave the folder to its parent. A signal handler reads them.
-static char temp_path[PATH_MAX];  // with its "/"; empty until made
-static volatile sig_atomic_t temp_fd = -1;
-static pid_t temp_owner;
+// The temporary folder. Process: from the first question for it to its removal. A signal handler reads this, and a forked
+// child inherits it and must leave the folder to its parent.
+static struct {
+    char path[PATH_MAX];  // with its "/"; empty until made
+    volatile sig_atomic_t fd = -1;
+    pid_t owner;
+} temp;
 static std::string temp_refused;
 const char* system_temp_folder = "/tmp/";
 
@@ -59,17 +62,13 @@ static bool is_folder(const std::string& path) {
     return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// Makes what is missing of `folder`, private to the user.
-static bool make_private_folders(const std::string& folder) {
-    for (const std::string_view passed : folders_passed(folder))
-        mkdir(std::string(passed).c_str(), 0700);
-    return is_folder(folder);
-}
-
+// "velaris/" below it, made with all that is missing on the way, private to the user; empty where it cannot be made.
 static std::string own_folder_below(const std::string& base) {
     if (base.empty()) return base;
     const std::string folder = base + "velaris/";
-    return make_private_folders(folder) ? folder : std::string();
+    for (const std::string_view passed : folders_passed(folder))
+        mkdir(std::string(passed).c_str(), 0700);
+    return is_folder(folder) ? folder : std::string();
 }
 
 std::string state_folder() {
@@ -87,10 +86,6 @@ std::string executable_path() {
         }
         path.resize(path.size() * 2);
     }
-}
-
-static std::string folder_of_executable() {
-    return std::string(folder_of(executable_path()));
 }
 
 // The value of a line such as XDG_DESKTOP_DIR="$HOME/Desktop", quoted as for a shell; empty unless it is below the home
@@ -171,9 +166,9 @@ static bool hold_temp_folder(const std::string& path) {
         if (fd >= 0) close(fd);
         return false;
     }
-    path.copy(temp_path, sizeof temp_path - 1);
-    temp_owner = getpid();
-    temp_fd = fd;
+    path.copy(temp.path, sizeof temp.path - 1);
+    temp.owner = getpid();
+    temp.fd = fd;
     return true;
 }
 
@@ -196,19 +191,19 @@ std::string temp_folder_refused() {
 
 static std::string private_temp_folder() {
     const char* const named = std::getenv("TMPDIR");
-    if (temp_fd < 0 && !make_temp_below(folder_from_environment("TMPDIR"))) {
+    if (temp.fd < 0 && !make_temp_below(folder_from_environment("TMPDIR"))) {
         if (!make_temp_below(system_temp_folder)) return {};
         temp_refused = named ? named : "";
     }
     static const bool removed_at_exit = std::atexit(remove_temp_folder) == 0;
-    return removed_at_exit ? temp_path : std::string();
+    return removed_at_exit ? temp.path : std::string();
 }
 
 void get_OS_abs_path(int which, std::string* out) {
     std::string folder;
     switch (which) {
         case os_dir_this_app:
-            folder = folder_of_executable();
+            folder = folder_of(executable_path());
             break;
         case os_dir_desktop:
             folder = desktop_folder();
@@ -232,12 +227,12 @@ void get_OS_abs_path(int which, std::string* out) {
 }
 
 void remove_temp_folder() {
-    if (temp_fd < 0 || temp_owner != getpid()) return;
-    empty_temp_folder(temp_fd);
-    rmdir(temp_path);
-    close(temp_fd);
-    temp_fd = -1;
-    std::memset(temp_path, 0, sizeof temp_path);
+    if (temp.fd < 0 || temp.owner != getpid()) return;
+    empty_temp_folder(temp.fd);
+    rmdir(temp.path);
+    close(temp.fd);
+    temp.fd = -1;
+    std::memset(temp.path, 0, sizeof temp.path);
 }
 
 bool folder_is_writable(const std::string& path) {

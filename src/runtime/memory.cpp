@@ -53,7 +53,7 @@ static const scale_t& scale_of(unsigned long long bytes) {
                          [bytes](const scale_t& scale) { return static_cast<double>(bytes) > scale.above; });
 }
 
-std::uint64_t mem_to_number(unsigned long long bytes) {
+unsigned long long mem_to_number(unsigned long long bytes) {
     return bytes >> scale_of(bytes).shift;
 }
 
@@ -82,8 +82,8 @@ struct row_t {
 };
 
 void print_row(std::FILE* out, const row_t& row) {
-    std::fprintf(out, "    %-22s%5llu%c      %s\n", row.label,
-                 static_cast<unsigned long long>(mem_to_number(row.bytes)), mem_to_suffix(row.bytes), row.meaning);
+    std::fprintf(out, "    %-22s%5llu%c      %s\n", row.label, mem_to_number(row.bytes), mem_to_suffix(row.bytes),
+                 row.meaning);
 }
 
 void print_sizes(std::FILE* out) {
@@ -108,38 +108,28 @@ void print_sizes(std::FILE* out) {
         print_row(out, row);
 }
 
-unsigned char share_mode_of(const memory_region& region) {
-    if (region.shared) return share_true_shared;
-    if (!region.resident) return share_empty;
-    return region.inode ? share_copy_on_write : share_private;
-}
-
-// The kernel counts no references; what it tells is by how many processes a page is divided on the average.
-int sharers_of(const memory_region& region) {
-    if (!region.resident || !region.proportional) return 0;
-    return static_cast<int>((region.resident + region.proportional / 2) / region.proportional);
-}
-
-const char* image_at(const memory_region& region) {
-    return *region.name && region.offset == 0 ? region.name : "null";
-}
-
 void print_gap(std::FILE* out, std::uintptr_t start, std::uint64_t size, map_totals& totals) {
     std::fprintf(out, "        0x%0*zX      %5llu%c               --------\n", static_cast<int>(2 * sizeof start),
-                 start, static_cast<unsigned long long>(mem_to_number(size)), mem_to_suffix(size));
+                 start, mem_to_number(size), mem_to_suffix(size));
     totals.gap += size;
     totals.largest_gap = std::max(totals.largest_gap, size);
 }
 
 void print_region(std::FILE* out, const memory_region& region, map_totals& totals) {
     const std::uint64_t size = region.end - region.start;
-    const unsigned char mode = share_mode_of(region);
-    std::fprintf(
-        out, "        0x%0*zX      %5llu%c       %5llu%c %5llu%c   %20s (% 3d)       %s\n",
-        static_cast<int>(2 * sizeof region.start), region.start, static_cast<unsigned long long>(mem_to_number(size)),
-        mem_to_suffix(size), static_cast<unsigned long long>(mem_to_number(region.private_resident)),
-        mem_to_suffix(region.private_resident), static_cast<unsigned long long>(mem_to_number(region.shared_resident)),
-        mem_to_suffix(region.shared_resident), sm_string(mode), sharers_of(region), image_at(region));
+    const unsigned char mode = region.shared      ? share_true_shared
+                               : !region.resident ? share_empty
+                               : region.inode     ? share_copy_on_write
+                                                  : share_private;
+    // The kernel counts no references; what it tells is by how many processes a page is divided on the average.
+    const std::uint64_t sharers =
+        region.proportional ? (region.resident + region.proportional / 2) / region.proportional : 0;
+    const char* const image = *region.name && region.offset == 0 ? region.name : "null";
+    std::fprintf(out, "        0x%0*zX      %5llu%c       %5llu%c %5llu%c   %20s (% 3d)       %s\n",
+                 static_cast<int>(2 * sizeof region.start), region.start, mem_to_number(size), mem_to_suffix(size),
+                 mem_to_number(region.private_resident), mem_to_suffix(region.private_resident),
+                 mem_to_number(region.shared_resident), mem_to_suffix(region.shared_resident), sm_string(mode),
+                 static_cast<int>(sharers), image);
     totals.vsize += size;
     totals.resident += region.resident;
     totals.shared += region.shared_resident;
@@ -147,11 +137,6 @@ void print_region(std::FILE* out, const memory_region& region, map_totals& total
     if (mode != share_empty) return;
     totals.free += size;
     totals.largest_free = std::max(totals.largest_free, size);
-}
-
-// The upper half of the address space is the kernel's, a page there for old programs included.
-bool is_kernels(const memory_region& region) {
-    return region.start > UINTPTR_MAX / 2;
 }
 
 void print_map(std::FILE* out) {
@@ -162,7 +147,9 @@ void print_map(std::FILE* out) {
     map_totals totals;
     memory_region region;
     std::uintptr_t at = 0;
-    for (memory_map_reader map(memory_map_reader::detail::resident); map.next(region) && !is_kernels(region);) {
+    // The upper half of the address space is the kernel's, a page there for old programs included.
+    for (memory_map_reader map(memory_map_reader::detail::resident);
+         map.next(region) && region.start <= UINTPTR_MAX / 2;) {
         if (region.start > at) print_gap(out, at, region.start - at, totals);
         print_region(out, region, totals);
         at = region.end;

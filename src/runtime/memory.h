@@ -14,7 +14,7 @@ void nedfree(void* memory);
 struct mallinfo2 nedmallinfo();  // usmblks: the most that the heaps ever held
 
 // A size for printing: the number with the suffix 'G', 'M', 'K' or 'B' that keeps at least two digits of weight.
-std::uint64_t mem_to_number(unsigned long long bytes);
+unsigned long long mem_to_number(unsigned long long bytes);
 char mem_to_suffix(unsigned long long bytes);
 
 enum : unsigned char { share_copy_on_write = 1, share_private, share_empty, share_shared, share_true_shared };
