@@ -65,6 +65,17 @@ class OddDiskTest(installer.Scene):
         self.update()
         self.assert_installed(self.new.tree.installed())
 
+    def test_new_spelling_on_a_disk_without_case_is_the_same_file(self):
+        self.mount("--fold")
+        self.update()
+        wanted = {path.lower(): facts for path, facts in folders.expected(self.new.tree.installed()).items()}
+        found = {path.lower(): facts for path, facts in folders.snapshot(self.dest).items()}
+        self.assertEqual(folders.differences(wanted, found), [])
+        asked = len(self.server.asked)
+        outcome = self.update()
+        self.assertIn("Your copy of Velaris is already the latest version.", outcome.out)
+        self.assertEqual(len(self.server.asked), asked + 2)
+
 
 if __name__ == "__main__":
     installer.main()
