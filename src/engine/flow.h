@@ -20,13 +20,13 @@ struct flow_t {
     int disk_space_avail = 1;                                                 // whether the volume has room
     float tot_down_req = 0;  // copies of stg.down_size and disk_size, taken while idle; kilobytes
     float tot_disk_req = 0;
-    float tot_availabl = -1;  // free kilobytes on the destination's volume, -1 if unknown
-    float totl_inst_rat = 0;  // smoothed share of the install that is done, 0 to 1
-    int catalogue_came = 0;               // it lies in the temporary folder, and its signature is fetched
+    float tot_availabl = -1;             // free kilobytes on the destination's volume, -1 if unknown
+    float totl_inst_rat = 0;             // smoothed share of the install that is done, 0 to 1
+    int catalogue_came = 0;              // it lies in the temporary folder, and its signature is fetched
     int refusals[max_servers + 1] = {};  // of each server's catalogue, for want of a good signature
-    next_t finished;          // the stream table as it stood when the last install ended
-    int declined = 0;         // the last INSTALL ended with a refusal or a cancel
-    int busy = 0;             // the last INSTALL found another run at work on the destination
+    next_t finished;                     // the stream table as it stood when the last install ended
+    int declined = 0;                    // the last INSTALL ended with a refusal or a cancel
+    int busy = 0;                        // the last INSTALL found another run at work on the destination
 };
 extern flow_t flow;
 
