@@ -27,6 +27,7 @@ except ImportError as missing:
 
 KEEP = (162 + 96, 311 + 28)
 SYSTEMS = (212 + 200, 194 + 313)
+RED = (196, 43, 36)
 BAR = (40, 120, 208)                    # its fill while it moves
 LOG_ACTIONS = "--pref:_log_actions=1"
 
@@ -173,8 +174,7 @@ def take_pictures(installer, web, folder):
         installer = shutil.copy(installer, scratch)
         scene = Pictures(display, album, installer, scratch, faults)
         for take in (scene.start_up, scene.looking_for_servers, scene.not_enough_space, scene.scanning, scene.installing,
-                     scene.cannot_download, scene.failed, scene.preferences, scene.alert, scene.fatal_alert,
-                     scene.folder_chooser):
+                     scene.cannot_download, scene.failed, scene.preferences, scene.alert, scene.folder_chooser):
             take()
     display.stop()
 
@@ -218,7 +218,7 @@ class Pictures:
         os.makedirs(destination)
         with self.open(destination=destination) as window:
             self.keep("not-enough-space", window,
-                      lambda: window.has_colour((140, 34, 700, 45), (255, 51, 51)))
+                      lambda: window.has_colour((140, 34, 700, 45), RED))
 
     def scanning(self):
         """A file of some gigabytes that is in the way takes its time to be signed."""
@@ -248,7 +248,7 @@ class Pictures:
             gate.open()
 
     def red_status(self, window):
-        return window.has_colour((140, 34, 1010, 66), (255, 0, 0))
+        return window.has_colour((140, 34, 1010, 66), RED)
 
     def cannot_download(self):
         server = self.faults.fresh()
@@ -288,12 +288,6 @@ class Pictures:
         server.replies[f"/beta/{self.faults.name}/directory.txt.zip"] = b"this is no archive"
         with self.open() as window:
             self.keep("alert", window, lambda: window.screen() == "alert")
-
-    def fatal_alert(self):
-        """A folder with a longer name than any path may have."""
-        self.faults.fresh()
-        with self.open(destination=os.path.join(self.scratch, *["a folder of many"] * 40)) as window:
-            self.keep("alert-fatal", window, lambda: window.screen() == "alert")
 
     def folder_chooser(self):
         self.faults.fresh()

@@ -133,7 +133,7 @@ static std::string file_text() {
             return "Deleting " + name + " because that file is no longer needed!";
         case action_downloading:
             return "Downloading and installing " + name + ", currently " +
-                   std::to_string(static_cast<int>(stg.file_rat * 100)) + "% done with that file.";
+                   std::to_string(static_cast<int>(std::max(stg.file_rat, 0.0f) * 100)) + "% done with that file.";
         case action_duplicate:
             return "duplicate filename through file " + name +
                    ", but not installing it because you already have this file.";
@@ -160,6 +160,8 @@ static void idle_lines(sentence (&line)[3]) {
     if (stg.dir_state == dir_fetching) {
         line[0].text = "I am figuring out what the latest version of Velaris is right now...";
         line[1].text = "This may take a moment as I download the latest list of Velaris files...";
+    } else if (stg.dir_state == dir_unread) {
+        line[0].text = "I am comparing what you have with the latest version of Velaris...";
     } else if (flow.tot_disk_req == 0) {
         line[0].text = "Your copy of Velaris is already the latest version.";
         line[1].text =

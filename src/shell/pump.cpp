@@ -33,6 +33,8 @@ constexpr float help_after_seconds = 1, hide_after_seconds = 10;
 struct {
     bool quit_wanted;    // the desktop asked for the end; stays set
     int windows_opened;  // a count
+    bool main_shown;     // the application has drawn its main screen
+    bool in_backdrop;    // ... and draws it now, below a dialog
     bool in_update;      // a modal loop inside the application's update pumps frames of its own
     float last_event;    // when one came, in seconds of xtim.real_time
 } pump{};
@@ -187,7 +189,7 @@ void take_escape() {
 
 void update_application() {
     if (mnw.modal_wind || pump.in_update || !shell_hooks.update) return;
-    pump.in_update = true;
+    pump.in_update = pump.main_shown = true;
     shell_hooks.update();
     pump.in_update = false;
     xtim.xtim_running = 0;
@@ -234,6 +236,24 @@ void mouse_help_per_wind(int number) {
     const bool hidden = (number == wind_main && still > hide_after_seconds) || mnw.cursor_code > 1;
     display_show_cursor(!hidden || wind_is_special(number));
     if (mnw.cursor_code > 2) draw_cursor(mnw.cursor_code);
+}
+
+void MACIBM_draw_backdrop() {
+    OGL_plot_back_col();
+    // An alert that comes up while the screen is drawn must not draw it once more.
+    if (!pump.main_shown || pump.in_backdrop || !shell_hooks.backdrop) return;
+    const float x = mnw.wind_x, y = mnw.wind_y, dx = mnw.wind_dx, dy = mnw.wind_dy;
+    mnw.wind_dx = canvas_dx;
+    mnw.wind_dy = canvas_dy;
+    centre_on_surface(mnw.wind_dx, mnw.wind_dy);
+    pump.in_backdrop = widgets_asleep = true;
+    shell_hooks.backdrop();
+    pump.in_backdrop = widgets_asleep = false;
+    OGL_fillrect(colour_of(tone_dim), dim_alpha, -mnw.wind_x, -mnw.wind_y, surface_dx(), surface_dy());
+    mnw.wind_x = x;
+    mnw.wind_y = y;
+    mnw.wind_dx = dx;
+    mnw.wind_dy = dy;
 }
 
 void MACIBM_startwind(int number, int) {

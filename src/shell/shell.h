@@ -6,6 +6,7 @@
 
 // What the application hangs into the frame loop; filled in before MACIBM_init.
 struct shell_hooks_t {
+    void (*backdrop)();                       // draws the main screen as it stands, and nothing else; may be null
     void (*update)();                         // the main screen, once a frame while no modal window is open
     void (*handle_menu)(int menu, int item);  // a chosen menu item; may be null
     void (*function_key)(int vkey);           // may be null

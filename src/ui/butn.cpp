@@ -118,6 +118,12 @@ void BTN_role(button_role role) {
     next_role = role;
 }
 
+bool take_return() {
+    if (widgets_asleep || !return_hit) return false;
+    return_hit = 0;
+    return true;
+}
+
 button_tones tones_of(button_role role, bool hovered) {
     switch (role) {
         case role_primary:
@@ -140,10 +146,7 @@ int BTN_action(float x, float y, float width, int latched, int feedback, const s
     const float left = x - width / 2, right = x + width / 2;
     const box_place face = {left + 1, y - 10, right - 1, y + 10};
     int presses = role == role_off ? 0 : slots.join_as_button(widget_id(x, y), face, true);
-    if (role == role_primary && return_hit && !widgets_asleep) {
-        ++presses;
-        return_hit = 0;
-    }
+    if (role == role_primary && take_return()) ++presses;
     const button_tones tones = tones_of(role, mnw.menu_open == -1 && mouse_in(left, y - 10, right, y + 10));
     const auto draw = [&](int bar) {
         BTN_frame1(bar, x, y, width, colour_of(tones.face));

@@ -15,6 +15,8 @@
 enum button_role : int { role_plain, role_primary, role_danger, role_off };
 void BTN_role(button_role role);  // of the next button alone; one that is off does not react
 
+bool take_return();  // Return was pressed in this frame and nothing has used it; from now on it is used
+
 // Centred on x, y; a width of 0 or below fits the label. `latched` shows it pressed; `feedback` 0: no pressed frame, 1: one,
 // 2: a latched label glows. A text other than "-" stands right of it. 1 when it was pressed.
 int BTN_action(float x, float y, float width, int latched, int feedback, const std::string& label,

@@ -218,10 +218,17 @@ int BTN_zap_boxes(int zapped) {
     return std::fabs(mnw.mouse_x - 16) <= corner_half || std::fabs(mnw.mouse_x - (mnw.wind_dx - 16)) <= corner_half;
 }
 
-void BTN_progress_bar(float x1, float x2, float y, float share) {
-    const auto draw = [y, x1](int bar, float right) {
-        BTN_frame1(bar, 2 * std::round(std::trunc(x1 + right) / 4), y, 4 * std::round((right - x1) / 4), 0);
-    };
-    draw(bar_trough, x2);
-    if (share >= 0) draw(bar_fill, std::trunc(x1 + (x2 - x1) * share));
+void BTN_title_line(unsigned rgb) {
+    OGL_fillrect(colour_of(rgb), 1, 0, mnw.wind_dy - 22, mnw.wind_dx, 2);
+}
+
+void BTN_progress_bar(float x1, float x2, float y, float share, unsigned fill) {
+    // The trough's centre is even and its width goes in steps of four, so that its pieces stay crisp.
+    BTN_frame1(bar_trough, 2 * std::round(std::trunc(x1 + x2) / 4), y, 4 * std::round((x2 - x1) / 4), 0);
+    if (share < 0) return;
+    constexpr float inset = 3, half_height = 5, radius = 3;
+    const float left = x1 + inset, right = x2 - inset;
+    const float end = std::max(left + (right - left) * std::min(share, 1.0f), left + 2 * radius);
+    fill_rounded({left, y - half_height, end, y + half_height}, radius, fill, 1);
+    fill_rounded({left, y, end, y + half_height}, radius, tone_white, 0.08f);  // the light from above
 }

@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "ui/shapes.h"
+
 enum : int {  // bars of BTN_frame1
     bar_menu = 0,
     bar_title = 1,
@@ -34,6 +36,7 @@ void BTN_frame0(int type, float x_center, float y_center, float length);        
 void BTN_frame1(int type, float x_center, float y_center, float width, int color);  // lying; y is the centre
 void BTN_frame2(int type, float x, float y, float width, float height, const std::string& title);
 void BTN_fillwin(int titled, int type);  // the whole window
+void BTN_title_line(unsigned rgb);       // right below the title strip, across the window: this one asks or warns
 // A box with defaults for what is negative; tells where the next one goes.
 void BTN_subwin(int reserve, int type, float x, float y, float width, float height, const std::string& title,
                 float* next_x, float* next_y);
@@ -43,8 +46,7 @@ void BTN_util_element(float x, float y, float ax, float ay, float half_dx, float
 int BTN_zap_boxes(int zapped);
 
 // A progress bar between x1 and x2, y its centre: the trough, and the fill up to `share` where that is not negative.
-// Centres are even and widths go in steps of four, so that the pieces stay crisp.
-void BTN_progress_bar(float x1, float x2, float y, float share);
+void BTN_progress_bar(float x1, float x2, float y, float share, unsigned fill = tone_bar_blue);
 
 // The interface strings: the open window's title, the word on an alert's button, the help text of this frame.
 struct stls_t {

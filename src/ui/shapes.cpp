@@ -35,17 +35,23 @@ void outline_of(const box_place& box, float radius, place* outline) {
         }
 }
 
+// Always with four parts: some drivers lose a batch in which colours of three and of four take turns.
+void set_colour(unsigned rgb, float alpha) {
+    const auto share = [rgb](int shift) { return static_cast<float>(rgb >> shift & 255) / 255; };
+    glColor4f(share(16), share(8), share(0), alpha * ren.alpha_scale);
+}
+
 // Between two outlines, from one opacity to another. Counted clockwise, the outer one first.
-void strip(const place* outer, float outer_alpha, const place* inner, float inner_alpha, int colour) {
+void strip(const place* outer, float outer_alpha, const place* inner, float inner_alpha, unsigned rgb) {
     glBegin(GL_QUADS);
     for (int i = 0; i < points; ++i) {
         const int next = (i + 1) % points;
-        OGL_set_color(colour, inner_alpha);
+        set_colour(rgb, inner_alpha);
         glVertex2f(inner[i].x, inner[i].y);
-        OGL_set_color(colour, outer_alpha);
+        set_colour(rgb, outer_alpha);
         glVertex2f(outer[i].x, outer[i].y);
         glVertex2f(outer[next].x, outer[next].y);
-        OGL_set_color(colour, inner_alpha);
+        set_colour(rgb, inner_alpha);
         glVertex2f(inner[next].x, inner[next].y);
     }
     glEnd();
@@ -69,29 +75,34 @@ int colour_of(unsigned rgb) {
 }
 
 void fill_rounded(const box_place& box, float radius, unsigned rgb, float alpha) {
-    const int colour = colour_of(rgb);
     const float soft = feather();
     place outer[points], inner[points];
     outline_of(grown(box, soft), radius + soft, outer);
     outline_of(grown(box, -soft), radius - soft, inner);
     flat_state();
-    OGL_set_color(colour, alpha);
-    glBegin(GL_POLYGON);
-    for (const place& p : inner)
-        glVertex2f(p.x, p.y);
+    set_colour(rgb, alpha);
+    // In slabs from the top down: a point of the left side goes with the one across.
+    glBegin(GL_QUADS);
+    for (int i = points / 4 - 1; i > -points / 4; --i) {
+        const place &upper_left = inner[(i + points) % points], &upper_right = inner[points / 2 - 1 - i];
+        const place &lower_left = inner[(i - 1 + points) % points], &lower_right = inner[points / 2 - i];
+        glVertex2f(lower_left.x, lower_left.y);
+        glVertex2f(upper_left.x, upper_left.y);
+        glVertex2f(upper_right.x, upper_right.y);
+        glVertex2f(lower_right.x, lower_right.y);
+    }
     glEnd();
-    strip(outer, 0, inner, alpha, colour);
+    strip(outer, 0, inner, alpha, rgb);
 }
 
 void line_rounded(const box_place& box, float radius, float width, unsigned rgb, float alpha) {
-    const int colour = colour_of(rgb);
     const float soft = feather();
     place rings[4][points];
     const float inwards[4] = {-soft, soft, width - soft, width + soft};
     for (int i = 0; i < 4; ++i)
         outline_of(grown(box, -inwards[i]), radius - inwards[i], rings[i]);
     flat_state();
-    strip(rings[0], 0, rings[1], alpha, colour);
-    strip(rings[1], alpha, rings[2], alpha, colour);
-    strip(rings[2], alpha, rings[3], 0, colour);
+    strip(rings[0], 0, rings[1], alpha, rgb);
+    strip(rings[1], alpha, rings[2], alpha, rgb);
+    strip(rings[2], alpha, rings[3], 0, rgb);
 }

@@ -12,7 +12,8 @@ from PIL import ImageGrab
 
 WIDTH, HEIGHT = 1024, 768
 TITLE = "Velaris Installer"
-BACK = (51, 67, 86)                     # round every window of the program's own
+BACK = (51, 67, 86)                     # round a window that comes before the first main screen
+TITLE_STRIP = (36, 51, 73)              # the upper 20 rows of every window of the program's own; nothing else is so dark
 # Inner size -> what is open.
 WINDOWS = {(500, 300): "agreement", (600, 380): "preferences", (420, 250): "alert", (700, 146): "changed file",
            (600, 460): "folder", (420, 120): "folder wait"}
@@ -91,24 +92,18 @@ class Window:
 
     def screen(self, picture=None):
         """What is shown: "start-up", "main", "scan", or the name of a window of the program's own."""
-        pixels = numpy.asarray(picture or self.grab())
-
-        def other(line):
-            return numpy.flatnonzero((abs(line.astype(int) - BACK) > 3).any(axis=1))
-        if len(other(pixels[0])):       # the top row has the window's colour round every window, the background else
-            return "scan" if has_scan_box(pixels) else "main"
-        rows, columns = other(pixels[:, WIDTH // 2]), other(pixels[HEIGHT // 2])     # every window is centred
-        if not len(rows):
-            return "empty"
-        if rows[-1] > 740:              # the progress bar at the lower edge
-            return "start-up"
-        if not len(columns):
-            return "empty"
-        width, height = columns[-1] - columns[0], rows[-1] - rows[0]
-        for (dx, dy), name in WINDOWS.items():
-            if 0 <= width - dx <= 24 and 0 <= height - dy <= 24:
+        pixels = numpy.asarray(picture or self.grab()).astype(int)
+        for (width, height), name in WINDOWS.items():
+            left, right, row = (WIDTH - width) // 2, (WIDTH + width) // 2, (HEIGHT - height) // 2 + 10
+            strip, beside = pixels[row, [left + 40, right - 40]], pixels[row, [left - 8, right + 8]]
+            body = pixels[row + 24, [left + 4, right - 4]]
+            if (abs(strip - TITLE_STRIP) < 14).all() and (abs(beside - TITLE_STRIP) > 14).any() and (body > 220).all():
                 return name
-        return f"a window of {width} by {height}"
+        if pixels[5, 5].max() < 10:     # nothing was drawn yet
+            return "empty"
+        if abs(pixels[5, 5] - BACK).max() > 3:
+            return "scan" if has_scan_box(pixels) else "main"
+        return "start-up" if abs(pixels[HEIGHT - 15, WIDTH // 2] - BACK).max() > 3 else "empty"
 
     def wait_for(self, *screens, timeout=DEADLINE):
         """Until one of these is shown; its name, or None. A program that has ended shows nothing more."""
@@ -134,9 +129,9 @@ class Window:
                    for _, pixel in picture.getcolors(picture.width * picture.height))
 
     def install_is_live(self):
-        """The offer stands: INSTALL is green."""
-        red, green, _ = self.pixel(455, 82)
-        return self.screen() == "main" and green > red + 10
+        """The offer stands: INSTALL is blue."""
+        red, _, blue = self.pixel(456, 86)
+        return self.screen() == "main" and blue > red + 60
 
     def is_complete(self):
         """INSTALLATION COMPLETE!, in green."""

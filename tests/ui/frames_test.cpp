@@ -94,4 +94,22 @@ TEST_F(Frames, EachWidgetIsDrawnAroundThePlaceWhereItReacts) {
     }
 }
 
+TEST_F(Frames, ShapesLieOneUponAnotherInTheOrderInWhichTheyAreDrawn) {
+    const unsigned colours[] = {0x112233, 0x445566, 0x778899, 0xAABBCC};
+    for (int i = 0; i < 3; ++i) {
+        const auto in = static_cast<float>(3 * i);
+        fill_rounded({100 + in, 100 + in, 200 - in, 130 - in}, 4, colours[i], 1);
+    }
+    line_rounded({110, 108, 190, 122}, 4, 2, colours[3], 1);
+    const picture drawn = window.grab();
+    const struct {
+        int x, y;
+        rgb colour;
+    } seen[] = {{101, 115, {17, 34, 51}},    {104, 115, {68, 85, 102}},   {108, 115, {119, 136, 153}},
+                {111, 115, {170, 187, 204}}, {150, 115, {119, 136, 153}}, {100, 100, {0, 0, 0}},
+                {199, 115, {17, 34, 51}},    {150, 100, {17, 34, 51}},    {150, 129, {17, 34, 51}}};
+    for (const auto& s : seen)
+        EXPECT_LE(difference(drawn.at(s.x, s.y), s.colour), 2) << s.x << "," << s.y << " " << drawn.at(s.x, s.y);
+}
+
 }  // namespace

@@ -24,7 +24,7 @@ namespace {
 // What the window shows while the desktop's dialog is open. A press into its corner closes the dialog too.
 bool keep_dialog_open() {
     if (mnw.wind_id != wind_folder_wait) return false;
-    OGL_plot_back_col();
+    MACIBM_draw_backdrop();
     BTN_fillwin(1, 21);
     OGL_string(colour_text, mnw.wind_dx / 2, 50, "Please choose the folder in the other window.", mnw.wind_dx - 40,
                charset_text, align_centre);
@@ -62,7 +62,7 @@ class folder_browser {
 
     void draw_rows();
     void draw_field() { BTN_enterstring(60, 78, &typed, 4000, "-folder", 510, 1); }
-    void draw_problem() const { OGL_string(colour_error, 60, 58, problem, 9999, charset_text, align_left); }
+    void draw_problem() const { OGL_string(colour_of(tone_bad), 60, 58, problem, 9999, charset_text, align_left); }
 
     std::string folder;
 
@@ -123,7 +123,7 @@ int browse(const std::string& message, const std::string& start, std::string& ch
     MACIBM_startwind(wind_folder, 0);
     folder_browser browser(nearest_folder(start));
     while (mnw.wind_id == wind_folder) {
-        OGL_plot_back_col();
+        MACIBM_draw_backdrop();
         BTN_fillwin(1, 21);
         OGL_string(colour_text, 20, 418, message, mnw.wind_dx - 40, charset_text, align_left);
         browser.draw_rows();

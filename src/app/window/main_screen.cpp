@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "app/dest.h"
 #include "app/window/prefs.h"
@@ -30,17 +31,29 @@ void draw_text(const std::string& text, float x, float y, float wrap, int colour
     OGL_string(colour, x, y, text, wrap, charset_text, align_left);
 }
 
-// 1 when the user wants to pick another folder.
-int draw_destination() {
+// What the user pressed in this frame.
+struct presses {
+    bool destination = false, preferences = false, install = false, shop = false, quit = false;
+};
+
+bool is_complete() {
+    return stg.install_state == install_over && !stg.install_failed;
+}
+
+bool lacks_space() {
+    return stg.install_state == install_idle && stg.dir_state == dir_ready && !flow.disk_space_avail;
+}
+
+bool draw_destination() {
     BTN_frame1(bar_field, 285, 89, 300, 0);
-    draw_text(fit_text(latin1_of_path(dest_dir_path), 286, 1), 142, 86, 9999, 45);
+    draw_text(fit_text(latin1_of_path(dest_dir_path), 286, 1), 142, 86, 9999, colour_field);
     draw_text(
         "Click on the 'DESTINATION' button below to choose the copy of Velaris you wish to update, or choose the "
         "destination you wish to install a new copy of Velaris to!",
         134, 112, 9999);
-    if (stg.install_state == install_running) return 0;
-    const int on_button = interface_button(10, 78, sprite_destination, 1, tint_green);
-    return on_button || pressed_in(135, 79, 435, 99);
+    if (stg.install_state == install_running) return false;
+    return interface_button(button_destination, lacks_space() ? role_primary : role_plain) ||
+           pressed_in(135, 79, 435, 99);
 }
 
 // The list's author writes a label; what he writes must not be able to break one.
@@ -57,11 +70,9 @@ void draw_servers() {
                    server_label(static_cast<std::size_t>(i)));
 }
 
-// 1 when INSTALL was clicked while the click means something.
-int draw_install() {
-    if (stg.install_state != install_idle) return 0;
-    const bool live = flow_install_is_live();
-    return interface_button(450, 78, sprite_install, live, live ? tint_green : tint_red) && live;
+bool draw_install() {
+    if (stg.install_state != install_idle || is_complete()) return false;
+    return interface_button(button_install, flow_install_is_live() ? role_primary : role_off);
 }
 
 void turn_globe() {
@@ -72,7 +83,7 @@ void turn_globe() {
 }
 
 void draw_header() {
-    interface_button(0, 595, sprite_logo, 0, tint_white);
+    interface_picture(0, 595, sprite_logo);
     interface_icon(29, 608, globe_frame);
     if (server_list.install_name != no_install_name) {
         BTN_frame2(box_picture, 135, 600, 790, 72, fit_text("NET: " + server_list.install_name, 770, 1));
@@ -85,14 +96,32 @@ void draw_header() {
     draw_text(header.text, 154, 615, 700, colour_of(header.kind));
 }
 
+// The strip inside the status box's left edge: 0 for none.
+unsigned strip_of(const status_sentences& status) {
+    const auto has = [&](tone kind) {
+        return std::any_of(std::begin(status.line), std::end(status.line),
+                           [kind](const sentence& line) { return !line.text.empty() && line.kind == kind; });
+    };
+    if (has(tone::bad_news) || has(tone::error)) return tone_bad;
+    if (is_complete() || has(tone::good_news)) return tone_good;
+    return stg.install_state == install_running ? unsigned{tone_blue} : 0;
+}
+
 void draw_status() {
     BTN_frame2(box_picture, 135, 32, 880, 40, "");
     const status_sentences status = status_lines();
+    if (const unsigned strip = strip_of(status)) fill_rounded({135, 32, 139, 72}, 2, strip, 1);
     for (int i = 0; i < 3; ++i)
         draw_text(fit_text(latin1_of_path(status.line[i].text), 864, 1), 144, 58.0f - 10.0f * static_cast<float>(i),
                   9999, colour_of(status.line[i].kind));
-    const bool moving = stg.install_state == install_running && flow.totl_inst_rat > 0.02f;
-    BTN_progress_bar(base_x1, base_x2, 15, moving ? flow.totl_inst_rat : -1.0f);
+    // It moves, is full, or stays where the install broke off.
+    if (is_complete())
+        BTN_progress_bar(base_x1, base_x2, 15, 1, tone_bar_green);
+    else if (stg.install_state == install_running)
+        BTN_progress_bar(base_x1, base_x2, 15, flow.totl_inst_rat > 0.02f ? flow.totl_inst_rat : -1.0f);
+    else
+        BTN_progress_bar(base_x1, base_x2, 15, stg.install_state == install_over ? flow.totl_inst_rat : -1.0f,
+                         tone_bar_red);
 }
 
 }  // namespace
@@ -114,30 +143,41 @@ static void draw_scan() {
     OGL_string(colour_text, x + 32, y + 60, fit_text(latin1_of_path(scan.item), 440, 1), 452, charset_text, align_left);
 }
 
-static void draw_screen() {
+static presses draw_screen() {
+    presses pressed;
     draw_background();
-    flow_server_list();
-    flow_make_paths();
-    flow_directory();
-    if (draw_destination() && pick_dest_path()) flow_destination_picked();
-    flow_scan();
-    turn_globe();
+    pressed.destination = draw_destination();
     draw_servers();
-    if (BTN_action(50, 750, -1, 0, 1, "preferences", "-")) handle_prefs();
+    pressed.preferences = BTN_action(50, 750, -1, 0, 1, "preferences", "-");
     draw_header();
-    if (draw_install()) flow_install();
-    if (interface_button(700, 78, sprite_shop, 1, tint_green)) go_to_URL(shop_url);
-    if (interface_button(960, 78, sprite_quit, 1, tint_green) || quit_requested()) flow_quit();
-    if (stg.install_state == install_running) flow_file_work();
-    flow_disk_space();
+    pressed.install = draw_install();
+    pressed.shop = interface_button(button_shop, role_plain, true);
+    pressed.quit = interface_button(button_quit, is_complete() ? role_primary : role_plain);
     draw_status();
     if (stg.dir_state == dir_unread) draw_scan();
+    return pressed;
+}
+
+void main_screen_backdrop() {
+    draw_screen();
 }
 
 void APP_update() {
     const int opened = MACIBM_windows_opened();
-    draw_screen();
-    // A window that came and went in the middle has painted over the first half.
+    flow_server_list();
+    flow_make_paths();
+    flow_directory();
+    turn_globe();
+    const presses pressed = draw_screen();
+    if (pressed.destination && pick_dest_path()) flow_destination_picked();
+    flow_scan();
+    if (pressed.preferences) handle_prefs();
+    if (pressed.install) flow_install();
+    if (pressed.shop) go_to_URL(shop_url);
+    if (pressed.quit || quit_requested()) flow_quit();
+    if (stg.install_state == install_running) flow_file_work();
+    flow_disk_space();
+    // A window that came and went has painted over the screen.
     if (MACIBM_windows_opened() == opened || app_done) return;
     BTN_begin_focus_ring();
     draw_screen();

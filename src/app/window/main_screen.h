@@ -6,7 +6,8 @@
 
 #include "engine/front.h"
 
-void APP_update();  // one frame of the main screen and of the flow
+void main_screen_backdrop();  // the screen as it stands, for what lies below a dialog
+void APP_update();            // one frame of the main screen and of the flow
 
 // One complete frame of the scan's progress, drawn and shown; no event is handled.
 void dir_progress_bar(float lo, float value, float hi, scan_phase phase, const std::string& label,

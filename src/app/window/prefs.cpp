@@ -68,7 +68,7 @@ static void edit_proxy() {
 void handle_prefs() {
     MACIBM_startwind(wind_prefs, 0);
     while (mnw.wind_id == wind_prefs) {
-        OGL_plot_back_col();
+        MACIBM_draw_backdrop();
         BTN_fillwin(1, 21);
         float next_x = 0, top = 0;
         BTN_subwin(0, box_panel, -1, -1, -1, 70, "Proxy (if you are behind a firewall with a Proxy)", &next_x, &top);

@@ -1,9 +1,11 @@
 #include "app/window/sprites.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
+#include "gfx/text.h"
 #include "gfx/tman.h"
 #include "ui/butn.h"
 #include "ui/focus.h"
@@ -23,11 +25,55 @@ int interface_rect(float x, float y, float tex_x, float tex_y, float w, float h,
     return inside && mnw.mouse_down && mnw.menu_open == -1;
 }
 
-int interface_button(float x, float y, const sprite& picture, int live, int tint) {
+int interface_picture(float x, float y, const sprite& picture) {
+    return interface_rect(x, y, picture.x, picture.y, picture.w, picture.h, 0, tint_white);
+}
+
+// 11 by 8, its lower left corner at x, y.
+static void draw_folder(float x, float y, unsigned ink) {
+    line_rounded({x, y, x + 11, y + 7}, 1.5f, 1.2f, ink, 1);
+    fill_rounded({x, y + 6, x + 5, y + 8.2f}, 1, ink, 1);
+}
+
+// An arrow to the upper right, 6 by 6.
+static void draw_arrow(float x, float y, unsigned ink) {
+    fill_rounded({x + 1.5f, y + 4.8f, x + 6, y + 6}, 0, ink, 1);
+    fill_rounded({x + 4.8f, y, x + 6, y + 4.8f}, 0, ink, 1);
+    for (int i = 0; i < 10; ++i) {
+        const float at = 0.5f * static_cast<float>(i);
+        fill_rounded({x + at, y + at, x + at + 1.2f, y + at + 1.2f}, 0, ink, 1);
+    }
+}
+
+int interface_button(const face_button& button, button_role role, bool link) {
     static key_slots slots;
-    const box_place face = {x + 1, y + 2, x + picture.w - 1, y + 20};
-    const int presses = live ? slots.join_as_button(widget_id(x, y), face, true) : 0;
-    return interface_rect(x, y, picture.x, picture.y, picture.w, picture.h, live, tint) || presses;
+    constexpr float radius = 4;
+    const float x = button.x, y = button.y, right = x + button.width;
+    const box_place face = {x + 1, y + 2, right - 1, y + 20};
+    int presses = role == role_off ? 0 : slots.join_as_button(widget_id(x, y), face, true);
+    if (role == role_primary && take_return()) ++presses;
+    const bool hovered = role != role_off && mnw.menu_open == -1 && mouse_in(x, y, right, y + 22);
+    const bool down = hovered && mnw.mouse_held;
+    button_tones tones = tones_of(role, hovered);
+    const unsigned border = tones.line ? tones.line : role == role_primary ? tone_blue_down : tone_stroke;
+    if (down) tones.face = role == role_primary ? tone_blue_down : tone_down_face;
+    if (link) {
+        tones.ink = hovered ? tone_blue_down : tone_blue;
+        if (hovered) fill_rounded(face, radius, tone_white, down ? 0.35f : 0.75f);
+    } else {
+        if (!down) fill_rounded({face.left, face.bottom - 1, face.right, face.top - 1}, radius, tone_dim, 0.12f);
+        fill_rounded(face, radius, border, 1);
+        fill_rounded(grown(face, -1), radius - 1, tones.face, 1);
+    }
+    const float extra = button.with_folder ? 17.0f : link ? 11.0f : 0.0f;  // of the little picture and its air
+    const float words = text_width(button.caption), base = y + 8 - (down ? 1.0f : 0.0f);
+    const float left = std::round((x + right - words - extra) / 2), text = left + (button.with_folder ? extra : 0);
+    OGL_string(colour_of(tones.ink), text, base, button.caption, 9999, charset_text, align_left);
+    if (button.with_folder) draw_folder(left, base, tones.ink);
+    if (link) draw_arrow(text + words + 4, base, tones.ink);
+    if (link && hovered) OGL_fillrect(colour_of(tones.ink), 1, text, base - 2, words, 1);
+    if (role == role_off) return 0;
+    return presses || (hovered && mnw.mouse_down);
 }
 
 int interface_icon(float x, float y, int index) {

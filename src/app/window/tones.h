@@ -3,15 +3,16 @@
 
 #include "app/words.h"
 #include "gfx/colr.h"
+#include "ui/shapes.h"
 
-constexpr int colour_of(tone kind) {
+// What is told in red is drawn a little darker than the table has it, so that it reads on paper.
+inline int colour_of(tone kind) {
     switch (kind) {
         case tone::good_news:
             return colour_good_news;
         case tone::bad_news:
-            return colour_bad_news;
         case tone::error:
-            return colour_error;
+            return colour_of(tone_bad);
         case tone::plain:
             break;
     }

@@ -41,6 +41,7 @@ int window_main(int argc, char* const* argv) {
     shell_hooks.is_working = [] {
         return stg.install_state == install_running || stg.dir_state == dir_fetching || stg.dir_state == dir_unread;
     };
+    shell_hooks.backdrop = main_screen_backdrop;
     shell_hooks.may_use_max_cpu = [] { return stg.use_max_cpu; };
     MACIBM_init(argc, argv);
     // Nobody may be at the terminal: the window goes on without what it does not understand.
