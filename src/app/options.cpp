@@ -24,9 +24,10 @@ constexpr option_row installer_rows[] = {
     {"--target_os", "=1|2|3", "The system to install for: 1 Macintosh, 2 Windows, 3 Linux.\n"},
     {"--scale", "=auto|N", "Size of the window's picture, 0.5 to 4; auto goes by the display.\n"},
     {"--agree", nullptr, "Agrees to the licence, so that it is not asked on the terminal.\n"},
-    {"--changed", "=ask|keep|overwrite|cancel",
-     "What to do with files that you changed.  On a terminal you are asked, otherwise\n"
-     "such a file cancels the installation.\n"},
+    {"--changed", "=ask|keep|backup|overwrite|cancel",
+     "What to do with files that you changed; backup takes the new file and keeps yours\n"
+     "beside it.  On a terminal you are asked, otherwise such a file cancels the\n"
+     "installation.\n"},
     {"--check", nullptr, "Only compares the folder with the release and prints what would be done.\n"},
     {"--verify", nullptr, "Reads every file, and believes nothing that an earlier run found out.\n"},
     {"--public_key", "=KEY", "Takes only a release that is signed by this minisign key: its text, or a file.\n"},

@@ -2,6 +2,7 @@
 import os
 import shutil
 import sys
+import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
 import folders
@@ -16,7 +17,7 @@ COCKPIT, ENGINE, GONE, WIND, ROCKET = EDITED = [
     HERON + "sounds/wind.txt",
     "Weapons/rocket.wpn",
 ]
-OVERWRITE, KEEP, CANCEL, OVERWRITE_FOLDER, KEEP_FOLDER = "12345"
+OVERWRITE, KEEP, CANCEL, OVERWRITE_FOLDER, KEEP_FOLDER, BACKUP = "123456"
 
 
 class ChangedTest(installer.Scene):
@@ -42,6 +43,12 @@ class ChangedTest(installer.Scene):
         """The release, but with the user's own text in `kept` and nowhere else."""
         self.assert_installed(self.new.tree.installed(), besides={path: self.before[path] for path in kept})
 
+    def copies_of(self, *changed):
+        """The names under which the user's versions stay beside the release's: "rocket (mine 2026-11-23).wpn"."""
+        today = time.strftime("%Y-%m-%d")
+        return {f"{stem} (mine {today}){ending}": self.before[stem + ending]
+                for stem, ending in map(os.path.splitext, changed)}
+
     def assert_no_file_touched(self):
         files = {path: facts for path, facts in folders.snapshot(self.dest).items() if facts[0] != "folder"}
         self.assertEqual(files, {path: facts for path, facts in self.before.items() if facts[0] != "folder"})
@@ -59,6 +66,9 @@ class ChangedTest(installer.Scene):
                 self.assert_no_file_touched()
         self.install("--changed=keep", "--pref:_rename_folder=0")
         self.assert_kept(*EDITED, "Instructions/latest")
+        self.install("--changed=backup", "--pref:_rename_folder=0")
+        self.assert_installed(self.new.tree.installed(), besides=self.copies_of(*EDITED, "Instructions/latest"))
+        self.begin()
         self.install("--changed=overwrite", "--pref:_rename_folder=0")
         self.assert_kept()
 
@@ -79,33 +89,34 @@ class ChangedTest(installer.Scene):
 
     @staticmethod
     def question_comes(terminal):
-        while b"Your choice [1-5]: " not in terminal.seen:
+        while b"Your choice [1-6]: " not in terminal.seen:
             if not terminal.read(30):
                 return False
         return True
 
     def test_answers_reach_as_far_as_they_say(self):
-        # What is answered, for a file or for its folder and not for the one below -> what is asked for, what is kept.
+        # What is answered, for a file or for its folder and not for the one below -> what is asked for, what is kept, and beside what a copy.
         cases = {
-            "one by one": ({COCKPIT: OVERWRITE, ENGINE: KEEP, GONE: OVERWRITE, WIND: KEEP, ROCKET: OVERWRITE},
-                           [ENGINE, WIND]),
-            "overwrite a folder": ({COCKPIT: OVERWRITE_FOLDER, WIND: KEEP, ROCKET: KEEP}, [WIND, ROCKET]),
-            "keep a folder": ({COCKPIT: KEEP_FOLDER, WIND: OVERWRITE, ROCKET: OVERWRITE}, [COCKPIT, ENGINE, GONE]),
+            "one by one": ({COCKPIT: OVERWRITE, ENGINE: KEEP, GONE: OVERWRITE, WIND: KEEP, ROCKET: BACKUP},
+                           [ENGINE, WIND], [ROCKET]),
+            "overwrite a folder": ({COCKPIT: OVERWRITE_FOLDER, WIND: KEEP, ROCKET: KEEP}, [WIND, ROCKET], []),
+            "keep a folder": ({COCKPIT: KEEP_FOLDER, WIND: OVERWRITE, ROCKET: OVERWRITE}, [COCKPIT, ENGINE, GONE], []),
         }
-        for case, (answers, kept) in cases.items():
+        for case, (answers, kept, copied) in cases.items():
             with self.subTest(case=case):
                 self.begin()
                 asked, status = self.answer(answers)
                 self.assertEqual((sorted(asked), status), (sorted(answers), 0))
-                self.assert_kept(*kept)
+                self.assert_installed(self.new.tree.installed(),
+                                      besides={path: self.before[path] for path in kept} | self.copies_of(*copied))
         self.begin()
         self.assertEqual(self.answer({COCKPIT: OVERWRITE, ENGINE: CANCEL}), ([COCKPIT, ENGINE], 3))
         self.assert_no_file_touched()
 
     def test_answer_that_is_none_is_asked_again_and_the_end_of_input_cancels(self):
         terminal = self.terminal("--agree", "--quiet")
-        for keys in ("6\n", "yes\n", "\n", "11\n", "\x04"):
-            terminal.expect("Your choice [1-5]: ")
+        for keys in ("7\n", "yes\n", "\n", "11\n", "\x04"):
+            terminal.expect("Your choice [1-6]: ")
             terminal.type(keys)
         self.assertEqual(terminal.end(), 3)
         self.assert_no_file_touched()

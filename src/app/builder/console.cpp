@@ -12,6 +12,7 @@
 #include "engine/stg.h"
 #include "platform/interrupt.h"
 #include "runtime/oops.h"
+#include "runtime/utf8.h"
 #include "runtime/xtim.h"
 
 namespace {
@@ -56,10 +57,11 @@ void show_summary(const release_summary& done) {
     std::fflush(stdout);
 }
 
+// Names of files reach a terminal in what it says; none may steer it.
 void show_alert(const exce_class& alert, const std::string& place, int) {
     face.progress.clear();
-    std::fprintf(stderr, "%s\n%s\n%s\n%s\n%s\n", alert.line1.c_str(), alert.line2.c_str(), alert.line3.c_str(),
-                 alert.line4.c_str(), place.c_str());
+    for (const std::string* line : {&alert.line1, &alert.line2, &alert.line3, &alert.line4, &place})
+        std::fprintf(stderr, "%s\n", printable(*line).c_str());
 }
 
 void leave(int status) {
@@ -85,5 +87,5 @@ void builder_console_close() {
 
 void builder_problem(const std::string& text) {
     face.progress.clear();
-    std::fprintf(stderr, "%s\n", text.c_str());
+    std::fprintf(stderr, "%s\n", printable(text).c_str());
 }

@@ -62,25 +62,29 @@ static int ask_agreement() {
 static changed_answer ask_changed(const std::string& file, bool removing) {
     const changed_question question = question_about(removing);
     std::fprintf(question_stream(), "%s\n%s\n%s\n", question.above, printable(file).c_str(), question.below);
-    for (int choice = 1; choice <= 5; ++choice)
+    for (int choice = 1; choice <= 6; ++choice)
         std::fprintf(question_stream(), "  %d %s\n", choice, answer_words(changed_answer{choice}, removing));
     std::string answer;
-    while (read_answer("Your choice [1-5]: ", answer))
-        if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '5') return changed_answer{answer[0] - '0'};
+    while (read_answer("Your choice [1-6]: ", answer))
+        if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '6') return changed_answer{answer[0] - '0'};
     return changed_answer::cancel;
 }
 
-static changed_answer answer_changed(const std::string& file, bool removing, const std::string&) {
+static changed_answer answer_changed(const std::string& file, bool removing, const std::string& trouble) {
+    if (!trouble.empty()) console_problem("I cannot read " + file + ": " + trouble);
     switch (known.options.changed) {
         case changed_files::keep:
             return changed_answer::keep;
+        case changed_files::backup:
+            return changed_answer::backup;
         case changed_files::overwrite:
             return changed_answer::do_it;
         case changed_files::ask:
             return ask_changed(file, removing);
         default:
             console_problem("You changed " + file +
-                            ". Say with --changed=keep or --changed=overwrite what to do with such files.");
+                            ". Say with --changed=keep, --changed=backup or --changed=overwrite what to do with "
+                            "such files.");
             return changed_answer::cancel;
     }
 }
@@ -89,7 +93,7 @@ static void scan_progress(float lo, float value, float hi, scan_phase phase, con
                           const std::string& item) {
     const double share = hi > lo ? static_cast<double>((value - lo) / (hi - lo)) : 0;
     console_scan_progress(share, scan_phase_words(phase), item);
-    // A scan is one long call that has touched nothing yet, so this is the one place that can end a run from within.
+    // Reading a catalogue is one long call that has touched nothing yet, so this is a place that can end a run from within.
     if (!interrupt_requested()) return;
     flow_quit();
     MACIBM_finishup(1);

@@ -1,7 +1,9 @@
 #include "app/console/options.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 
 #include "app/options.h"
 #include "engine/stg.h"
@@ -10,19 +12,23 @@
 static bool read_changed(bool on_terminal, changed_files& changed, std::string& problem) {
     changed = on_terminal ? changed_files::ask : changed_files::cancel;
     if (!cmdline.has_option("--changed")) return true;
+    const struct {
+        const char* word;
+        changed_files meaning;
+    } values[] = {{"ask", changed_files::ask},
+                  {"keep", changed_files::keep},
+                  {"backup", changed_files::backup},
+                  {"overwrite", changed_files::overwrite},
+                  {"cancel", changed_files::cancel}};
     const std::string value = cmdline.get_option("--changed");
-    if (value == "keep")
-        changed = changed_files::keep;
-    else if (value == "overwrite")
-        changed = changed_files::overwrite;
-    else if (value == "cancel")
-        changed = changed_files::cancel;
-    else if (value == "ask" && !on_terminal)
-        problem = "--changed=ask needs a terminal to ask on; use keep, overwrite or cancel";
-    else if (value == "ask")
-        changed = changed_files::ask;
+    const auto named =
+        std::find_if(std::begin(values), std::end(values), [&](const auto& v) { return v.word == value; });
+    if (named == std::end(values))
+        problem = "--changed wants ask, keep, backup, overwrite or cancel, and not '" + value + "'";
+    else if (named->meaning == changed_files::ask && !on_terminal)
+        problem = "--changed=ask needs a terminal to ask on; use keep, backup, overwrite or cancel";
     else
-        problem = "--changed wants ask, keep, overwrite or cancel, and not '" + value + "'";
+        changed = named->meaning;
     return problem.empty();
 }
 

@@ -3,7 +3,8 @@
 
 #include <string>
 
-enum class changed_files { ask, keep, overwrite, cancel };
+// What to do with files that the user changed.
+enum class changed_files { ask, keep, backup, overwrite, cancel };
 
 struct console_options {
     bool agree = false;
