@@ -37,6 +37,8 @@ struct grab_t {
     } asked_for[stream_max];
     float install = 0;                         // start_time of the install that `refused` is of
     std::map<std::string, refused_t> refused;  // by the row's path
+    // What the pool was told of: files of the list up to this one, for this server, while next_file stood there.
+    int announced = 0, announced_for = -1, announced_at = 0;
 };
 grab_t grab;
 
@@ -44,6 +46,36 @@ grab_t grab;
 std::int64_t most_bytes(float kilobytes) {
     constexpr double slack = 8192;
     return static_cast<std::int64_t>((static_cast<double>(kilobytes) + 1) * 1000 * 1.001 + slack);
+}
+
+http_request request_for(const file_version_struct& row, int server) {
+    return {server_list.server_name[server],
+            server_list.server_path[server] + row.path + ".zip",
+            "",
+            2 * most_bytes(row.zip_size),
+            row.path,
+            static_cast<std::int64_t>(row.zip_size) * 1000,
+            false,
+            false,
+            server};
+}
+
+// Tells the pool which files the streams will come to, so that it can ask for them ahead.
+void announce_files() {
+    // Another server, a list that was rewound, or another install: again from the next file on.
+    if (grab.announced_for != stg.server_sel || next.next_file < grab.announced_at) {
+        http.forget_announced(false);
+        grab.announced = 0;
+    }
+    grab.announced_for = stg.server_sel;
+    grab.announced_at = next.next_file;
+    http.most_lines = streams_on();
+    grab.announced = std::max(grab.announced, next.next_file);
+    for (; grab.announced < std::ssize(sim_info) && http.wants_announcements(); ++grab.announced) {
+        const file_version_struct& row = sim_info[static_cast<std::size_t>(grab.announced)].back();
+        if (row.do_fetch && !row.do_delete && !grab.refused.contains(row.path))
+            http.announce(request_for(row, stg.server_sel));
+    }
 }
 
 // The zip was expanded or not: that finishes the file.
@@ -70,21 +102,17 @@ bool fetch_over_net(int stream, std::size_t file) {
     const file_version_struct& row = current_row(file);
     constexpr int most_bad_archives = 3;  // of one file, in a row
     auto& asked = grab.asked_for[stream];
-    // Ask, or go on asking. Other streams choose servers too, so the choice may have gone back to one that has lied
-    // about this very file.
+    // Ask, or go on asking: in the words of the announcement, where the file is on its way already. Other streams choose
+    // servers too, so the choice may have gone back to one that has lied about this very file.
     if (!http.slots[stream_slot(stream)]) {
         const auto liars = grab.refused.find(row.path);
         if (liars != grab.refused.end() && (liars->second.servers >> stg.server_sel & 1))
             stg.server_sel = pick_other_server(stg.server_cnt, liars->second.servers);
-        asked = {row.path, stg.server_sel};
+        const http_request* announced = http.announced(row.path);
+        asked = {row.path, announced ? announced->mark : stg.server_sel};
     }
-    const std::string zip = temp_path + temp_stream_zip(stream);
-    const http_request request = {server_list.server_name[stg.server_sel],
-                                  server_list.server_path[stg.server_sel] + row.path + ".zip",
-                                  zip,
-                                  2 * most_bytes(row.zip_size),
-                                  row.path,
-                                  static_cast<std::int64_t>(row.zip_size) * 1000};
+    http_request request = request_for(row, asked.server);
+    const std::string zip = request.local = temp_path + temp_stream_zip(stream);
     const int outcome = http.net_check(stream_slot(stream), request);
     if (outcome == net_running) {
         stg.file_rat = stream_arrived_share(stream);
@@ -180,8 +208,12 @@ int extract_and_delete_file(const std::string& zip, std::size_t file) {
 }
 
 int grab_files() {
-    if (grab.install != next.start_time) grab.refused.clear();
+    if (grab.install != next.start_time) {
+        grab.refused.clear();
+        grab.announced = grab.announced_at = 0;
+    }
     grab.install = next.start_time;
+    if (!is_dvd) announce_files();
     // A turn for each stream.
     next.part_kb = 0;
     for (int stream = 0; stream < stream_max; ++stream)

@@ -29,6 +29,7 @@ void streams_start() {
     next.stream_on[0] = next.stream_fresh[0] = 1;
     if (!is_dvd) next.stream_on[1] = next.stream_fresh[1] = 1;
     next.start_time = xtim.real_time;
+    http.forget_announced(true);
 }
 
 bool stream_takes_turn(int stream) {

@@ -1,7 +1,7 @@
 #include "net/host_traits.h"
 
-void note_answer(host_traits& host, int answers) {
-    host.shaky = false;
+void note_answer(host_traits& host, int answers, bool good) {
+    host.shaky = !good;
     if (answers >= 2) host.proven = true;
 }
 

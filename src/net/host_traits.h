@@ -20,7 +20,7 @@ struct host_traits {
 };
 
 // Each is told once for a connection or a file.
-void note_answer(host_traits& host, int answers_of_the_connection);
+void note_answer(host_traits& host, int answers_of_the_connection, bool good);
 // It ended with requests unanswered. `announced`: it had said that it would.
 void note_lost(host_traits& host, int answers, bool asked_ahead, bool announced);
 void note_silence(host_traits& host);

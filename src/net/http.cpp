@@ -262,7 +262,7 @@ void http_class::take_ended(line_class& line) {
     const std::vector<down_ptr> ended = std::exchange(line.ended, {});
     for (const down_ptr& t : ended) {
         host_traits& host = hosts[line.connection().route().key()];
-        note_answer(host, line.answers);
+        note_answer(host, line.answers, t->fate != down_class::outcome::failed);
         if (t->fate != down_class::outcome::complete || t->request.about_bytes < 0) continue;
         // A file of another length is most likely another file: the server has dropped a request and its answers have
         // shifted. A release's mirror may have packed it in another way, which shows when it is asked for alone.
