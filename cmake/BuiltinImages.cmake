@@ -13,6 +13,20 @@ set(VELARIS_BUILTIN_IMAGES
   t_ins_back_2_dat background_2 1024 768
   t_interface_dat interface_atlas 512 512)
 
+# Pictures for windows that are shown larger, and letters for each scale above 1: as they are, unpacked when they are
+# wanted, so that the program grows by what they take on disk.
+set(VELARIS_PACKED_IMAGES
+  t_installer_2x installer_sheet_2x
+  t_ins_back_1_2x background_1_2x
+  t_interface_2x interface_atlas_2x
+  t_glyphs_125 glyphs_1.25x
+  t_glyphs_150 glyphs_1.5x
+  t_glyphs_175 glyphs_1.75x
+  t_glyphs_200 glyphs_2x
+  t_glyphs_250 glyphs_2.5x
+  t_glyphs_300 glyphs_3x
+  t_glyphs_400 glyphs_4x)
+
 function(velaris_builtin_images target)
   set(folder "${CMAKE_BINARY_DIR}/builtin_images")
   file(MAKE_DIRECTORY "${folder}")
@@ -29,6 +43,14 @@ function(velaris_builtin_images target)
     list(APPEND raws "${raw}")
     string(APPEND text ".globl ${array}\n.type ${array}, %object\n.balign 16\n${array}:\n"
       ".incbin \"${raw}\"\n.size ${array}, . - ${array}\n")
+  endwhile()
+  set(rest ${VELARIS_PACKED_IMAGES})
+  while(rest)
+    list(POP_FRONT rest array picture)
+    set(png "${CMAKE_SOURCE_DIR}/art/rendered/${picture}.png")
+    list(APPEND raws "${png}")
+    string(APPEND text ".globl ${array}\n.type ${array}, %object\n${array}:\n.incbin \"${png}\"\n"
+      ".size ${array}, . - ${array}\n.globl ${array}_end\n${array}_end:\n.byte 0\n")
   endwhile()
   string(APPEND text ".section .note.GNU-stack,\"\",%progbits\n")
   file(CONFIGURE OUTPUT "${folder}/builtin_images.S" CONTENT "${text}" @ONLY)

@@ -8,7 +8,7 @@ import math
 
 import numpy as np
 
-from . import noise, vector
+from . import fine, noise, vector
 
 W, H = 1024, 768
 WORDMARK = vector.Face("Open Sans Light", size=29, hinted=False)
@@ -19,7 +19,7 @@ _BAYER = np.array([[0, 8, 2, 10], [12, 4, 14, 6], [3, 11, 1, 9], [15, 7, 13, 5]]
 
 
 def _gradient(stops):
-    y = np.arange(H) + 0.5
+    y = _rows()[:, 0]
     at = [row for row, _ in stops]
     return np.stack([np.interp(y, at, [colour[i] for _, colour in stops]) for i in range(3)], axis=1)[:, None, :]
 
@@ -36,18 +36,22 @@ def _smooth(low, high, value):
 
 
 def _rows():
-    return (np.arange(H) + 0.5)[:, None]
+    return ((np.arange(fine.pixels(H)) + 0.5) / fine.SCALE)[:, None]
 
 
 def _columns():
-    return (np.arange(W) + 0.5)[None, :]
+    return ((np.arange(fine.pixels(W)) + 0.5) / fine.SCALE)[None, :]
+
+
+def _layered(across, up, layers, random, **how):
+    return noise.layered(fine.pixels(W), fine.pixels(H), across, up, layers, random, **how)
 
 
 def _ridge_line(random, base, height, across, sharpness=0.5):
     """One skyline: hills upon hills, with crests pinched to peaks."""
-    total, strength = np.zeros(W), 1.0
+    total, strength = np.zeros(fine.pixels(W)), 1.0
     for layer in range(6):
-        hills = noise.value_field(W, 1, across << layer, 1, random, wrap=False)[0]
+        hills = noise.value_field(fine.pixels(W), 1, across << layer, 1, random, wrap=False)[0]
         total += strength * (1 - 2 * np.abs(hills) ** 0.8 if layer else hills * 1.8)
         strength *= sharpness
     total = (total - total.min()) / (total.max() - total.min())
@@ -56,6 +60,7 @@ def _ridge_line(random, base, height, across, sharpness=0.5):
 
 def _smoothed(line, reach):
     """Running mean, mirrored at both ends."""
+    reach = fine.pixels(reach)
     wide = np.pad(line, reach, mode="reflect")
     return np.convolve(wide, np.ones(2 * reach + 1) / (2 * reach + 1), mode="valid")
 
@@ -67,7 +72,7 @@ def _ridge(picture, line, colour, mist, depth):
     peak in upright streaks.
     """
     y = _rows()
-    land = np.clip(line[None, :] - y + 0.5, 0, 1)
+    land = np.clip((line[None, :] - y) * fine.SCALE + 0.5, 0, 1)
     level = _smoothed(_smoothed(line, 60), 60)[None, :] + 6
     clear = np.clip(1 - (level - y) / depth, 0, 1.12) ** 1.3
     _lay(picture, mist, land)
@@ -79,9 +84,9 @@ def _ridge(picture, line, colour, mist, depth):
 
 def _cirrus(picture, random, low, high, strength, colour=(255, 255, 255)):
     """Thin streaks of high cloud between two rows."""
-    field = noise.layered(W, H, 5, 26, 5, random, roughness=0.6)
-    sway = noise.layered(W, H, 4, 5, 2, random)
-    field = noise.warped(field, sway * 40, sway * 10)
+    field = _layered(5, 26, 5, random, roughness=0.6)
+    sway = _layered(4, 5, 2, random)
+    field = noise.warped(field, sway * fine.pixels(40), sway * fine.pixels(10))
     y = _rows()
     window = _smooth(low, low + 24, y) * (1 - _smooth(high - 14, high + 30, y))
     _lay(picture, colour, np.clip((field - 0.1) / 2.2, 0, 1) * window * strength)
@@ -131,7 +136,7 @@ def _wordmark(picture, x, baseline, colour, strength):
 
 def _bank(picture, random, low, high, strength, colour=(255, 255, 255)):
     """A soft bank of cloud between two rows."""
-    field = noise.layered(W, H, 4, 10, 5, random, roughness=0.5)
+    field = _layered(4, 10, 5, random, roughness=0.5)
     y = _rows()
     window = _smooth(low, (low + high) / 2, y) * (1 - _smooth((low + high) / 2, high, y))
     _lay(picture, colour, np.clip((field + 0.6) / 2.2, 0, 1) * window * strength)
@@ -139,11 +144,11 @@ def _bank(picture, random, low, high, strength, colour=(255, 255, 255)):
 
 def _floor(picture, stops, low=124, high=152):
     """The plain ground under the buttons and the status box."""
-    _lay(picture, _gradient(stops), np.repeat(_smooth(high, low, _rows()), W, axis=1))
+    _lay(picture, _gradient(stops), np.repeat(_smooth(high, low, _rows()), fine.pixels(W), axis=1))
 
 
 def _open(stops):
-    return np.repeat(_gradient(stops), W, axis=1)
+    return np.repeat(_gradient(stops), fine.pixels(W), axis=1)
 
 
 def mountains():
@@ -196,11 +201,11 @@ def coast():
 
 def _sea(picture, random, horizon, bottom):
     """Water below the horizon, with the low sun drawn out across it; paler where the mist begins."""
-    water = np.clip(horizon - _rows() + 0.5, 0, 1)
+    water = np.clip((horizon - _rows()) * fine.SCALE + 0.5, 0, 1)
     near = np.clip((horizon - _rows()) / (horizon - bottom), 0, 1)
     far_tone, near_tone = np.array([182, 203, 224.0]), np.array([214, 227, 239.0])
     picture += ((far_tone + (near_tone - far_tone) * near[:, :, None]) - picture) * water[:, :, None]
-    waves = noise.layered(W, H, 20, 130, 3, random, roughness=0.6)
+    waves = _layered(20, 130, 3, random, roughness=0.6)
     _lay(picture, (255, 255, 255), np.clip(waves / 3, 0, 1) * water * (0.12 + 0.25 * near))
     path = np.exp(-(((_columns() - 640) / (40 + 200 * near)) ** 2))
     _lay(picture, (255, 245, 230), path * np.clip(0.5 + waves * 0.35, 0, 1) * water * 0.85)
@@ -212,7 +217,8 @@ SCENES = {"background_1": mountains, "background_2": coast}
 def draw(name):
     """Opaque pixels, bottom row first."""
     picture = SCENES[name]()
-    pattern = np.tile(_BAYER, (H // 4, W // 4))[:, :, None]
-    out = np.full((H, W, 4), 255, np.uint8)
+    height, width = picture.shape[:2]
+    pattern = np.tile(_BAYER, (height // 4, width // 4))[:, :, None]
+    out = np.full((height, width, 4), 255, np.uint8)
     out[:, :, :3] = np.clip(np.floor(picture + pattern), 0, 255)
     return out

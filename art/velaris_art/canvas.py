@@ -8,10 +8,13 @@ what lets bars and boxes repeat without seams.
 
 import numpy as np
 
+from . import fine
+
 
 def grid(w, h):
-    """Coordinates of the pixel centres: x as one row, y as one column."""
-    return np.arange(w)[None, :] + 0.5, np.arange(h)[:, None] + 0.5
+    """Coordinates of the pixel centres, in units: x as one row, y as one column."""
+    x, y = np.arange(fine.pixels(w)) + 0.5, np.arange(fine.pixels(h)) + 0.5
+    return x[None, :] / fine.SCALE, y[:, None] / fine.SCALE
 
 
 def rounded(w, h, rect, radius=0.0):
@@ -41,7 +44,7 @@ def disc(w, h, centre, radius):
 
 def cover(distance):
     """Coverage of a shape given by its signed distance: one pixel of smooth edge."""
-    return np.clip(0.5 - distance, 0, 1)
+    return np.clip(0.5 - distance * fine.SCALE, 0, 1)
 
 
 def ring(distance, width=1.0):
@@ -58,19 +61,19 @@ def glow(distance, reach):
 def rows(h, *stops):
     """A colour for each row, between stops of (row, colour) in rising order."""
     at = [stop[0] for stop in stops]
-    y = np.arange(h) + 0.5
+    y = (np.arange(fine.pixels(h)) + 0.5) / fine.SCALE
     return np.stack([np.interp(y, at, [stop[1][i] for stop in stops]) for i in range(3)], axis=1)[:, None, :]
 
 
 class Canvas:
     def __init__(self, w, h):
         self.w, self.h = w, h
-        self.rgb = np.zeros((h, w, 3))  # premultiplied
-        self.alpha = np.zeros((h, w, 1))
+        self.rgb = np.zeros((fine.pixels(h), fine.pixels(w), 3))  # premultiplied
+        self.alpha = np.zeros((fine.pixels(h), fine.pixels(w), 1))
 
     def paint(self, colour, mask=1.0, strength=1.0):
         """Lays a colour, or one colour a row, or one a pixel, over what is there."""
-        mask = np.broadcast_to(np.asarray(mask, dtype=float), (self.h, self.w))[:, :, None] * strength
+        mask = np.broadcast_to(np.asarray(mask, dtype=float), self.alpha.shape[:2])[:, :, None] * strength
         self.rgb = np.asarray(colour, dtype=float) * mask + self.rgb * (1 - mask)
         self.alpha = mask + self.alpha * (1 - mask)
         return self

@@ -5,9 +5,11 @@ bringing its own: it is narrowed or widened a little and shifted by parts of a p
 stems fall on whole columns, which is what keeps such small text sharp.
 """
 
+import math
+
 import numpy as np
 
-from . import vector
+from . import fine, vector
 
 FACE = vector.Face("Open Sans Semibold", size=9.75)
 CELL_W, CELL_H = 14, 15
@@ -97,3 +99,59 @@ def pixels(code, advance):
     cell[:, :, 3] = alpha
     cell[alpha == 0] = 0
     return cell
+
+
+# --- the finer sheets, for windows that are shown larger
+
+ROWS = [  # as in the atlas, the lowest row first
+    " 0123456789AaBbCcDdEe", "FfGgHhIiJjKkLlMmNnOoP", "pQqRrSsTtUuVvWwXxYyZz", "!@#$%^&*()-_+=[]|\\':;",
+    "<.>,?/`\u00fb\u00c1\u00e1\u00c9\u00e9\u00cd\u00ed\u00d3\u00f3\u00da\u00fa\u00d1\u00f1\u00bf",
+]
+BORDER = 1  # free pixels round each cell, so that one which is filtered does not take its neighbour's ink
+
+
+def cell_size(scale):
+    return math.ceil(CELL_W * scale), math.ceil(CELL_H * scale)
+
+
+def fine_sheet(scale, advances):
+    """Coverage of all cells at a scale, bottom row first. `advances` by code, in units."""
+    fine.SCALE = scale
+    cell_w, cell_h = cell_size(scale)
+    sheet = np.zeros((len(ROWS) * (cell_h + 2 * BORDER), len(ROWS[0]) * (cell_w + 2 * BORDER)))
+    for row, text in enumerate(ROWS):
+        for column, char in enumerate(text):
+            if char == " ":
+                continue
+            y, x = row * (cell_h + 2 * BORDER) + BORDER, column * (cell_w + 2 * BORDER) + BORDER
+            sheet[y : y + cell_h, x : x + cell_w] = _fine_glyph(char, advances[ord(char)], scale)
+    fine.SCALE = 1
+    return np.rint(sheet * 255).astype(np.uint8)
+
+
+def _fine_glyph(char, advance, scale):
+    """The baseline and the room are whole pixels; within the room the sharpest place and width are taken."""
+    cell_w, cell_h = cell_size(scale)
+    baseline, room = round(BASELINE * scale), math.floor(ROOM.get(char, advance) * scale)
+    natural = min(max(advance / FACE.advance(char), LAST_RESORT), WIDEST)
+    best, best_quality = None, -np.inf
+    for share in np.arange(1.06, 0.5, -0.02):
+        if best is not None and share < 0.86:
+            break  # narrower only where nothing else fits
+        stretch = natural * share
+        for shift in np.arange(-0.75 * scale, 1.25 * scale, 0.125):
+            wide = FACE.mask((cell_w + 2 * PAD) / scale, cell_h / scale, char, (PAD + shift) / scale, baseline / scale,
+                             stretch)
+            wide = np.where(wide < SLACK, 0, wide)
+            if not wide.any() or wide[:, :PAD].any() or wide[:, PAD + room :].any():
+                continue
+            ink = wide[:, PAD : PAD + room]
+            columns = ink.sum(axis=0)
+            middle = (columns * (np.arange(room) + 0.5)).sum() / columns.sum() / scale
+            quality = (ink**2).sum() / ink.sum() - 1.2 * abs(share - 1)
+            quality -= 2 * abs(middle - (advance - 0.4) / 2)
+            if quality > best_quality:
+                best, best_quality = wide[:, PAD : PAD + cell_w], quality
+    if best is None:
+        raise ValueError(f"nothing fits {char!r} into its advance of {advance} at {scale}")
+    return best

@@ -10,7 +10,7 @@ import os
 
 import numpy as np
 
-from . import noise, vector
+from . import fine, noise, vector
 from .regions import ART
 
 SIZE = 64
@@ -55,7 +55,9 @@ def _land():
     land = np.zeros((MAP_H, MAP_W))
     for kind, points in _shapes():
         at = [((lon + 180) / 360 * MAP_W, (lat + 90) / 180 * MAP_H) for lon, lat in points]
-        shape = vector.mask(MAP_W, MAP_H, vector.polygon(at))
+        # One pixel a point of the map, however fine the picture.
+        drawn = vector.polygon([(x / fine.SCALE, y / fine.SCALE) for x, y in at])
+        shape = vector.mask(MAP_W / fine.SCALE, MAP_H / fine.SCALE, drawn)
         land = np.maximum(land, shape) if kind == "land" else land * (1 - shape)
     return land
 
@@ -121,9 +123,10 @@ def _soft_box(lon, lat, west, east, south, north, edge=7.0):
 
 
 def _frame(surface, gleam, longitude):
-    """One picture, 64 by 64, straight alpha, bottom row first."""
-    n = SIZE * FINE
-    at = (np.arange(n) + 0.5) / FINE - CENTRE
+    """One picture, 64 by 64 units, straight alpha, bottom row first."""
+    size = fine.pixels(SIZE)
+    n = size * FINE
+    at = (np.arange(n) + 0.5) / (FINE * fine.SCALE) - CENTRE
     x, y = np.meshgrid(at / RADIUS, at / RADIUS)
     away = np.hypot(x, y)
     ground = away < 1
@@ -150,10 +153,10 @@ def _frame(surface, gleam, longitude):
     alpha = np.where(ground, 1.0, air)
     colour = np.where(ground[:, :, None], np.clip(colour, 0, 255), AIR_COLOUR)
 
-    mass = alpha.reshape(SIZE, FINE, SIZE, FINE).mean(axis=(1, 3))
-    paint = (colour * alpha[:, :, None]).reshape(SIZE, FINE, SIZE, FINE, 3).mean(axis=(1, 3))
+    mass = alpha.reshape(size, FINE, size, FINE).mean(axis=(1, 3))
+    paint = (colour * alpha[:, :, None]).reshape(size, FINE, size, FINE, 3).mean(axis=(1, 3))
     mass = np.where(mass < 1 / 255, 0, mass)
-    out = np.zeros((SIZE, SIZE, 4), np.uint8)
+    out = np.zeros((size, size, 4), np.uint8)
     out[:, :, :3] = np.clip(np.rint(paint / np.maximum(mass, 1e-9)[:, :, None]), 0, 255)
     out[:, :, 3] = np.rint(mass * 255)
     out[out[:, :, 3] == 0] = 0

@@ -5,18 +5,29 @@ import math
 import cairo
 import numpy as np
 
+from . import fine
+
 
 def mask(w, h, draw):
-    """Coverage of what draw(context) fills or strokes, with y up and one unit a pixel."""
-    surface = cairo.ImageSurface(cairo.FORMAT_A8, w, h)
+    """Coverage of what draw(context) fills or strokes, with y up, in units."""
+    surface = _surface(w, h)
     context = cairo.Context(surface)
     context.set_antialias(cairo.ANTIALIAS_BEST)
-    context.translate(0, h)
-    context.scale(1, -1)
+    context.scale(fine.SCALE, -fine.SCALE)
+    context.translate(0, -h)
     draw(context)
+    return _coverage(surface)
+
+
+def _surface(w, h):
+    return cairo.ImageSurface(cairo.FORMAT_A8, fine.pixels(w), fine.pixels(h))
+
+
+def _coverage(surface):
+    """What stands on it, bottom row first."""
     surface.flush()
-    data = np.frombuffer(surface.get_data(), np.uint8).reshape(h, surface.get_stride())
-    return data[::-1, :w].astype(float) / 255
+    data = np.frombuffer(surface.get_data(), np.uint8).reshape(surface.get_height(), surface.get_stride())
+    return data[::-1, : surface.get_width()].astype(float) / 255
 
 
 def polygon(points):
@@ -86,15 +97,14 @@ class Face:
 
     def mask(self, w, h, text, x, baseline, stretch=1.0, spacing=0.0):
         """Coverage of a text; the baseline counts upwards. Spacing is added after each letter."""
-        surface = cairo.ImageSurface(cairo.FORMAT_A8, w, h)
+        surface = _surface(w, h)
         context = cairo.Context(surface)
         context.set_antialias(cairo.ANTIALIAS_BEST)
+        context.scale(fine.SCALE, fine.SCALE)
         self._use(context, stretch)
         for piece in text if spacing else [text]:
             context.move_to(x, h - baseline)
             context.text_path(piece)
             x += context.text_extents(piece).x_advance + spacing
         context.fill()
-        surface.flush()
-        data = np.frombuffer(surface.get_data(), np.uint8).reshape(h, surface.get_stride())
-        return data[::-1, :w].astype(float) / 255
+        return _coverage(surface)

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "gfx/builtin.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/scale.h"
@@ -18,7 +19,6 @@ namespace {
 
 // Cells of the atlas: 21 in a row of the letters, 40 in a row of the table of pictographs.
 constexpr int grid_columns = 21, table_columns = 40;
-constexpr float atlas_side = 512;
 
 // The cells as they stand in the atlas, the lowest row first. The last 14 bytes are Latin-1: u with a circumflex, the
 // vowels with acute accents, the enye, the inverted question mark.
@@ -175,34 +175,38 @@ float text_width(std::string_view text) {
 
 float OGL_strtex(int charset, int color, float* s, float* t, float* dx, float* dy) {
     const charset_row& row = find_charset(charset);
-    tman.bind_ref(row.tex_ref, 0, 0);
+    const bool letters = charset != charset_table;
+    tman.bind_ref(letters ? glyph_sheet.reference : row.tex_ref, 0, 0);
     OGL_setstate(fog_off, 1, lit_off, alpha_blend, depth_read_off, depth_write_off);
     OGL_set_color(color, 1.0f);
-    *s = *t = 0;
-    *dx = row.dx;
-    *dy = row.dy;
+    *s = *t = letters ? static_cast<float>(glyph_sheet.border) : 0;
+    *dx = letters ? static_cast<float>(glyph_sheet.cell_dx) : row.dx;
+    *dy = letters ? static_cast<float>(glyph_sheet.cell_dy) : row.dy;
     return row.advance;
 }
 
 void OGL_char(float x, float y, float s, float t, float dx, float dy, int code, int charset) {
+    const bool letters = charset != charset_table;
+    const glyph_sheet_t sheet = letters ? glyph_sheet : glyph_sheet_t{1, 13, 13, 0, 6, 512, 512, tex_atlas};
     const auto byte = static_cast<unsigned char>(code);
-    const int columns = charset == charset_table ? table_columns : grid_columns;
-    const int cell = charset == charset_table ? byte : cells.of[byte];
-    const int column = cell % columns, row = cell / columns;
-    // Half a texel is left out all round where cells are filtered, or the neighbour's ink shows at the edge.
-    const float edge = mnw.scale == 1 ? 0.0f : 0.5f;
-    const float s1 = s + static_cast<float>(column) * dx + edge, t1 = t + static_cast<float>(row) * dy + edge;
-    const float s2 = s1 + dx - 2 * edge, t2 = t1 + dy - 2 * edge;
-    // From a whole pixel, or the letters blur; the cell reaches 4 below the line for what hangs there.
-    const float left = pixel_below(x) + edge, bottom = pixel_below(y - 4) + edge;
-    const float right = left + s2 - s1, top = bottom + t2 - t1;
-    glTexCoord2f(s1 / atlas_side, t1 / atlas_side);
+    const int columns = letters ? grid_columns : table_columns, cell = letters ? cells.of[byte] : byte;
+    const int column = cell % columns, row = cell / columns, around = 2 * sheet.border;
+    // Half a texel is left out all round where cells that touch are filtered, or the neighbour's ink shows at the edge.
+    const float edge = sheet.border || mnw.scale == sheet.scale ? 0.0f : 0.5f;
+    const float s1 = s + static_cast<float>(column * (sheet.cell_dx + around)) + edge, s2 = s1 + dx - 2 * edge;
+    const float t1 = t + static_cast<float>(row * (sheet.cell_dy + around)) + edge, t2 = t1 + dy - 2 * edge;
+    // From whole pixels, or the letters blur. The base of the letters is 2 above the line.
+    const float left = pixel_below(x) + edge / sheet.scale;
+    const float bottom = pixel_below(y + 2) + (edge - static_cast<float>(sheet.baseline)) / sheet.scale;
+    const float right = left + (s2 - s1) / sheet.scale, top = bottom + (t2 - t1) / sheet.scale;
+    const float sheet_dx = static_cast<float>(sheet.dx), sheet_dy = static_cast<float>(sheet.dy);
+    glTexCoord2f(s1 / sheet_dx, t1 / sheet_dy);
     glVertex2f(left, bottom);
-    glTexCoord2f(s1 / atlas_side, t2 / atlas_side);
+    glTexCoord2f(s1 / sheet_dx, t2 / sheet_dy);
     glVertex2f(left, top);
-    glTexCoord2f(s2 / atlas_side, t2 / atlas_side);
+    glTexCoord2f(s2 / sheet_dx, t2 / sheet_dy);
     glVertex2f(right, top);
-    glTexCoord2f(s2 / atlas_side, t1 / atlas_side);
+    glTexCoord2f(s2 / sheet_dx, t1 / sheet_dy);
     glVertex2f(right, bottom);
 }
 

@@ -1,5 +1,5 @@
 // tman.h: every texture as a small integer reference; the manager owns the names behind them.
-// References: 388 interface atlas, 389 installer sheet, 390 and 391 backgrounds, 926 a gray pixel for what is missing;
+// References: 388 interface atlas, 389 installer sheet, 390 and 391 backgrounds, 393 letters of a scale above 1, 926 a gray pixel for what is missing;
 // below 1131 they are fixed by the caller, from there on given out.
 // Errors: a missing file is fatal with fail mode 4, else a log line and the gray pixel. Misuse is fatal.
 // Threads: tables are guarded by one critical section; OpenGL calls on the main thread only.
@@ -17,6 +17,7 @@ enum : int {
     tex_installer = 389,
     tex_back_1 = 390,
     tex_back_2 = 391,
+    tex_glyphs = 393,
     tex_blank = 926,
     tex_auto = 1131
 };

@@ -52,6 +52,7 @@ void MACIBM_follow_surface() {
         mnw.scale = scale_that_fits(mnw.scale, {mnw.screen_dx, mnw.screen_dy, 1});
     centre_on_surface(mnw.wind_dx, mnw.wind_dy);
     OGL_viewport(2);
+    if (ogl_inited) match_ins_texes();
 }
 
 void MACIBM_set_scale(float asked) {

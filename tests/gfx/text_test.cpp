@@ -7,9 +7,14 @@
 #include <sstream>
 
 #include "gfx/builtin.h"
+#include "gfx/colr.h"
 #include "gfx/gl_calls.h"
 #include "gfx/gl_window.h"
+#include "gfx/images/tex.h"
 #include "gfx/mnw.h"
+#include "gfx/oglp.h"
+#include "gfx/scale.h"
+#include "gfx/tman.h"
 
 // The glyphs as the artist's table lists them.
 struct glyph {
@@ -81,6 +86,40 @@ TEST(text, glyphs_stand_and_measure_as_the_art_has_them) {
     }
     for (int code = 0; code < 256; ++code)
         EXPECT_EQ(char_width(static_cast<char>(code)), widths[static_cast<std::size_t>(code)]) << code;
+}
+
+// Pixel for pixel, and on a base line of whole pixels: what is filtered is never quite sharp.
+TEST(text, letters_of_larger_scales_are_the_sheets_own_pixels) {
+    gl_window window(1600, 1200);
+    for (const auto& [scale, name] : {std::pair{1.5f, "glyphs_1.5x"}, {2.0f, "glyphs_2x"}, {3.0f, "glyphs_3x"}}) {
+        SCOPED_TRACE(name);
+        mnw.scale = scale;
+        OGL_pix_specs(0);
+        match_ins_texes();
+        TEX_image_desc desc;
+        std::vector<unsigned char> ink;
+        const std::string path = std::string(VELARIS_ROOT_DIR) + "/art/rendered/" + name + ".png";
+        ASSERT_EQ(TEX_load_any(path, desc, tex_format_alpha, ink), 1);
+        ASSERT_EQ(desc.width, glyph_sheet.dx);
+        window.clear();
+        mnw.wind_x = mnw.wind_y = 0;
+        OGL_string(49, 100, 102, "~F", 0, charset_text, align_left);  // "~" has no cell and no width
+        const picture drawn = window.grab();
+        const int left = pixels_of(100), low = pixels_of(102) - glyph_sheet.baseline, cell = glyph_sheet.cell_dy + 2;
+        int worst = 0;
+        for (int y = 0; y < glyph_sheet.cell_dy; ++y)
+            for (int x = 0; x < glyph_sheet.cell_dx; ++x) {
+                const int wanted = ink[static_cast<std::size_t>((cell + 1 + y) * desc.width + 1 + x)];
+                worst = std::max(worst, std::abs(drawn.at(left + x, low + y).g - wanted));
+            }
+        EXPECT_LE(worst, 2);
+    }
+    // The palette is the same, whichever atlas is loaded; below 1 the plain one serves.
+    take_palette_from_atlas();
+    EXPECT_NEAR(colr.rgb(colour_back)[2] * 255, 86, 0.5f);
+    mnw.scale = 0.75f;
+    match_ins_texes();
+    EXPECT_EQ(glyph_sheet.reference, tex_atlas);
 }
 
 TEST(text, lines_are_placed_by_their_alignment) {

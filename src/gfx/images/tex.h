@@ -51,6 +51,10 @@ int TEX_load_bmp(const std::string& path, xmap_class& file, TEX_image_desc& desc
 // the number of levels, 0 where the file does not go down to 1 by 1. Never an alert.
 int TEX_load_dds(const std::string& path, xmap_class& file, TEX_image_desc& desc, const unsigned char** data);
 
+// A PNG in memory, of that size and no other: RGBA with 4 `channels`, with 1 the brightness alone. 0 if it is none.
+int TEX_unpack_png(const unsigned char* file, std::size_t length, int width, int height, int channels,
+                   unsigned char* pixels);
+
 // 1 on success; 0 for a format that the file cannot hold, and where it cannot be written: then nothing stays of it. The
 // file is the right way up.
 int TEX_save_png(const std::string& path, const TEX_image_desc& desc, const unsigned char* pixels);

@@ -184,6 +184,19 @@ int TEX_load_png(const std::string& path, xmap_class& file, TEX_image_desc& desc
     return file.retry(path) ? tex_png_from_map(path, file, desc, format, pixels) : 0;
 }
 
+int TEX_unpack_png(const unsigned char* file, std::size_t length, int width, int height, int channels,
+                   unsigned char* pixels) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_memory(&image, file, length)) return 0;
+    image.format = channels == 1 ? PNG_FORMAT_GRAY : PNG_FORMAT_RGBA;
+    const bool of_the_size = static_cast<int>(image.width) == width && static_cast<int>(image.height) == height;
+    // A negative step writes the last row first.
+    const bool read = of_the_size && png_image_finish_read(&image, nullptr, pixels, -width * channels, nullptr);
+    png_image_free(&image);
+    return read;
+}
+
 namespace {
 
 struct png_writing {
