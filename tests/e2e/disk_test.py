@@ -1,5 +1,6 @@
-"""Disks that cannot be written: no access, and no room."""
+"""Disks that are seldom to be had: without access, without room, with sectors that cannot be read, or without case."""
 import ctypes
+import errno
 import os
 import shutil
 import subprocess
@@ -9,29 +10,34 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import folders
 import installer
 import release
+import servers
 
-BIG = "All/Aircraft/Heron/Heron.acf"
-ROOM = 3_000_000
+HERON, COCKPIT = "Aircraft/Heron/Heron.acf", "Aircraft/Heron/cockpit.txt"
 NO_ACCESS = "I am unable to install or update Velaris. An error occurred while creating new folders."
-
-
-def tree_with(big):
-    tree = release.landmarks()
-    tree.add(BIG, big).add("All/Airfoils/small.afl", "small\n").add("All/Weapons/after.wpn", "after\n")
-    return tree
+CANNOT_EXTRACT = "The installer cannot extract a file."
+ODD_FS = os.path.join(installer.PROGRAMS, "tests", "odd_fs")
+NEEDED = {ODD_FS: "a build with libfuse3-dev", "/dev/fuse": "FUSE in the kernel", "/bin/fusermount3": "the package fuse3"}
 
 
 class DiskTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
-        cls.publisher, (cls.old, cls.new) = installer.publish(
-            cls, tree_with(release.noise(900_000)), tree_with(release.noise(1_600_000)))
+        old, _, new = release.history()
+        for number, text in enumerate(("as ever\n", "of the new release\n")):
+            old.add(f"All/Resources/Spelling {number}.txt", "as ever\n")
+            old.add(f"All/Instructions/Upper {number}/inside.txt", "as ever\n")
+            new.add(f"All/Resources/spelling {number}.TXT", text)
+            new.add(f"All/Instructions/UPPER {number}/Inside.txt", text)
+        cls.publisher, (cls.old, cls.new) = installer.publish(cls, old, new)
 
     def setUp(self):
         super().setUp()
         # Python's server also runs where this process is root only in name.
         self.server = installer.faulty(self, self.publisher, self.new)
         self.host = self.server.address
+
+    def update(self, *options, **how):
+        return self.install("--pref:_rename_folder=0", *options, **how)
 
     def test_folder_below_a_file_is_named_and_the_run_fails(self):
         blocked = os.path.join(self.folder, "a file")
@@ -49,74 +55,112 @@ class DiskTest(installer.Scene):
             self.addCleanup(os.chmod, here, 0o755)
         before = folders.snapshot(self.dest)
         outcome = self.install(status=1, preexec=drop_powers)
-        self.assertIn("The installer cannot extract a file.", outcome.err)
+        self.assertIn(CANNOT_EXTRACT, outcome.err)
         self.assert_same(before)
 
-    # The rest needs a small disk: a file system in memory that only this process sees.
+    # The rest needs a disk that fails on request; what it holds lies in self.below.
 
-    def small_disk(self, name, room=ROOM):
-        if os.environ.get("VELARIS_OWN_MOUNTS") != "1":
-            self.skipTest("needs leave to mount a small disk (root, or user namespaces)")
-        place = os.path.join(self.folder, name)
-        os.makedirs(place)
-        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={room}", "tmpfs", place], check=True)
-        self.addCleanup(subprocess.run, ["umount", "-l", place], check=True)
-        return place
+    def lay_out(self, *options):
+        """The odd disk with the old release on it."""
+        missing = [words for path, words in NEEDED.items() if not os.path.exists(path)]
+        if missing:
+            self.skipTest(f"needs {' and '.join(missing)}")
+        self.below, self.disk = (os.path.join(self.folder, name) for name in ("below", "disk"))
+        os.mkdir(self.below)
+        os.mkdir(self.disk)
+        self.dest = os.path.join(self.disk, "Velaris")
+        self.place(self.old.tree.installed(), os.path.join(self.below, "Velaris"))
+        self.mount(*options)
+        self.before = folders.snapshot(self.dest)
 
-    def fill(self, disk, leave):
-        facts = os.statvfs(disk)
-        with open(os.path.join(disk, "ballast"), "wb") as out:
-            out.write(bytes(facts.f_bavail * facts.f_frsize - leave))
+    def mount(self, *options):
+        self.odd_fs = subprocess.Popen([ODD_FS, self.below, self.disk, f"--faults={self.folder}/faults", *options],
+                                       stdout=subprocess.PIPE, preexec_fn=servers.end_with_parent)
+        installer.at_end(self, self.unmount, self.odd_fs)
+        self.assertEqual(self.odd_fs.stdout.readline(), b"ready\n")
+
+    def unmount(self, odd_fs):
+        if odd_fs.poll() is None:
+            subprocess.run(["fusermount3", "-u", "-z", self.disk], check=False)
+            odd_fs.wait(30)
+        installer.put_down(odd_fs)
+
+    def let_fail(self, operation, code, path="*"):
+        with open(os.path.join(self.folder, "faults"), "w", encoding="utf-8") as out:
+            out.write(f"{operation} {code} {path}\n")
+
+    def mend(self):
+        self.let_fail("nothing", 0)
 
     def test_too_little_room_is_seen_before_anything_is_touched(self):
-        disk = self.small_disk("disk")
-        self.dest = os.path.join(disk, "Velaris")
-        self.place(self.old.tree.installed())
-        self.fill(disk, 1_000_000)
-        before = folders.snapshot(self.dest)
+        self.lay_out()
+        self.let_fail("room", 40_000)
         outcome = self.install(status=1)
         self.assertIn("You don't have enough disk space to install this!", outcome.out)
-        self.assert_same(before)
+        self.assert_same(self.before)
 
-    def test_disk_that_fills_up_keeps_the_old_file_and_the_next_run_completes(self):
-        disk = self.small_disk("disk")
-        # A new copy: its folder is not there yet, so the room cannot be known beforehand.
-        self.dest = os.path.join(disk, "Velaris")
-        self.fill(disk, 1_000_000)
-        outcome = self.install("--pref:_rename_folder=0", status=1)
-        self.assertIn("The installer cannot extract a file.", outcome.err)
-        self.assertNotIn("small", outcome.err)
-        have = {path for path, facts in folders.snapshot(self.dest).items() if facts[0] != "folder"}
-        self.assertEqual(have - set(self.new.tree.installed()), set(), "left a part of a file behind")
-        self.assertNotIn("Aircraft/Heron/Heron.acf", have)
-        os.unlink(os.path.join(disk, "ballast"))
-        self.install("--pref:_rename_folder=0")
-        self.assert_installed(self.new.tree.installed())
-
-    def test_update_that_finds_no_room_on_the_way_keeps_the_old_file(self):
-        disk = self.small_disk("disk")
-        self.dest = os.path.join(disk, "Velaris")
-        self.place(self.old.tree.installed())
-        gate = self.server.hold_after(0)
-        run = self.start("--agree", "--pref:_rename_folder=0")
-        self.assertTrue(gate.reached.wait(30))
-        self.fill(disk, 500_000)                    # somebody else takes the room
-        gate.open()
-        outcome = self.finish(run)
-        self.assertEqual(outcome.status, 1, outcome)
-        heron = folders.snapshot(self.dest)["Aircraft/Heron/Heron.acf"]
-        self.assertEqual(heron, folders.expected(self.old.tree.installed())["Aircraft/Heron/Heron.acf"])
-        os.unlink(os.path.join(disk, "ballast"))
-        self.install("--pref:_rename_folder=0")
+    def test_disk_that_cannot_be_written_keeps_the_old_files_and_the_next_run_completes(self):
+        self.lay_out()
+        for code in (errno.ENOSPC, errno.EIO):
+            with self.subTest(code=code):
+                gate = self.server.hold_after(0)
+                run = self.start("--agree", "--pref:_rename_folder=0")
+                self.assertTrue(gate.reached.wait(30))
+                self.let_fail("write", code)            # somebody else takes the room
+                gate.open()
+                outcome = self.finish(run)
+                self.assertEqual(outcome.status, 1, outcome)
+                self.assertIn(CANNOT_EXTRACT, outcome.err)
+                self.assertIn(os.strerror(code), outcome.err)
+                left = folders.snapshot(self.dest)
+                wrong = {path for path, facts in left.items() if facts[0] == "file" and facts != self.before.get(path)
+                         and facts != folders.expected(self.new.tree.installed()).get(path)}
+                self.assertEqual(wrong, set(), "left a part of a file behind")
+                self.assertEqual(left[HERON], self.before[HERON])
+        self.mend()
+        self.update()
         self.assert_installed(self.new.tree.installed())
 
     def test_full_temporary_folder_is_said_and_given_up(self):
-        disk = self.small_disk("tmp disk", 600_000)
+        self.lay_out()
         shutil.rmtree(self.desk.tmp)
-        os.symlink(disk, self.desk.tmp)
-        outcome = self.install("--give_up=2", status=4)
-        self.assertIn("No space left on device", outcome.out + outcome.err)
-        self.assertEqual(os.listdir(disk), [])
+        os.symlink(self.disk, self.desk.tmp)
+        gate = self.server.hold_after(0)
+        run = self.start("--agree", "--give_up=2")
+        self.assertTrue(gate.reached.wait(30))
+        self.let_fail("write", errno.ENOSPC)
+        gate.open()
+        outcome = self.finish(run)
+        self.assertEqual(outcome.status, 4, outcome)
+        self.assertIn(os.strerror(errno.ENOSPC), outcome.out + outcome.err)
+        self.assertEqual(os.listdir(self.disk), ["Velaris"])
+
+    def test_file_that_cannot_be_read_counts_as_the_users_and_is_named(self):
+        self.lay_out()
+        for operation, code in (("read", errno.EIO), ("open", errno.EIO), ("open", errno.EACCES)):
+            with self.subTest(operation=operation, code=code):
+                self.mend()
+                shutil.rmtree(self.dest)
+                self.place(self.old.tree.installed())
+                self.put(COCKPIT, "my own")
+                mine = folders.snapshot(self.dest)[COCKPIT]
+                self.let_fail(operation, code, f"/Velaris/{COCKPIT}")
+                for options, status in ((["--changed=cancel"], 3), (["--changed=keep"], 0)):
+                    outcome = self.update(*options, status=status)
+                    self.assertIn(COCKPIT, outcome.out + outcome.err)
+                self.mend()
+                self.assert_installed(self.new.tree.installed(), besides={COCKPIT: mine})
+
+    def test_new_spelling_on_a_disk_without_case_is_the_same_file(self):
+        self.lay_out("--fold")
+        self.update()
+        wanted = {path.lower(): facts for path, facts in folders.expected(self.new.tree.installed()).items()}
+        found = {path.lower(): facts for path, facts in folders.snapshot(self.dest).items()}
+        self.assertEqual(folders.differences(wanted, found), [])
+        asked = len(self.server.asked)
+        outcome = self.update()
+        self.assertIn("Your copy of Velaris is already the latest version.", outcome.out)
+        self.assertEqual(len(self.server.asked), asked + 2)
 
 
 def drop_powers():
@@ -125,20 +169,5 @@ def drop_powers():
         ctypes.CDLL(None).prctl(24, power)          # PR_CAPBSET_DROP
 
 
-def enter_own_mounts():
-    """Starts this file again where mounts are its own and vanish with it, if the system lets us."""
-    if "VELARIS_OWN_MOUNTS" in os.environ:
-        return
-    flags = ["-m"] if os.geteuid() == 0 else ["-rm"]
-    command = ["unshare", *flags, "--propagation", "private"]
-    allowed = shutil.which("unshare") and subprocess.run(
-        [*command, "sh", "-c", "d=$(mktemp -d) && mount -t tmpfs tmpfs $d; r=$?; umount $d; rmdir $d; exit $r"],
-        capture_output=True).returncode == 0
-    os.environ["VELARIS_OWN_MOUNTS"] = "1" if allowed else "0"
-    if allowed:
-        os.execvp("unshare", [*command, sys.executable, "-B", *sys.argv])
-
-
 if __name__ == "__main__":
-    enter_own_mounts()
     installer.main()

@@ -6,7 +6,8 @@
 // It stays in the foreground, prints "ready" once it can be used, and ends when it is unmounted or on SIGTERM.
 //   --fold    spellings that differ in the case of ASCII letters are one name; the spelling of the first stays
 //   --faults  FILE has a line "OPERATION ERRNO PATH" for each thing that fails: open, read or write; PATH as seen from the
-//             mount point, or "*". It is read at every such operation, so that a test may change it at any time.
+//             mount point, or "*". "room BYTES *" is the room that it says there is. It is read at every such operation,
+//             so that a test may change it at any time.
 //   --seed    SIGUSR1 is a power cut: what was not synced may be lost. Names go as a journal has them: some number of the
 //             latest changes is undone, none of them before the last sync. A file with bytes that were not synced is
 //             torn: empty, cut, with zeros in the place of its end, or whole. N sets which; odd_fs then ends.
@@ -75,13 +76,15 @@ int fault(const char* operation, const char* path) {
     return 0;
 }
 
-void settle_names() {
-    undo.clear();
+void note_unsynced(const struct stat& facts) {
+    unsynced.insert({facts.st_dev, facts.st_ino});
 }
 
-void note_unsynced(const std::string& path) {
-    struct stat facts;
-    if (lstat(path.c_str(), &facts) == 0) unsynced.insert({facts.st_dev, facts.st_ino});
+// The end of a change of names that can be undone by `back`.
+int changed(int result, std::function<void()> back) {
+    if (result != 0) return -errno;
+    undo.push_back(std::move(back));
+    return 0;
 }
 
 // Before a name is taken away or over: keeps what it stands for; putting it back is what undoes the change.
@@ -92,20 +95,10 @@ std::function<void()> keep(const std::string& path) {
 }
 
 void tear(const std::string& path, off_t size, std::mt19937& dice) {
-    const off_t place = size ? static_cast<off_t>(dice() % static_cast<unsigned long>(size)) : 0;
-    switch (dice() % 4) {
-        case 0:
-            break;
-        case 1:
-            truncate(path.c_str(), 0);
-            break;
-        case 2:
-            truncate(path.c_str(), place);
-            break;
-        default:
-            truncate(path.c_str(), place);
-            truncate(path.c_str(), size);
-    }
+    const unsigned how = dice() % 4;  // empty, cut, with zeros for its end, or whole
+    const off_t place = size && how ? static_cast<off_t>(dice() % static_cast<unsigned long>(size)) : 0;
+    if (how < 3) truncate(path.c_str(), place);
+    if (how == 2) truncate(path.c_str(), size);
 }
 
 void tear_below(const std::string& folder, std::mt19937& dice) {
@@ -145,31 +138,23 @@ int odd_readlink(const char* path, char* target, std::size_t room) {
 
 int odd_mkdir(const char* path, mode_t mode) {
     const std::string made = real(path);
-    if (mkdir(made.c_str(), mode) != 0) return -errno;
-    undo.push_back([made] { rmdir(made.c_str()); });
-    return 0;
+    return changed(mkdir(made.c_str(), mode), [made] { rmdir(made.c_str()); });
 }
 
 int odd_unlink(const char* path) {
     const std::string gone = real(path);
     const auto back = keep(gone);
-    if (unlink(gone.c_str()) != 0) return -errno;
-    undo.push_back(back);
-    return 0;
+    return changed(unlink(gone.c_str()), back);
 }
 
 int odd_rmdir(const char* path) {
     const std::string gone = real(path);
-    if (rmdir(gone.c_str()) != 0) return -errno;
-    undo.push_back([gone] { mkdir(gone.c_str(), 0755); });
-    return 0;
+    return changed(rmdir(gone.c_str()), [gone] { mkdir(gone.c_str(), 0755); });
 }
 
 int odd_symlink(const char* target, const char* path) {
     const std::string made = real(path);
-    if (symlink(target, made.c_str()) != 0) return -errno;
-    undo.push_back([made] { unlink(made.c_str()); });
-    return 0;
+    return changed(symlink(target, made.c_str()), [made] { unlink(made.c_str()); });
 }
 
 int odd_rename(const char* from, const char* to, unsigned flags) {
@@ -178,19 +163,10 @@ int odd_rename(const char* from, const char* to, unsigned flags) {
     // A new spelling of itself is a new name.
     if (before == after) after.replace(after.rfind('/'), std::string::npos, std::strrchr(to, '/'));
     const auto back = keep(after);
-    if (renameat2(AT_FDCWD, before.c_str(), AT_FDCWD, after.c_str(), flags) != 0) return -errno;
-    undo.push_back([before, after, back] {
+    return changed(renameat2(AT_FDCWD, before.c_str(), AT_FDCWD, after.c_str(), flags), [before, after, back] {
         rename(after.c_str(), before.c_str());
         back();
     });
-    return 0;
-}
-
-int odd_link(const char* from, const char* to) {
-    const std::string made = real(to);
-    if (link(real(from).c_str(), made.c_str()) != 0) return -errno;
-    undo.push_back([made] { unlink(made.c_str()); });
-    return 0;
 }
 
 int odd_chmod(const char* path, mode_t mode, fuse_file_info*) {
@@ -199,27 +175,26 @@ int odd_chmod(const char* path, mode_t mode, fuse_file_info*) {
 
 int odd_truncate(const char* path, off_t size, fuse_file_info*) {
     if (const int wrong = fault("write", path)) return wrong;
-    note_unsynced(real(path));
+    struct stat facts;
+    if (stat(real(path).c_str(), &facts) == 0) note_unsynced(facts);
     return failed(truncate(real(path).c_str(), size));
 }
 
-int odd_open(const char* path, fuse_file_info* file) {
-    if (const int wrong = fault("open", path)) return wrong;
-    const int fd = open(real(path).c_str(), file->flags & ~O_NOFOLLOW);
-    file->fh = static_cast<std::uint64_t>(fd);
-    if (fd >= 0 && file->flags & O_TRUNC) note_unsynced(real(path));
-    return failed(fd);
-}
-
+// An existing file when `mode` is 0, else perhaps a new one.
 int odd_create(const char* path, mode_t mode, fuse_file_info* file) {
     if (const int wrong = fault("open", path)) return wrong;
-    const std::string made = real(path);
-    const bool was_there = access(made.c_str(), F_OK) == 0;
-    const int fd = open(made.c_str(), file->flags, mode);
+    const std::string opened = real(path);
+    const bool is_new = access(opened.c_str(), F_OK) != 0;
+    struct stat facts;
+    if (!is_new && file->flags & O_TRUNC && stat(opened.c_str(), &facts) == 0) note_unsynced(facts);
+    const int fd = open(opened.c_str(), file->flags & ~O_NOFOLLOW, mode);
     if (fd < 0) return -errno;
     file->fh = static_cast<std::uint64_t>(fd);
-    if (!was_there) undo.push_back([made] { unlink(made.c_str()); });
-    return 0;
+    return is_new ? changed(0, [opened] { unlink(opened.c_str()); }) : 0;
+}
+
+int odd_open(const char* path, fuse_file_info* file) {
+    return odd_create(path, 0, file);
 }
 
 int odd_read(const char* path, char* to, std::size_t size, off_t place, fuse_file_info* file) {
@@ -231,13 +206,16 @@ int odd_read(const char* path, char* to, std::size_t size, off_t place, fuse_fil
 int odd_write(const char* path, const char* from, std::size_t size, off_t place, fuse_file_info* file) {
     if (const int wrong = fault("write", path)) return wrong;
     struct stat facts;
-    if (fstat(static_cast<int>(file->fh), &facts) == 0) unsynced.insert({facts.st_dev, facts.st_ino});
+    if (fstat(static_cast<int>(file->fh), &facts) == 0) note_unsynced(facts);
     const ssize_t count = pwrite(static_cast<int>(file->fh), from, size, place);
     return count < 0 ? -errno : static_cast<int>(count);
 }
 
-int odd_statfs(const char*, struct statvfs* facts) {
-    return failed(statvfs(root.c_str(), facts));
+int odd_statfs(const char* path, struct statvfs* facts) {
+    const long result = statvfs(root.c_str(), facts);
+    if (const int room = -fault("room", path))
+        facts->f_bfree = facts->f_bavail = static_cast<fsblkcnt_t>(room) / facts->f_frsize;
+    return failed(result);
 }
 
 int odd_release(const char*, fuse_file_info* file) {
@@ -247,18 +225,18 @@ int odd_release(const char*, fuse_file_info* file) {
 int odd_fsync(const char*, int, fuse_file_info* file) {
     struct stat facts;
     if (fstat(static_cast<int>(file->fh), &facts) == 0) unsynced.erase({facts.st_dev, facts.st_ino});
-    settle_names();
+    undo.clear();
     return 0;
 }
 
 int odd_fsyncdir(const char*, int, fuse_file_info*) {
-    settle_names();
+    undo.clear();
     return 0;
 }
 
 int odd_setxattr(const char*, const char* name, const char*, std::size_t, int) {
     if (std::strcmp(name, "user.syncfs") != 0) return -ENOTSUP;
-    settle_names();
+    undo.clear();
     unsynced.clear();
     return 0;
 }
@@ -317,8 +295,8 @@ int main(int count, char** words) {
     umask(0);
     fuse_operations does{};
     does.getattr = odd_getattr, does.readlink = odd_readlink, does.mkdir = odd_mkdir, does.unlink = odd_unlink;
-    does.rmdir = odd_rmdir, does.symlink = odd_symlink, does.rename = odd_rename, does.link = odd_link;
-    does.chmod = odd_chmod, does.truncate = odd_truncate, does.open = odd_open, does.create = odd_create;
+    does.rmdir = odd_rmdir, does.symlink = odd_symlink, does.rename = odd_rename, does.truncate = odd_truncate;
+    does.chmod = odd_chmod, does.open = odd_open, does.create = odd_create;
     does.read = odd_read, does.write = odd_write, does.statfs = odd_statfs, does.release = odd_release;
     does.fsync = odd_fsync, does.fsyncdir = odd_fsyncdir, does.setxattr = odd_setxattr, does.readdir = odd_readdir;
     does.utimens = odd_utimens, does.init = odd_init;
