@@ -32,7 +32,7 @@ constexpr option_row installer_rows[] = {
     {"--verify", nullptr, "Reads every file, and believes nothing that an earlier run found out.\n"},
     {"--public_key", "=KEY", "Takes only a release that is signed by this minisign key: its text, or a file.\n"},
     {"--allow_older", nullptr, "Takes a signed release that is older than one seen before, or out of date.\n"},
-    {"--give_up", "=SECONDS", "Ends when no file was finished for so long.  Without it a run tries for ever.\n"},
+    {"--give_up", "=SECONDS", "Ends when nothing came for so long.  Without it a run tries for ever.\n"},
     {"--quiet", nullptr, "Shows no progress.\n"},
     {"--json", nullptr, "Prints one JSON object a line and nothing else.\n"},
     {"--pref:KEY", "=VALUE", "Sets a preference, such as --pref:_stream_count=2.\n"},

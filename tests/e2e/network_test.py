@@ -170,14 +170,21 @@ class NetworkTest(installer.Scene):
         self.install("--give_up=3", status=4)
         self.assertLess(len(server.asked), 60)
 
-    def test_does_not_give_up_while_files_get_finished(self):
+    def test_does_not_give_up_while_files_come(self):
         slow = installer.keep_up(self, servers.FaultServer(self.publisher.web))
         slow.replies["/serverlist.txt"] = release.server_list(NAME, [slow.address]).encode()
 
         def late(link, status, body):
             time.sleep(0.05)
             servers.serve(link, status, body)
+
+        def slowly(link, status, body):
+            link.sendall(servers.head(status, len(body)))
+            for start in range(0, len(body), 8000):
+                link.sendall(body[start:start + 8000])
+                time.sleep(0.3)
         slow.script["*"] = [late]
+        slow.script[BASE + "Linux/Velaris.zip"] = [slowly]
         self.host = slow.address
         start = time.monotonic()
         self.install("--give_up=1", "--pref:_stream_count=1")

@@ -38,9 +38,12 @@ struct run_t {
     console_options options;
     double last_failure_said = -1;
     std::string failure_said;
-    double last_finish = 0;   // when something was last finished, for --give_up
-    int seen_finish = -1;     // a number that moves whenever something is finished
     std::string destination;  // as it was when the install began
+    // For --give_up.
+    double last_progress = 0;          // when something was last finished, or enough had come
+    int seen_finish = -1;              // a number that moves whenever something is finished
+    double most_kb = 0;                // that had come since then
+    double looked = 0, kb_before = 0;  // when it was last looked whether enough comes, and most_kb then
 };
 
 void end_process(int status) {
@@ -142,20 +145,37 @@ int pass(run_t& run, after_pass& after) {
     return stg.install_failed ? status_failed : status_complete;
 }
 
+// Kilobytes that came for what is being fetched now. What is refused and fetched again adds nothing.
+double arrived_kb() {
+    double kb = static_cast<double>(next.down_kb) + static_cast<double>(next.part_kb);
+    for (const int slot : {slot_list, slot_directory})
+        if (const down_ptr& transfer = http.slots[slot]) kb += static_cast<double>(transfer->received) / 1000;
+    return kb;
+}
+
+// Whether for the time of --give_up no file was finished and nothing came; what trickles in is nothing.
 bool gave_up(run_t& run) {
+    if (run.options.give_up_seconds <= 0) return false;
+    constexpr double least_kb_s = 1;
+    const double now = xtim_class::seconds(), span = std::min(run.options.give_up_seconds, 30.0);
     const int finished = next.files_done + (stg.server_cnt >= 0) + stg.dir_state + 4 * stg.install_state;
-    if (finished != run.seen_finish) {
-        run.seen_finish = finished;
-        run.last_finish = xtim_class::seconds();
+    const double most = finished == run.seen_finish ? std::max(run.most_kb, arrived_kb()) : arrived_kb();
+    const bool came = most - run.kb_before >= least_kb_s * span;
+    if (finished != run.seen_finish || came) run.last_progress = now;
+    if (finished != run.seen_finish || came || now - run.looked >= span) {
+        run.looked = now;
+        run.kb_before = most;
     }
-    return run.options.give_up_seconds > 0 && xtim_class::seconds() - run.last_finish > run.options.give_up_seconds;
+    run.seen_finish = finished;
+    run.most_kb = most;
+    return now - run.last_progress > run.options.give_up_seconds;
 }
 
 void wait_for(const run_t& run, after_pass after) {
     if (after == after_pass::go_on) return;
     int ms = longest_wait_ms;
     if (run.options.give_up_seconds > 0) {
-        const double left = run.options.give_up_seconds - (xtim_class::seconds() - run.last_finish);
+        const double left = run.options.give_up_seconds - (xtim_class::seconds() - run.last_progress);
         ms = static_cast<int>(std::clamp(left * 1000 + 1, 1.0, static_cast<double>(ms)));
     }
     http.wait(ms, interrupt_wake_fd());
@@ -175,7 +195,7 @@ int run_flow(run_t& run) {
         console_flow_sentences();
         if (gave_up(run)) {
             flow_quit();
-            console_problem("I give up: nothing was finished for " + cmdline.get_option("--give_up") + " seconds. " +
+            console_problem("I give up: nothing came for " + cmdline.get_option("--give_up") + " seconds. " +
                             http.last_failure());
             return status_gave_up;
         }
