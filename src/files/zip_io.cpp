@@ -13,11 +13,13 @@
 #include <ctime>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/md5.h"
 #include "files/zip_large.h"
+#include "files/zip_memory.h"
 #include "platform/beneath.h"
 #include "platform/folders.h"
 #include "platform/paths.h"
@@ -106,9 +108,10 @@ class part_file {
   public:
     part_file(const beneath_folder& below, const std::string& target)
         : root(below), part(std::string(folder_of(target)) + zip_part_name) {
-        root.remove_file(part);
-        // With every right, to see which of them the user's mask leaves.
-        err = placed(root.make_file(part, 0777, fd), OOPS_PLACE);
+        // With every right, to see which of them the user's mask leaves. What a killed run left there goes.
+        int made = root.make_file(part, 0777, fd);
+        if (made == EEXIST && root.remove_file(part) == 0) made = root.make_file(part, 0777, fd);
+        err = placed(made, OOPS_PLACE);
         struct stat facts;
         if (!err && fstat(fd, &facts) == 0) rights = facts.st_mode & 0777;
     }
@@ -284,6 +287,21 @@ int unzip_current(const expansion& from, std::string* name, int use_name) {
     return err;
 }
 
+// The bytes of an archive that is worth reading at once; none of any other.
+std::vector<unsigned char> small_file(const std::string& path) {
+    constexpr off_t most = 1 << 20;
+    std::vector<unsigned char> bytes;
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return bytes;
+    struct stat facts;
+    if (fstat(fd, &facts) == 0 && S_ISREG(facts.st_mode) && facts.st_size <= most) {
+        bytes.resize(static_cast<std::size_t>(facts.st_size));
+        if (read(fd, bytes.data(), bytes.size()) != facts.st_size) bytes.clear();
+    }
+    close(fd);
+    return bytes;
+}
+
 }  // namespace
 
 int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info64& info) {
@@ -301,7 +319,8 @@ int unzip_resource_fork(void* zip, const std::string& path, const unz_file_info6
 static int expand_archive(const std::string& zip, const beneath_folder& root, const std::string& folder,
                           const zip_promise* promise, std::string* name, int use_name) {
     const std::string full = app_path + zip;
-    const unzFile in = unzOpen64(full.c_str());
+    const std::vector<unsigned char> bytes = small_file(full);
+    const unzFile in = bytes.empty() ? unzOpen64(full.c_str()) : unzip_open_memory(bytes);
     if (!in) {
         xer << "OK I am about to report that I could not open a zip file for extraction!\nThat incoming file is "
             << full << "\nIn c-form, it is " << full.c_str() << "\nThe size is " << full.size() << "\n";
