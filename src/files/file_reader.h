@@ -1,5 +1,5 @@
-// file_reader.h: one file, read by read() from its start to its end. Nothing is mapped: under a mapping a bad sector, or a
-// file that another program cuts short meanwhile, ends the whole program.
+// file_reader.h: one file, read by read() from its start to its end. Nothing is mapped: under a mapping a bad sector,
+// or a file that another program cuts short meanwhile, ends the whole program.
 // Only a regular file is ever opened: a pipe would wait for its other end, a device would do who knows what.
 // Errors: nothing throws; error() tells, for error_str: ENOENT and ENOTDIR where nothing is there, EISDIR for a folder,
 // err_no_file for any other thing that is none, else why the file cannot be read.

@@ -163,8 +163,8 @@ int ouf_close_onto(const std::string& path) {
     return 0;
 }
 
-// Overwrites the component by the spelling found in `folder`; of several the first in byte order, but the component's own
-// before all others. False if there is none.
+// Overwrites the component by the spelling found in `folder`; of several the first in byte order, but the component's
+// own before all others. False if there is none.
 static bool mend_component(const char* folder, char* component) {
     DIR* listing = opendir(folder);
     if (!listing) return false;

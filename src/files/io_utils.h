@@ -1,7 +1,7 @@
 // io_utils.h: the file-system work of the whole system: path arithmetic, existence, deletion, renaming, folders, links,
 // the shared output stream. Paths have "/" and a folder's path ends in it; names are the bytes on disk.
-// Results: 0 for success, else a code for error_str. Nothing here raises an alert but for a caller's mistake (fatal) and
-// a data file that cannot be written (ouf_open, level 1).
+// Results: 0 for success, else a code for error_str. Nothing here raises an alert but for a caller's mistake (fatal)
+// and a data file that cannot be written (ouf_open, level 1).
 // Threads: `ouf` and the failure place are single globals of the main thread.
 #pragma once
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-extern std::ofstream ouf;  // the one data file being written; fixed notation
+extern std::ofstream ouf;  // the one data file being written, by one writer at a time; fixed notation
 
 extern const char* sErrFile;  // place of the last primitive that failed
 extern int sErrLine;
@@ -20,11 +20,14 @@ int failed_at(int code, const char* file, int line);  // notes the place; return
 void get_path_with_path(std::string& dir, const std::string& full);
 extern std::string get_path_with_path_file;
 
+// For readers of our own data files: the case of a path is mended where the volume minds it. What installs, deletes or
+// compares looks at the exact spelling (beneath.h).
 bool file_exists(const std::string& path);  // and is no folder
 bool dir_exists(const std::string& path);
 
 int delete_file(const std::string& path);       // a "/" at the end says that it is a folder; an empty path gives 2
 int delete_full_path(const std::string& full);  // for a caller that has added app_path already
+// Both names are below `base` and have no "/" at their end.
 int rename_file(const std::string& base, const std::string& old_name, const std::string& new_name);
 int make_folder(const std::string& path);  // one level, mode 0755, app_path not added
 int show_del_err(int err);                 // always 0: a failed delete is not shown

@@ -21,7 +21,7 @@ void MD5Final(MD5_CTX* context);
 std::string md5_hex(const MD5_CTX& context);
 std::string md5_of(std::string_view bytes);  // the signature of bytes in memory
 
-// 0, or a code for error_str, and then `sig` stays as it was. 20006 (err_file_open) means that nothing is there, and that
-// alone. Anything else is there: EISDIR a folder, err_no_file a pipe, socket or device, which is not opened; any other
-// errno a file that cannot be read. A link is not followed. Exact spelling.
+// 0, or a code for error_str, and then `sig` stays as it was. 20006 (err_file_open) means that nothing is there, and
+// that alone. Anything else is there: EISDIR a folder, err_no_file a pipe, socket or device, which is not opened; any
+// other errno a file that cannot be read. A link is not followed. Exact spelling.
 int calc_file_md5(const std::string& path, std::string& sig);

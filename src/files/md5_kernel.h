@@ -39,8 +39,8 @@ constexpr unsigned md5_word_step[4] = {1, 5, 3, 7};
 constexpr unsigned md5_word_start[4] = {0, 1, 5, 0};
 
 // The four words take turns as a, b, c, d, so that no word moves. Everything that does not wait for b, the word made
-// last, is added first: the chain through b is what the speed hangs on. In the second round the two halves of the choice
-// never have a bit in common and may be added one by one.
+// last, is added first: the chain through b is what the speed hangs on. In the second round the two halves of the
+// choice never have a bit in common and may be added one by one.
 template <unsigned i, class word>
 [[gnu::always_inline]] inline void md5_step(word* v, const word* x) {
     constexpr unsigned round = i / 16;

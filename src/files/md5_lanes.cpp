@@ -13,7 +13,8 @@ namespace {
 constexpr std::size_t block = 64;
 // Large enough that a read costs little beside its bytes, small enough that the buffers of all lanes stay in the cache.
 constexpr std::size_t read_bytes = 32 << 10;
-// A full set of lanes does four to seven times what a processor does alone: with fewer than these in use, alone is faster.
+// A full set of lanes does four to seven times what a processor does alone: with fewer than these in use, alone is
+// faster.
 constexpr std::size_t fewest_lanes = 4;
 
 // A message on its way. What was read of it waits in the buffer, from where whole blocks are taken.
@@ -33,7 +34,8 @@ struct lane {
         length = at = end = 0;
     }
 
-    // Reads until the buffer is full or the message ends. Its end is padded to whole blocks, with the count of its bits.
+    // Reads until the buffer is full or the message ends. Its end is padded to whole blocks, with the count of its
+    // bits.
     void fill(md5_messages& messages) {
         std::memmove(buffer.get(), buffer.get() + at, end - at);
         end -= at;
@@ -124,7 +126,8 @@ class lane_set {
         }
     }
 
-    // As many blocks as every lane in use has. A lane that is not in use works on the bytes of one that is, for nothing.
+    // As many blocks as every lane in use has. A lane that is not in use works on the bytes of one that is, for
+    // nothing.
     void work_together() {
         std::size_t blocks = read_bytes;
         const unsigned char* data[md5_lane_count];

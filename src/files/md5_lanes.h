@@ -1,7 +1,7 @@
 // md5_lanes.h: signatures of many messages at once. One MD5 is a chain in which every step waits for the one before it,
 // so a processor that works on one message idles most of the time. Here each lane of a vector register works on a
-// message of its own, 16 at a time, by AVX2 or AVX-512 as the processor that runs this has it. Where there is neither, and
-// where too few messages are left to fill the lanes, each is worked alone. The signatures are the same.
+// message of its own, 16 at a time, by AVX2 or AVX-512 as the processor that runs this has it. Where there is neither,
+// and where too few messages are left to fill the lanes, each is worked alone. The signatures are the same.
 // Threads: nothing is shared; any number of threads may sign at the same time, each its own messages.
 #pragma once
 

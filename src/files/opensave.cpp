@@ -30,6 +30,7 @@ static bool is_part_of_panel(const std::string& path) {
     return state == "-1." || state == "-2." || state == "-3." || state == "-4.";
 }
 
+// The kind goes by the last four characters, of a folder's name too: "plane.acf/" is an item and no folder.
 bool opensave_takeit(const std::string& dir, const std::string& name, int kind, int& item_kind) {
     if (name.size() >= 4) {
         const char* tail = name.c_str() + name.size() - 4;

@@ -1,4 +1,6 @@
-// opensave.h: lists a folder with the kind of each item.
+// opensave.h: lists a folder with the kind of each item, by its extension: what the family's programs offer to open,
+// and what the builder and the sweep walk through.
+// Errors: a folder that cannot be listed is an empty one; a path without its "/" is a caller's mistake and fatal.
 #pragma once
 
 #include <string>

@@ -20,8 +20,8 @@ class scan_class {
     int int_io(int* value, const std::string& key);          // 1 when the value was read; it is left alone otherwise
     int str_io(std::string* value, const std::string& key);  // an empty string is not written at all
 
-    int io_dir;
-    std::map<std::string, std::string> tags;
+    int io_dir;                               // scan_read or scan_write, for the whole life
+    std::map<std::string, std::string> tags;  // what was read, by key; of two lines with one key the later
 
   private:
     bool find_text(const std::string& key, std::string& text) const;

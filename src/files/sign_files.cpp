@@ -17,7 +17,8 @@
 
 namespace {
 
-// A disk that turns does badly with many files read in turn by little pieces, so of a large one much is asked for ahead.
+// A disk that turns does badly with many files read in turn by little pieces, so of a large one much is asked for
+// ahead.
 constexpr std::int64_t ahead_bytes = 4 << 20;
 constexpr float large_kilobytes = 1000;
 

@@ -19,6 +19,7 @@ static void fatal(int line, const char* line1, const char* line2, const std::str
     __MACIBM_alert(0, line1, line2, line3, line4, t_exit, "HLutils/OOPS_cpp/xmap", line);
 }
 
+// Both are a caller's mistakes, which nothing here mends: an absolute path handed on, and another system's separators.
 static void check_path(const std::string& path) {
     if (!app_path.empty() && path.find(app_path) != std::string::npos)
         __MACIBM_alert(0, "retry: We are getting a file string that is not Orbisuite relative!",
@@ -80,6 +81,7 @@ static bool is_listed(int version, const int* versions) {
     return false;
 }
 
+// A text's first line is taken as a whole by its first byte; the letter tells the byte order of binary files alone.
 int xmap_class::check_file(int type, const int* versions, const char* magic, std::string* rest) {
     if (length() == 0) return 0;
     mem_ptr = mem_start;

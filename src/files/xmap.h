@@ -1,9 +1,10 @@
-// xmap.h: the one reader of data files: the bytes of a whole file in memory and a cursor with a few tokenising operations.
-// There is no line buffer and no copying; only a string that is asked for is allocated. The file is read, not mapped
-// (file_reader.h); what is to be read once and may be large goes by blocks instead.
+// xmap.h: the one reader of data files: the bytes of a whole file in memory and a cursor with a few tokenising
+// operations. There is no line buffer and no copying; only a string that is asked for is allocated. The file is read,
+// not mapped (file_reader.h); what is to be read once and may be large goes by blocks instead.
 //
-// Header of a text file: a line "I" (or "A"), then a line with the version, a blank and "version"; a third line may name
-// the kind of file. Of a binary file: one byte, "i" little-endian or "a" big-endian, then the version in four bytes.
+// Header of a text file: a line "I" (or "A"), then a line with the version, a blank and "version"; a third line may
+// name the kind of file. Of a binary file: one byte, "i" little-endian or "a" big-endian, then the version in four
+// bytes.
 // Bytes: TAB and SP are blank; NUL, CR and LF end a line; both kinds are white. Only mem_end ends the data.
 // Errors: a missing file leaves mem_start null and is no alert; a mistaken path or a lack of memory is a fatal alert.
 // Ownership: the bytes live as long as the object; pointers into them must not outlive it.
@@ -27,8 +28,8 @@ class xmap_class {
     xmap_class& operator=(const xmap_class&) = delete;
 
     // Opens and reads `path`, given relative to the product's folder; the case of its components is mended where the
-    // volume minds case. Returns mem_start, null when the file cannot be read or is no regular file: error() then tells.
-    // An empty file gives equal, non-null pointers.
+    // volume minds case. Returns mem_start, null when the file cannot be read or is no regular file: error() then
+    // tells. An empty file gives equal, non-null pointers.
     const unsigned char* retry(const std::string& path);
     // The same for the exact spelling: what installs, deletes or compares must not take one name for another.
     const unsigned char* retry_exact(const std::string& path);

@@ -175,7 +175,7 @@ int part_file::bring_to(const std::string& target) {
 }
 
 int unzip_file(const expansion& from, const std::string& target, unz_file_info64 info) {
-    const bool large = mend_large_sizes(from.zip, info);
+    const bool large = mend_large_sizes(from.zip, info);  // before the claim is looked at
     if (from.promise && info.uncompressed_size > from.promise->most_bytes)
         return failed_at(err_wrong_content, OOPS_PLACE);
     part_file part(from.root, target);
@@ -247,7 +247,8 @@ int unzip_entry(const expansion& from, const std::string& name, const std::strin
     return err;
 }
 
-// Before anything is made: one entry of the promised name, and no other but its fork.
+// An archive of a release carries one file. Before anything is made: one entry of the promised name, and no other but
+// its fork.
 int check_entries(const expansion& from) {
     int promised = 0, forks = 0;
     int err = unzGoToFirstFile(from.zip);
@@ -267,6 +268,7 @@ int check_entries(const expansion& from) {
     return promised == 1 && forks <= 1 ? 0 : failed_at(err_wrong_content, OOPS_PLACE);
 }
 
+// `name` is the caller's for the first entry and null for the others.
 int unzip_current(const expansion& from, std::string* name, int use_name) {
     unz_file_info64 info;
     char own_name[name_size + 1] = {};  // minizip sets no end behind a name that fills its buffer

@@ -75,6 +75,7 @@ int write_entry(zipFile out, const new_entry& e) {
     return zipCloseFileInZip(out) == ZIP_OK ? 0 : failed_at(write_error(), OOPS_PLACE);
 }
 
+// A zip that could not be finished is not left: it would look like one.
 int write_zip(const std::string& zip, const new_entry& e) {
     const std::string full = app_path + zip;
     const zipFile out = zipOpen64(full.c_str(), APPEND_STATUS_CREATE);

@@ -42,6 +42,7 @@ bool mend_large_sizes(unzFile zip, unz_file_info64& info) {
 
 namespace {
 
+// What goes by, held against what the headers claim; more than that is never handed on.
 struct entry_sum {
     const block_sink& sink;
     ZPOS64_T limit;  // what the headers claim

@@ -71,6 +71,7 @@ int walk::go(const std::string& path) {
     return 0;
 }
 
+// Into a folder, or along a link. What is opened is only a place (O_PATH): nothing of a pipe or a device is touched.
 int walk::step(const std::string& part) {
     const int fd = openat(here(), part.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0) return errno;
@@ -84,6 +85,7 @@ int walk::step(const std::string& part) {
     return err;
 }
 
+// The text is read from the link that was opened, not by its name, which may be another one's by now.
 int walk::follow(int link) {
     char target[PATH_MAX];
     const ssize_t size = readlinkat(link, "", target, sizeof target);
@@ -100,7 +102,7 @@ int open_by_walk(int start, const std::string& path, int& fd) {
 }
 
 int open_folder_below(int start, const std::string& path, int& fd) {
-    static bool kernel_can = true;
+    static bool kernel_can = true;  // until it says that it cannot, as a sandbox does
     open_how how = {};
     how.flags = folder_flags;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;

@@ -1,6 +1,6 @@
 // callers.h: what lies at an address of the running program - image, function, source and line - and by which calls a
-// thread came to where it is. The compiler's own library reads the tables for unwinding, symbols and lines (callers.cpp);
-// where it is not to be had, images and exported functions are all that is known (callers_unknown.cpp).
+// thread came to where it is. The compiler's own library reads the tables for unwinding, symbols and lines
+// (callers.cpp); where it is not to be had, images and exported functions are all that is known (callers_unknown.cpp).
 // Nothing but callers_init allocates, and nothing throws, so that a signal handler may ask; the records are large, its
 // stack must have 64 KB.
 #pragma once
@@ -20,6 +20,6 @@ void callers_init();  // at start, before the others are of use
 // may be another line's already, or another function's.
 void find_symbol(const void* address, symbol_info* info);
 
-// Hands out where the calling thread stands and then each of its callers, as find_symbol wants them, until `visit` returns
-// false. In a signal handler the way leads through it to what was interrupted.
+// Hands out where the calling thread stands and then each of its callers, as find_symbol wants them, until `visit`
+// returns false. In a signal handler the way leads through it to what was interrupted.
 void walk_callers(bool (*visit)(void* data, const void* address), void* data);

@@ -29,8 +29,8 @@ std::vector<std::string> dialog_command(const std::string& title, const std::str
     return {};
 }
 
-// Starts the helper with its output on a pipe; the read end, -1 on failure. It gets SIGPIPE and the mask of signals as a
-// program of its own would, and what it complains about is of no interest to the user.
+// Starts the helper with its output on a pipe; the read end, -1 on failure. It gets SIGPIPE and the mask of signals as
+// a program of its own would, and what it complains about is of no interest to the user.
 int start_helper(const std::vector<std::string>& command, pid_t& child) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return -1;

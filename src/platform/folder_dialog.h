@@ -1,6 +1,6 @@
 // folder_dialog.h: the desktop's folder dialog, through whichever helper is installed (zenity or kdialog), without a
-// shell. The helper runs beside the program; `keep_open` is called some times a second meanwhile, may be null, and closes
-// the dialog, as a cancel, by returning false.
+// shell. The helper runs beside the program; `keep_open` is called some times a second meanwhile, may be null, and
+// closes the dialog, as a cancel, by returning false.
 #pragma once
 
 #include <string>

@@ -23,8 +23,8 @@ folder_lock_result lock_folder(const std::string& path) {
         close(fd);
         return folder_lock_result::taken;
     }
-    // A shared lock is none of ours: whoever may read the folder could take one and keep us out for ever. Then ours is a
-    // shared one too.
+    // A shared lock is none of ours: whoever may read the folder could take one and keep us out for ever. Then ours is
+    // a shared one too.
     if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK && flock(fd, LOCK_SH | LOCK_NB) != 0 &&
         errno == EWOULDBLOCK) {
         close(fd);

@@ -21,8 +21,8 @@
 static constexpr char temp_prefix[] = "velaris-";
 static constexpr std::size_t temp_random = 6;  // letters and digits that mkdtemp puts behind it
 
-// The temporary folder. Process: from the first question for it to its removal. A signal handler reads this, and a forked
-// child inherits it and must leave the folder to its parent.
+// The temporary folder. Process: from the first question for it to its removal. A signal handler reads this, and a
+// forked child inherits it and must leave the folder to its parent.
 static struct {
     char path[PATH_MAX];  // with its "/"; empty until made
     volatile sig_atomic_t fd = -1;
@@ -172,6 +172,7 @@ static bool hold_temp_folder(const std::string& path) {
     return true;
 }
 
+// A run that starts at the same moment may take the new folder, not yet locked, for a leftover: then another is made.
 static bool make_temp_below(const std::string& parent) {
     // The caller of get_OS_abs_path sees ":" and "\" as "/", so a folder with one of them could never be reached.
     if (parent.empty() || parent.find_first_of(":\\") != std::string::npos) return false;

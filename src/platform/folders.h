@@ -39,9 +39,9 @@ std::string temp_folder_refused();
 std::string temp_stream_zip(int stream);  // "0.zip" to "3.zip"
 
 // Removes these files from the temporary folder, then the folder if it is empty. Files that the program does not know
-// stay. No effect if none was made. Only what bears our marker is ours. It happens at the exit of the process anyway, for
-// ends that close nothing; a signal handler may call it. What a run that
-// was killed has left goes when the next one makes its own folder in the same place: a living run holds a lock on its own.
+// stay. No effect if none was made. It happens at the exit of the process anyway, for ends that close nothing; a signal
+// handler may call it. What a run that was killed has left goes when the next one makes its own folder in the same
+// place: it bears our marker, and no living run holds a lock on it.
 void remove_temp_folder();
 
 // True if a file can be made in the existing folder `path`; nothing is made for the test.

@@ -19,7 +19,8 @@ static termios shell_mode;
 static volatile sig_atomic_t mode_changed = 0;
 
 static void on_signal(int number) {
-    const int kept = errno;
+    const int kept = errno;  // of whatever was interrupted
+    // Who presses Ctrl-C again has no patience for an orderly end; what must not stay behind is still put right.
     if (first_signal && number == SIGINT) {
         restore_terminal();
         remove_temp_folder();

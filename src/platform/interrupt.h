@@ -1,4 +1,7 @@
-// interrupt.h: Ctrl-C, SIGTERM and SIGHUP as a remembered wish to quit, and a descriptor that wakes a poll.
+// interrupt.h: Ctrl-C, SIGTERM and SIGHUP as a remembered wish to quit, and a descriptor that wakes a poll; single keys
+// of the terminal. The program acts on the wish in its own loop, where it can close what it has open.
+// Errors: without a pipe or a terminal the calls have no effect.
+// Threads: main thread; restore_terminal may be called by a signal handler.
 #pragma once
 
 void catch_interrupts();    // a second Ctrl-C while the first is being served ends the process at once, status 130

@@ -1,4 +1,6 @@
-// machine.h: facts about the machine for the head of the log. A fact that is not known is "?".
+// machine.h: facts about the machine for the head of the log, by which support knows what a report is about. A fact
+// that the system does not tell is "?": a missing one is no reason to fail.
+// Threads: any.
 #pragma once
 
 #include <string>

@@ -13,6 +13,7 @@ kernel_lines::~kernel_lines() {
     if (fd >= 0) close(fd);
 }
 
+// What is left of the bytes goes to the front, so that a line is always in one piece.
 bool kernel_lines::fill() {
     std::memmove(buffer, buffer + used, filled - used);
     filled -= used;

@@ -39,8 +39,8 @@ class path_parts {
     char mark;
 };
 
-// The folders that are passed on the way to what `path` names, from the first down, without their last "/": "/a/b/c" and
-// "/a/b/" pass "/a" and "/a/b". The root itself is not among them.
+// The folders that are passed on the way to what `path` names, from the first down, without their last "/": "/a/b/c"
+// and "/a/b/" pass "/a" and "/a/b". The root itself is not among them.
 class folders_passed {
   public:
     explicit constexpr folders_passed(std::string_view path) : text(path) {}

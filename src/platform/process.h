@@ -1,5 +1,7 @@
 // process.h: child processes, without a shell, and what this process itself owes the system at its start.
-// A child gets SIGPIPE back to its default and leaves no zombie.
+// Without a shell no word of a path or an address is taken for a command. A child gets SIGPIPE back to its default and
+// none of our descriptors, and leaves no zombie.
+// Errors: none is told; what is started here is a service to the user that the program does not depend on.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
-// report_file.h: the files that a run leaves beside the program, or in the state folder, for people to read: log, memory log
-// and crash log. Their names are known, and a release is put into the same folder, so a link or a pipe may lie in their
-// place: no link is followed, and nothing but a regular file is written.
+// report_file.h: the files that a run leaves beside the program, or in the state folder, for people to read: log,
+// memory log and crash log. Their names are known, and a release is put into the same folder, so a link or a pipe may
+// lie in their place: no link is followed, and nothing but a regular file is written.
 // A file grows to report_most_bytes and is then set aside as the older one, of which one is kept.
 // Nothing here allocates or throws: a signal handler may call it.
 #pragma once

@@ -1,5 +1,5 @@
-// sync.h: what is to outlast a power cut. A rename may reach the disk before the bytes of what was renamed: who needs both
-// or neither syncs first. One sync of the volume costs less than one of each of many files.
+// sync.h: what is to outlast a power cut. A rename may reach the disk before the bytes of what was renamed: who needs
+// both or neither syncs first. One sync of the volume costs less than one of each of many files.
 // Results: 0 or errno.
 #pragma once
 

@@ -1,4 +1,5 @@
-// volume.h: free space of the volume that holds a folder.
+// volume.h: free space of the volume that holds a folder. It is a hint for the user before an install, never a promise:
+// others write too, and the last word is the disk's when a file is written.
 #pragma once
 
 #include <cstdint>

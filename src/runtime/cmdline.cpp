@@ -58,6 +58,7 @@ void UTL_cmdline::init_win(const std::string& text) {
     init_common();
 }
 
+// "all" lists every command with its words; anything else is a folder of the tree.
 static void print_commands(const std::string& which) {
     if (which == "all") {
         for (const cmnd_class::command& one : cmnd.all())
@@ -70,6 +71,7 @@ static void print_commands(const std::string& which) {
         std::printf("%s\n", name.c_str());
 }
 
+// What only asks about the program ends it here, before anything else is begun. The first that is there counts.
 void UTL_cmdline::init_common() const {
     alert_road.log_only = [] { return cmdline.has_option("--fps_test"); };
     if (has_option("--cmnds"))

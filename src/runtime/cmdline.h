@@ -1,5 +1,6 @@
 // cmdline.h: the arguments as a map from option name, dashes included, to value. There is no table of legal options: an
-// option means something where code asks for it by name.
+// option means something where code asks for it by name. Which ones a program takes is checked by its own table before.
+// Threads: filled once at start-up, by the main thread; then any may ask.
 #pragma once
 
 #include <map>

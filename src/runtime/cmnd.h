@@ -1,5 +1,7 @@
 // cmnd.h: the table of named commands that a key binding runs and that --cmnds prints. It stands here, below the keys,
 // because the command line and the file listing read it.
+// Ownership: the table owns its texts; an index stays valid for the process, as commands are added and never removed.
+// Threads: main thread only.
 #pragma once
 
 #include <string>

@@ -85,8 +85,8 @@ void UTL_debug_init() {
     get_OS_abs_path(is_dvd ? os_dir_desktop : os_dir_this_app, &folder);
     if (!take_folder_for_report(folder)) take_folder_for_report(state_folder());
 
-    // A stream without a file yet: the file is made by the first crash only, and opening a stream allocates. By the line,
-    // so that what was found is kept if the search for the next line crashes.
+    // A stream without a file yet: the file is made by the first crash only, and opening a stream allocates. By the
+    // line, so that what was found is kept if the search for the next line crashes.
     const auto write_report = [](void*, const char* bytes, std::size_t size) { return write(report.fd, bytes, size); };
     report.out = fopencookie(nullptr, "w", {.read = nullptr, .write = write_report, .seek = nullptr, .close = nullptr});
     if (report.out) std::setvbuf(report.out, report.buffer, _IOLBF, sizeof report.buffer);

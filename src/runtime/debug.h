@@ -40,8 +40,8 @@ class UTL_signal_stack {
 
 [[noreturn]] void fatal_signal_handler(int signal, siginfo_t* info, void* context);
 
-// One line for `pc` and for each caller, 100 at most, by the chain of frames: the way for where the tables for unwinding
-// do not lead. Ends quietly where the chain makes no sense.
+// One line for `pc` and for each caller, 100 at most, by the chain of frames: the way for where the tables for
+// unwinding do not lead. Ends quietly where the chain makes no sense.
 void UTL_dump_stack(std::FILE* out, const stack_frame* frame, const void* pc);
 void print_symbol(std::FILE* out, const void* address);
 void UTL_get_debug_symbol(const void* address, symbol_info* info);

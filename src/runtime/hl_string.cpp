@@ -80,8 +80,8 @@ void flt_to_str(float value, std::string* out, int total_digits, int decimals, i
     if (decimals > 0) *out += "." + magnitude(static_cast<double>(std::lroundf(fraction)), decimals);
 }
 
-// A menu's entry as numbers: "12 340" becomes the bytes of 12 and of 340, each as n / 127 + 1 and n % 127 + 1. No byte is
-// zero, so the result is safe as C text; a text that begins with "-" or "=" is a line of the menu and no number.
+// A menu's entry as numbers: "12 340" becomes the bytes of 12 and of 340, each as n / 127 + 1 and n % 127 + 1. No byte
+// is zero, so the result is safe as C text; a text that begins with "-" or "=" is a line of the menu and no number.
 std::string char_string_to_int_string(const std::string& text) {
     if (text.empty() || text[0] == '-' || text[0] == '=') return text;
     std::string result;

@@ -1,4 +1,6 @@
-// hl_string.h: numbers to text and back, to the digit, and the fixed buffer of a path.
+// hl_string.h: numbers to text and back, to the digit, and the fixed buffer of a path. The forms are the family's own:
+// files and screens hold them, so what looks odd is kept.
+// Errors: nothing throws; the one failure, a path too long for its buffer, is a fatal alert.
 #pragma once
 
 #include <string>

@@ -1,8 +1,8 @@
 // log.h: the one log of a run, "Log.txt", rewritten at every start. Plain lines, no levels, no times.
 // It lies in the application's folder where that can be written, else in the state folder; where neither can be had the
 // stream stays failed and every write goes nowhere. The log never fails visibly.
-// What a terminal would obey becomes "?", whoever it came from: logs are read on terminals, and hold words of servers. At
-// 16 MB the log goes on in a new file, and one older file is kept: a run may fail and try again for days.
+// What a terminal would obey becomes "?", whoever it came from: logs are read on terminals, and hold words of servers.
+// At 16 MB the log goes on in a new file, and one older file is kept: a run may fail and try again for days.
 // Threads: the main thread's; of others only what ends the run may write. Lines may then interleave.
 #pragma once
 

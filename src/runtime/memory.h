@@ -1,6 +1,7 @@
 // memory.h: the program's allocator and the report on memory that every alert of level 1 and 2 leaves behind.
 // The global operators new and delete (operators.cpp) stand on nedmalloc and nedfree. Those keep nothing of their own:
 // they run before the first constructor and after the last destructor.
+// Errors: the allocator answers null, the operators throw std::bad_alloc; the report never fails visibly.
 // Threads: the allocator is safe everywhere; the report is written by the main thread.
 #pragma once
 
@@ -20,8 +21,8 @@ char mem_to_suffix(unsigned long long bytes);
 enum : unsigned char { share_copy_on_write = 1, share_private, share_empty, share_shared, share_true_shared };
 const char* sm_string(unsigned char share_mode);
 
-// Writes the report, one for each place of an alert and run, to "MemoryLog.txt" in the log's folder: the first of a run begins the file anew. What the system does
-// not tell is 0; nothing is raised.
+// Writes the report, one for each place of an alert and run, to "MemoryLog.txt" in the log's folder: the first of a run
+// begins the file anew. What the system does not tell is 0; nothing is raised.
 void dump_mem_stats(const char* reason);
 void DumpMemCmd();
 

@@ -59,8 +59,8 @@ extern alert_road_t alert_road;
 void __MACIBM_alert(int next_window, const std::string& line1, const std::string& line2, const std::string& line3,
                     const std::string& line4, int type, const char* file, int line);
 
-// The orderly end. With `save`: settings are written (not with --fps_test) and the workers are joined. In both cases the
-// display is closed, the private temporary folder removed and the log closed; later log lines go nowhere.
+// The orderly end. With `save`: settings are written (not with --fps_test) and the workers are joined. In both cases
+// the display is closed, the private temporary folder removed and the log closed; later log lines go nowhere.
 void MACIBM_finishup(int save);
 
 // Ends the process by the front end's `leave`, with no closing of anything: the end of --help, and the last step of a

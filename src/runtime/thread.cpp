@@ -23,6 +23,7 @@ struct THREAD_call {
     std::uint32_t cookie;
 };
 
+// Three forms of each worker's handle, as UTL_thread_create tells them.
 struct worker_handles {
     std::vector<UTL_thread> thread, join, id;
 };
@@ -68,8 +69,8 @@ struct launch_record {
     UTL_message_queue* started;
 };
 
-// What escapes from `entry` is a fatal exception. The end of a thread travels as an exception too and must go on, or the
-// C library ends the process; it has no object of its type, which the sanitizer would take for a null reference.
+// What escapes from `entry` is a fatal exception. The end of a thread travels as an exception too and must go on, or
+// the C library ends the process; it has no object of its type, which the sanitizer would take for a null reference.
 __attribute__((no_sanitize("null"))) static void* run_guarded(const launch_record& launch,
                                                               std::optional<exce_class>& escaped) {
     try {
@@ -106,6 +107,7 @@ void THREAD_create(void* (*entry)(void*), void* arg, UTL_thread* thread, UTL_thr
     UTL_message_queue_destroy(launch.started);
 }
 
+// A worker: one call after another, until it is told to stop. What a call throws ends the worker (run_guarded).
 static void* xtaskproc(void*) {
     UTL_message_queue* const queue = call_queue;
     for (;;) {

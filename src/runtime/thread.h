@@ -1,7 +1,8 @@
 // thread.h: a pool of one worker per processor, a record for each asynchronous call, and the road on which an exception
 // travels from a worker to the main thread.
 // Ownership: a record returned by THREAD_run_async belongs to the caller until THREAD_cleanup.
-// On the fatal path workers still wait when the process ends, so the globals are plain pointers and never destroyed there.
+// On the fatal path workers still wait when the process ends, so the globals are plain pointers and never destroyed
+// there.
 #pragma once
 
 #include "runtime/oops.h"
@@ -19,11 +20,12 @@ void THREAD_shutdown();
 void THREAD_create(void* (*entry)(void*), void* arg, UTL_thread* thread, UTL_thread* id, UTL_thread* join, int want_gl);
 
 THREAD_call* THREAD_run_async(void* (*entry)(void*), void* arg);
-int THREAD_is_done(THREAD_call* call, int timeout_ms);
-void* THREAD_cleanup(THREAD_call* call);
+int THREAD_is_done(THREAD_call* call, int timeout_ms);  // -1 waits until it is
+void* THREAD_cleanup(THREAD_call* call);                // its result; a call that is not done is a fatal alert
 
 // Level 1 goes to the warnings, level 2 to the fatal ones and ends the calling worker; any other level is dropped.
 void THREAD_send_exception(const exce_class& e);
+// Shows what other threads have raised; the main thread calls it in every frame.
 void THREAD_check_exception(int check_warnings);
 
 int THREAD_is_main_thread();

@@ -23,6 +23,8 @@ struct UTL_message_queue {
     int waiters = 0;  // readers that wait; a write signals only if there is one
 };
 
+// The call's name is told with what stands before it in this system's texts, a misprint included: support knows them
+// so.
 static void check(int error, const char* call, const char* file, int line) {
     if (error)
         __MACIBM_alert(0, std::string("\"") + call + "\" OS error", float_text("err=", error), "", "", t_exit, file,

@@ -1,5 +1,5 @@
-// window_ids.h: the numbers of the logical windows. There is one window of the desktop; a number says which screen is open
-// in it. They stand down here because the clock reads them as well as the pump and the widgets.
+// window_ids.h: the numbers of the logical windows. There is one window of the desktop; a number says which screen is
+// open in it. They stand down here because the clock reads them as well as the pump and the widgets.
 #pragma once
 
 enum : int {

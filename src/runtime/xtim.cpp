@@ -14,6 +14,7 @@ static constexpr int frames_measured = 10;
 static constexpr float shortest_period = 0.0010000999f, longest_period = 0.05263158f;  // about 1/999 and 1/19 second
 static constexpr float once_period[once_count] = {10, 5, 2, 1, 0.5f, 0.2f, 0.1f, 0.05f, 0.025f};
 
+// The fourth root lets the estimate creep: one odd measurement moves it by little more than a tenth.
 void xtim_class::smooth(smoothing& store, double now) {
     // Time spent elsewhere, on a modal screen or with the other store, is no part of these frames.
     if (wind_is_question(top_window) || measured_last != &store) {

@@ -25,7 +25,7 @@ class xtim_class {
     void current_month_day(int* month, int* day) const;  // month from 0, day from 1
     static void xtim_hrs_min_sec(float t, float* hrs, float* min, float* sec);
 
-    int xtim_running = 1;
+    int xtim_running = 1;   // of the family's programs; here the clock always runs
     float prd_act = 0.02f;  // smoothed frame period
     float prd_sim = 0.02f;  // the same, for what is simulated
     float prd_sim_signed = 0.0f;

@@ -20,6 +20,7 @@ namespace fs = std::filesystem;
 static std::vector<signed_file> sign(const scratch& box, const std::vector<std::string>& paths,
                                      const signature_store* store = nullptr) {
     std::vector<file_to_sign> files;
+    files.reserve(paths.size());
     for (const std::string& path : paths)
         files.push_back({path, path == "large" ? 5000.0f : 1.0f});
     signing all(box.path(), files, store);
