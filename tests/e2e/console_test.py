@@ -52,6 +52,11 @@ class ConsoleTest(installer.Scene):
         self.assertFalse(os.path.exists(nowhere))
         self.assertEqual(os.listdir(os.path.join(self.desk.config, "velaris")), [], "no preferences either")
 
+    def test_a_long_look_at_the_disk_is_no_reason_to_give_up(self):
+        os.truncate(os.path.join(self.dest, "Velaris"), 1 << 30)
+        outcome = self.run_installer("--check", "--give_up=0.5", timeout=300)
+        self.assertEqual((outcome.status, outcome.err), (0, ""), outcome)
+
     def test_nothing_to_do_asks_for_no_agreement(self):
         self.install("--changed=keep", "--pref:_rename_folder=0", "--give_up=3000000")
         before = folders.snapshot(self.dest)
