@@ -1,6 +1,7 @@
 #include "app/options.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <numeric>
 #include <string_view>
@@ -183,6 +184,16 @@ bool list_host_option(std::string& host, std::string& problem) {
     const std::string wrong = read_server_address(host, address);
     if (wrong.empty()) return true;
     problem = "--list_host wants [http://|https://]HOST[:PORT], and '" + host + "' " + wrong;
+    return false;
+}
+
+bool scale_option(std::string& problem) {
+    if (!cmdline.has_option("--scale")) return true;
+    const std::string value = cmdline.get_option("--scale");
+    char* end = nullptr;
+    const double number = std::strtod(value.c_str(), &end);
+    if (value == "auto" || (!value.empty() && *end == '\0' && number >= 0.5 && number <= 4)) return true;
+    problem = "--scale wants auto or a number from 0.5 to 4, and not '" + value + "'";
     return false;
 }
 

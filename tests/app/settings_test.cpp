@@ -115,6 +115,8 @@ TEST_F(Settings, WrongUsageIsNamedInOneLine) {
         {{"--changed=ask"}, "terminal"},
         {{"--give_up=soon"}, "soon"},
         {{"--give_up=inf"}, "inf"},
+        {{"--scale=4.1"}, "4.1"},
+        {{"--scale=nan"}, "nan"},
         {{"--list_host=h:65536"}, "h:65536"},
         {{"--list_host=https://h"}, ""},
         {{"--console", "-path", "/x"}, "-path FOLDER must stand before"},
