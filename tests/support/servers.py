@@ -294,21 +294,8 @@ def head(status, length, reason="Whatever"):
     return f"HTTP/1.1 {status} {reason}\r\nServer: fault\r\n{length}Connection: close\r\n\r\n".encode()
 
 
-def serve(link, status, body):
-    link.sendall(head(status, len(body)) + body)
-
-
-def refuse(status, reason="Whatever"):
-    """Answers with a status and a short page, complete in itself."""
-    return lambda link, _, body: link.sendall(head(status, 5, reason) + b"sorry")
-
-
-def reset(link, status, body):
-    link.sendall(head(status, len(body)) + body[:len(body) // 2])
-    cut(link)
-
-
-def cut(link):
+def cut(link, *_):
+    """Without a word."""
     try:
         link.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
         link.shutdown(socket.SHUT_RD)
@@ -317,22 +304,29 @@ def cut(link):
     link.close()
 
 
-def end_early(link, status, body):
-    link.sendall(head(status, len(body)) + body[:len(body) // 2])
-
-
-def say_nothing(link, status, body):
+def say_nothing(link, *_):
     while link.recv(4096):
         pass                        # until the other side gives up
 
 
-def stall(link, status, body):
-    link.sendall(head(status, len(body)) + body[:len(body) // 2])
-    say_nothing(link, status, body)
+def sending(share, promised=1.0, then=None):
+    """Sends a share of the body, having promised another, and then ..."""
+    def fault(link, status, body):
+        link.sendall(head(status, int(len(body) * promised)) + body[:int(len(body) * share)])
+        if then:
+            then(link)
+    return fault
 
 
-def promise_less(link, status, body):
-    link.sendall(head(status, len(body) // 2) + body)
+def refuse(status, reason="Whatever"):
+    """Answers with a status and a short page, complete in itself."""
+    return lambda link, _, body: link.sendall(head(status, 5, reason) + b"sorry")
+
+
+serve, end_early = sending(1), sending(0.5)
+reset, stall = sending(0.5, then=cut), sending(0.5, then=say_nothing)
+promise_less, promise_more = sending(1, promised=0.5), sending(1, promised=2, then=cut)
+hang_up = cut
 
 
 def no_length(link, status, body):
@@ -368,16 +362,6 @@ def dawdle(link, status, body):
     link.sendall(whole[:len(whole) // 2])
     time.sleep(0.3)
     link.sendall(whole[len(whole) // 2:])
-
-
-def promise_more(link, status, body):
-    link.sendall(head(status, len(body) + 100) + body)
-    cut(link)
-
-
-def hang_up(link, status, body):
-    """Without a word."""
-    cut(link)
 
 
 # Those that lie: a right status and a right length, and not the file.
