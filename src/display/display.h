@@ -26,7 +26,7 @@ display_room display_get_room();
 
 // A window of dx by dy that the user cannot resize; `full_screen`: borderless, as large as asked, at the display's corner.
 bool display_open_window(const std::string& title, int dx, int dy, bool full_screen);
-void display_resize_window(int dx, int dy);  // and moves it so that it lies wholly inside the usable display
+void display_resize_window(int dx, int dy);  // and moves it, if it would not lie wholly inside the usable display
 bool display_is_hidden();                    // minimised, or on a desktop that is not shown
 void display_get_surface(int& dx, int& dy);  // what the desktop made of it
 void display_close_window();

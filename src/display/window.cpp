@@ -137,9 +137,15 @@ void display_resize_window(int dx, int dy) {
         return static_cast<int>(std::lround(static_cast<float>(pixels) / scale));
     };
     const SDL_Rect room = room_inside();
-    SDL_SetWindowSize(shown.window, points(dx), points(dy));
-    SDL_SetWindowPosition(shown.window, room.x + std::max(0, (room.w - points(dx)) / 2),
-                          room.y + std::max(0, (room.h - points(dy)) / 2));
+    SDL_Rect now{}, wanted = {0, 0, points(dx), points(dy)};
+    SDL_GetWindowPosition(shown.window, &now.x, &now.y);
+    SDL_GetWindowSize(shown.window, &now.w, &now.h);
+    const bool inside = now.x >= room.x && now.y >= room.y && now.x + wanted.w <= room.x + room.w &&
+                        now.y + wanted.h <= room.y + room.h;
+    if (now.w != wanted.w || now.h != wanted.h) SDL_SetWindowSize(shown.window, wanted.w, wanted.h);
+    if (!inside)
+        SDL_SetWindowPosition(shown.window, room.x + std::max(0, (room.w - wanted.w) / 2),
+                              room.y + std::max(0, (room.h - wanted.h) / 2));
 }
 
 bool display_is_hidden() {

@@ -38,9 +38,8 @@ static void choose_scale() {
 
 // Decorations are known once the window is shown, and a desktop may make of it what it likes, such as a tile.
 static void settle_window() {
-    const int dx = mnw.screen_dx, dy = mnw.screen_dy;
     choose_scale();
-    if (mnw.screen_dx != dx || mnw.screen_dy != dy) display_resize_window(mnw.screen_dx, mnw.screen_dy);
+    display_resize_window(mnw.screen_dx, mnw.screen_dy);
     MACIBM_follow_surface();
     if (mnw.scale_req > mnw.scale)
         xer << "There is no room for a scale of " << mnw.scale_req << ": it is " << mnw.scale << ".\n" << std::flush;

@@ -37,6 +37,7 @@ struct {
     bool in_backdrop;    // ... and draws it now, below a dialog
     bool in_update;      // a modal loop inside the application's update pumps frames of its own
     float last_event;    // when one came, in seconds of xtim.real_time
+    double last_frame;   // when one began, in seconds of xtim.seconds()
 } pump{};
 
 // Logical windows that are smaller than the canvas; all of them are modal.
@@ -128,7 +129,13 @@ bool acts_on_screen(const display_event& event) {
 void take_events() {
     static std::vector<display_event> fresh;
     static std::deque<display_event> waiting;
-    display_take_events(waiting.empty() ? wait_ms() : 0, fresh);
+    const int wait = waiting.empty() ? wait_ms() : 0;
+    display_take_events(wait, fresh);
+    // A mouse that moves wakes the wait without an event of ours, up to a thousand times a second.
+    const auto too_early = [&] { return static_cast<int>(1000 * (xtim.seconds() - pump.last_frame)) + 1 < tick_ms; };
+    while (wait >= tick_ms && fresh.empty() && too_early())
+        display_take_events(1, fresh);
+    pump.last_frame = xtim.seconds();
     ren.hidden = display_is_hidden();
     if (!fresh.empty()) pump.last_event = xtim.real_time;
     waiting.insert(waiting.end(), fresh.begin(), fresh.end());
