@@ -13,12 +13,16 @@ set(VELARIS_BUILTIN_IMAGES
   t_ins_back_2_dat background_2 1024 768
   t_interface_dat interface_atlas 512 512)
 
-# Pictures for windows that are shown larger, and letters for each scale above 1: as they are, unpacked when they are
+# Pictures for windows that are shown larger, and letters for each scale but 1: as they are, unpacked when they are
 # wanted, so that the program grows by what they take on disk.
 set(VELARIS_PACKED_IMAGES
   t_installer_2x installer_sheet_2x
   t_ins_back_1_2x background_1_2x
   t_interface_2x interface_atlas_2x
+  t_glyphs_050 glyphs_0.5x
+  t_glyphs_062 glyphs_0.625x
+  t_glyphs_075 glyphs_0.75x
+  t_glyphs_087 glyphs_0.875x
   t_glyphs_125 glyphs_1.25x
   t_glyphs_150 glyphs_1.5x
   t_glyphs_175 glyphs_1.75x

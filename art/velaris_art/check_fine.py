@@ -57,7 +57,7 @@ def letters(art):
                 room = font.BORDER + font.ROOM.get(char, advances[ord(char)]) * scale
                 if cell[:, np.arange(dx) >= room].any() or cell[0].any() or cell[-1].any() or cell[:, 0].any():
                     yield f"{where} leaves its room"
-                if char.isascii() and char.isalnum() and char not in "gjpqyQJ":
-                    foot = np.flatnonzero(cell.max(axis=1) > 128)[0] - font.BORDER - round(font.BASELINE * scale)
+                if scale > 0.5 and char.isascii() and char.isalnum() and char not in "gjpqyQJ":
+                    foot = np.flatnonzero(cell.max(axis=1) > cell.max() / 2)[0] - font.BORDER - round(font.BASELINE * scale)
                     if foot not in (-1, 0):
                         yield f"{where} stands {foot} above the line"

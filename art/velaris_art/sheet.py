@@ -37,7 +37,7 @@ def _pieces():
 
 
 # Scales at which letters are drawn anew; the pictures are drawn at 1 and 2.
-GLYPH_SCALES = (1.25, 1.5, 1.75, 2, 2.5, 3, 4)
+GLYPH_SCALES = (0.5, 0.625, 0.75, 0.875, 1.25, 1.5, 1.75, 2, 2.5, 3, 4)
 
 
 def _save(name, rows_up):

@@ -15,6 +15,7 @@
 extern "C" {
 extern const unsigned char t_installer_dat[], t_ins_back_1_dat[], t_ins_back_2_dat[], t_interface_dat[];
 extern const unsigned char PACKED(t_installer_2x), PACKED(t_ins_back_1_2x), PACKED(t_interface_2x);
+extern const unsigned char PACKED(t_glyphs_050), PACKED(t_glyphs_062), PACKED(t_glyphs_075), PACKED(t_glyphs_087);
 extern const unsigned char PACKED(t_glyphs_125), PACKED(t_glyphs_150), PACKED(t_glyphs_175), PACKED(t_glyphs_200),
     PACKED(t_glyphs_250), PACKED(t_glyphs_300), PACKED(t_glyphs_400);
 }
@@ -39,13 +40,22 @@ static const packed_file packed_images[4] = {
     {nullptr, nullptr},
     {t_interface_2x, t_interface_2x_end},
 };
+// At 1 the letters are those of the atlas.
 static const struct {
     float scale;
     packed_file file;
 } packed_glyphs[] = {
-    {1.25f, {t_glyphs_125, t_glyphs_125_end}}, {1.5f, {t_glyphs_150, t_glyphs_150_end}},
-    {1.75f, {t_glyphs_175, t_glyphs_175_end}}, {2, {t_glyphs_200, t_glyphs_200_end}},
-    {2.5f, {t_glyphs_250, t_glyphs_250_end}},  {3, {t_glyphs_300, t_glyphs_300_end}},
+    {0.5f, {t_glyphs_050, t_glyphs_050_end}},
+    {0.625f, {t_glyphs_062, t_glyphs_062_end}},
+    {0.75f, {t_glyphs_075, t_glyphs_075_end}},
+    {0.875f, {t_glyphs_087, t_glyphs_087_end}},
+    {1, {nullptr, nullptr}},
+    {1.25f, {t_glyphs_125, t_glyphs_125_end}},
+    {1.5f, {t_glyphs_150, t_glyphs_150_end}},
+    {1.75f, {t_glyphs_175, t_glyphs_175_end}},
+    {2, {t_glyphs_200, t_glyphs_200_end}},
+    {2.5f, {t_glyphs_250, t_glyphs_250_end}},
+    {3, {t_glyphs_300, t_glyphs_300_end}},
     {4, {t_glyphs_400, t_glyphs_400_end}},
 };
 
@@ -70,7 +80,6 @@ static std::size_t glyphs_for(float scale) {
 static void recall_glyphs() {
     static constexpr int columns = 21, rows = 5;
     glyph_sheet = glyphs_of_atlas;
-    if (mnw.scale <= 1) return;
     const auto& [scale, file] = packed_glyphs[glyphs_for(mnw.scale)];
     const auto pixels = [scale = scale](int units) {
         return static_cast<int>(std::ceil(static_cast<float>(units) * scale));
@@ -97,8 +106,7 @@ void recall_ins_texes() {
 }
 
 void match_ins_texes() {
-    const float wanted = mnw.scale > 1 ? packed_glyphs[glyphs_for(mnw.scale)].scale : 1.0f;
-    if (wanted != glyph_sheet.scale) recall_ins_texes();
+    if (packed_glyphs[glyphs_for(mnw.scale)].scale != glyph_sheet.scale) recall_ins_texes();
 }
 
 void take_palette_from_atlas() {

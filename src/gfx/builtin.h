@@ -1,6 +1,6 @@
 // builtin.h: the program's pictures, compiled in, so that it draws its whole interface from nothing but itself.
 // Those of scale 1 are raw pixels; for scales above it there are pictures of twice the size, and a sheet of letters for
-// each step, packed.
+// each step but 1, packed.
 #pragma once
 
 // RGBA bytes, rows from the bottom up.
