@@ -138,7 +138,11 @@ bool down_class::begin_answer(const answer_head& head) {
         used_for = use::redirect;
         next_server_target = head.location;
     }
-    if (used_for != use::file) return head.length <= most_skipped_bytes;
+    if (used_for != use::file) {
+        if (head.chunked || (head.length >= 0 && head.length <= most_skipped_bytes)) return true;
+        end_answer();  // its head says all that matters
+        return false;
+    }
     if (is_too_long(content_len)) {
         fail("more than the " + std::to_string(request.most_bytes) + " bytes that it may send");
         return false;
@@ -163,6 +167,7 @@ bool down_class::take(std::string_view piece) {
     came += std::ssize(piece);
     if (used_for != use::file) {
         skipped += std::ssize(piece);
+        if (skipped > most_skipped_bytes) end_answer();
         return skipped <= most_skipped_bytes;
     }
     if (is_too_long(received + std::ssize(piece))) {

@@ -55,7 +55,7 @@ class down_class {
 
     // The request for what is still missing, over a connection of this route. It settles what the answer is held against.
     std::string request_text(const route_t& route, bool keeps);
-    // The answer. False once no more of it is wanted: then the connection cannot be used any more.
+    // The answer. False once no more of it is wanted: then it counts as ended, and its connection cannot be used any more.
     bool begin_answer(const answer_head& head);
     bool take(std::string_view piece);
     void end_answer();  // it was whole; the transfer is over then, or queued again

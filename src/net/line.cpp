@@ -51,6 +51,14 @@ void line_class::read_some(std::int64_t& allowance) {
     }
 }
 
+// The rest of its answer is not worth reading.
+void line_class::end_first() {
+    ++answers;
+    ended.push_back(asked.front());
+    asked.pop_front();
+    close("");
+}
+
 void line_class::take(std::string_view bytes) {
     std::string_view piece;
     while (!is_over()) {
@@ -64,11 +72,11 @@ void line_class::take(std::string_view bytes) {
                 return;
             case answer_reader::step::head:
                 keeping = keeping && reader.head().keeps;
-                if (!first.begin_answer(reader.head())) close("sent what is not wanted");
+                if (!first.begin_answer(reader.head())) end_first();
                 break;
             case answer_reader::step::body:
                 bytes_in += std::ssize(piece);
-                if (!first.take(piece)) close("sent what is not wanted");
+                if (!first.take(piece)) end_first();
                 break;
             case answer_reader::step::broken:
                 close("sent " + reader.why());

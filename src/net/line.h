@@ -48,6 +48,7 @@ class line_class {
   private:
     void read_some(std::int64_t& allowance);
     void take(std::string_view bytes);
+    void end_first();
 
     connection_class link;
     answer_reader reader;

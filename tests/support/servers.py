@@ -12,6 +12,7 @@ import socket
 import struct
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 import urllib.parse
@@ -31,6 +32,7 @@ def free_port():
 
 class Daemon:
     """A server program on a free port. Another process may take the port between the look and the start: then again."""
+    host = "127.0.0.1"
 
     def __init__(self, folder):
         os.makedirs(folder)
@@ -49,7 +51,7 @@ class Daemon:
 
     @property
     def address(self):
-        return f"127.0.0.1:{self.port}"
+        return f"{self.host}:{self.port}"
 
     def path(self, name):
         return os.path.join(self.folder, name)
@@ -63,7 +65,7 @@ class Daemon:
         deadline = time.monotonic() + 10
         while time.monotonic() < deadline and self.process.poll() is None:
             try:
-                with socket.create_connection(("127.0.0.1", self.port), timeout=1) as link:
+                with socket.create_connection((self.host.strip("[]"), self.port), timeout=1) as link:
                     return self.greets(link)
             except OSError:
                 time.sleep(0.02)
@@ -86,13 +88,49 @@ class Daemon:
                 self.process.wait()
 
 
-class Nginx(Daemon):
-    """Serves the folder `root`; `rate` limits a transfer to so many bytes a second."""
+class Authority:
+    """A certificate authority of the tests' own: `certificate` is what a client has to trust."""
 
-    def __init__(self, root, folder, rate=0):
-        self.root, self.rate = os.path.abspath(root), rate
+    def __init__(self, folder):
+        os.makedirs(folder)
+        self.folder, self.made = folder, 0
+        self.key, self.certificate = os.path.join(folder, "ca.key"), os.path.join(folder, "ca.pem")
+        self.openssl("req", "-x509", "-nodes", "-subj", "/CN=Test authority", "-days", "3650",
+                     "-keyout", self.key, "-out", self.certificate)
+
+    def openssl(self, command, *options):
+        more = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1"] if command == "req" else []
+        subprocess.run([find_program("openssl"), command, *more, *options], check=True, capture_output=True)
+
+    def issue(self, names, days=30):
+        """(certificate, key) for `names`, such as "DNS:host" and "IP:127.0.0.1"; below 0 `days` it ended yesterday."""
+        self.made += 1
+        key, request, certificate, extensions = (os.path.join(self.folder, f"{self.made}.{end}")
+                                                 for end in ("key", "csr", "pem", "ext"))
+        with open(extensions, "w", encoding="utf-8") as text:
+            text.write(f"subjectAltName={','.join(names)}\n")
+        self.openssl("req", "-nodes", "-subj", "/CN=server", "-keyout", key, "-out", request)
+        self.openssl("x509", "-req", "-in", request, "-CA", self.certificate, "-CAkey", self.key, "-CAcreateserial",
+                     "-days", str(days), "-extfile", extensions, "-out", certificate)
+        return certificate, key
+
+
+class Nginx(Daemon):
+    """Serves the folder `root`; `rate` limits a transfer to so many bytes a second, `tls` is a certificate and its key,
+    `more` stands in the configuration of the server."""
+
+    def __init__(self, root, folder, rate=0, tls=None, more="", address="127.0.0.1"):
+        self.root, self.rate, self.tls, self.more, self.host = os.path.abspath(root), rate, tls, more, address
         self.program, self.marks = find_program("nginx"), 0
         super().__init__(folder)
+
+    def listening(self):
+        plain = f"listen {self.host}:{self.port};"
+        if not self.tls:
+            return plain
+        self.tls_port = free_port()
+        return (f"{plain} listen {self.host}:{self.tls_port} ssl; ssl_certificate {self.tls[0]}; "
+                f"ssl_certificate_key {self.tls[1]};")
 
     def command(self):
         self.word = os.urandom(8).hex()  # proves that it is this server that answers
@@ -112,9 +150,10 @@ http {{
   scgi_temp_path "{self.path("t5")}";
   default_type application/octet-stream;
   server {{
-    listen 127.0.0.1:{self.port};
+    {self.listening()}
     root "{self.root}";
     limit_rate {self.rate};
+    {self.more}
     location = /word {{ return 200 {self.word}; }}
   }}
 }}
@@ -131,7 +170,7 @@ http {{
         """What was asked for, as (status, path)."""
         self.marks += 1             # the one worker logs in order: once the mark is there, all before it is
         mark = f"/word?{self.marks}"
-        with socket.create_connection(("127.0.0.1", self.port), timeout=10) as link:
+        with socket.create_connection((self.host.strip("[]"), self.port), timeout=10) as link:
             link.sendall(f"GET {mark} HTTP/1.0\r\n\r\n".encode())
             while link.recv(4096):
                 pass
@@ -143,15 +182,16 @@ http {{
 
 
 class Tinyproxy(Daemon):
-    """A proxy that hands hosts ending in ".example" to `upstream`, as a firewall's only way out."""
+    """A proxy that hands hosts ending in ".example" to `upstream`, as a firewall's only way out; `login` is "user:password"."""
 
-    def __init__(self, folder, upstream=None):
-        self.upstream = upstream
+    def __init__(self, folder, upstream=None, login=None):
+        self.upstream, self.login = upstream, login
         self.program = find_program("tinyproxy")
         super().__init__(folder)
 
     def command(self):
         upstream = f'Upstream http {self.upstream} ".example"' if self.upstream else ""
+        login = f"BasicAuth {self.login.replace(':', ' ')}" if self.login else ""
         return [self.program, "-d", "-c", self.write("conf", f"""
 Port {self.port}
 Listen 127.0.0.1
@@ -162,10 +202,41 @@ LogFile "{self.path("log")}"
 LogLevel Connect
 PidFile "{self.path("pid")}"
 {upstream}
+{login}
 """)]
 
     def requests(self):
-        return re.findall(r"Request \(file descriptor \d+\): GET (\S.*?) HTTP/1\.[01]", self.log())
+        return re.findall(r"Request \(file descriptor \d+\): [A-Z]+ (\S.*?) HTTP/1\.[01]", self.log())
+
+
+class Squid(Daemon):
+    """A proxy that keeps connections on both of its sides. It gives up root's rights, so its folder lies in the open."""
+
+    def __init__(self):
+        self.program = find_program("squid")
+        self.room = tempfile.mkdtemp(prefix="velaris-squid-")
+        os.chmod(self.room, 0o755)
+        super().__init__(os.path.join(self.room, "squid"))
+
+    def stop(self):
+        super().stop()
+        shutil.rmtree(self.room, ignore_errors=True)
+
+    def command(self):
+        os.chmod(self.folder, 0o777)
+        return [self.program, "-N", "-f", self.write("conf", f"""
+http_port 127.0.0.1:{self.port}
+http_access allow localhost
+cache_mem 8 MB
+pid_filename none
+access_log stdio:{self.path("log")}
+cache_log {self.path("cache.log")}
+coredump_dir {self.folder}
+shutdown_lifetime 0 seconds
+""")]
+
+    def requests(self):
+        return [line.split()[6] for line in self.log().splitlines()]
 
 
 def find_program(name):
