@@ -53,24 +53,23 @@ void bad_history(const char* what) {
 
 bool read_old_directory() {
     // It may come as it was published. Its text then lies in the run's own folder, which goes with the run.
-    if (build.old_dir_path.ends_with(".zip")) {
+    std::string text = build.old_dir_path;
+    if (text.ends_with(".zip")) {
         std::string entry = "directory.txt";
-        if (temp_path.empty() || zip_to_file(build.old_dir_path, temp_path, &entry, 1)) return false;
-        build.old_dir_path = temp_path + "directory.txt";
+        if (temp_path.empty() || zip_to_file(text, temp_path, &entry, 1)) return false;
+        text = temp_path + "directory.txt";
     }
     {
         // The reader meets a file that it does not know with the advice to fetch a newer installer and opens a browser,
         // which is no help to whoever makes one.
         const int versions[] = {840, 900, 0};
         xmap_class map;
-        if (!map.retry_exact(build.old_dir_path) || !map.check_file(file_text, versions, "INSTALLER", nullptr))
-            return false;
+        if (!map.retry_exact(text) || !map.check_file(file_text, versions, "INSTALLER", nullptr)) return false;
         // Whatever is missing at its end would be new, and withdrawn from nobody.
         if (map.length() == 0 || !is_line_end(map.mem_end[-1]))
             bad_history("The old directory is cut: it does not end with a whole line!");
     }
-    if (read_catalogue(build.old_dir_path, "Scanning old directory text file to get change log!") != dir_ready)
-        return false;
+    if (read_catalogue(text, "Scanning old directory text file to get change log!") != dir_ready) return false;
     if (sim_info.empty()) bad_history("The old directory has no file in it!");
     return true;
 }
