@@ -5,26 +5,15 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <functional>
 #include <regex>
 #include <stdexcept>
 #include <streambuf>
+#include <utility>
 
 #include "runtime/log.h"
 #include "runtime/startup.h"
 #include "runtime/thread.h"
 #include "support/own_copy.h"
-
-static std::string printed(const std::function<void(std::FILE*)>& print) {
-    char* text = nullptr;
-    std::size_t size = 0;
-    std::FILE* const out = open_memstream(&text, &size);
-    print(out);
-    std::fclose(out);
-    std::string result(text, size);
-    std::free(text);
-    return result;
-}
 
 static auto lines_in(const std::string& text) {
     return std::count(text.begin(), text.end(), '\n');
@@ -162,21 +151,20 @@ TEST(Crash, report_goes_to_the_state_folder_and_then_to_standard_error) {
     EXPECT_TRUE(copy.run("reporter").err.starts_with("program, "));
 }
 
-// Pieces of the report.
-
 TEST(StackDump, ends_quietly_where_the_chain_makes_no_sense_and_keeps_what_came_before) {
     stack_frame chain[120];
-    const auto lines_of = [&](const void* pc) {
-        return lines_in(printed([&](std::FILE* out) { UTL_dump_stack(out, chain, pc); }));
-    };
     for (stack_frame& frame : chain)
         frame = {&frame + 1, &chain};
-    EXPECT_EQ(lines_of(nullptr), 0);
-    const auto lines_with_link = [&](const void* link) {
+    const std::pair<const void*, int> links[] = {
+        {nullptr, 4}, {chain, 4}, {reinterpret_cast<const void*>(UINTPTR_MAX / 2), 5}};  // a circle; nowhere
+    for (const auto& [link, lines] : links) {
         chain[3].link = static_cast<const stack_frame*>(link);
-        return lines_of(chain);
-    };
-    EXPECT_EQ(lines_with_link(nullptr), 4);
-    EXPECT_EQ(lines_with_link(chain), 4);                                           // a circle
-    EXPECT_EQ(lines_with_link(reinterpret_cast<const void*>(UINTPTR_MAX / 2)), 5);  // nowhere
+        char* text = nullptr;
+        std::size_t size = 0;
+        std::FILE* const out = open_memstream(&text, &size);
+        UTL_dump_stack(out, chain, chain);
+        std::fclose(out);
+        EXPECT_EQ(lines_in(text), lines);
+        std::free(text);
+    }
 }
