@@ -7,6 +7,7 @@ import os
 import signal
 import subprocess
 import sys
+import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
 import desktop
@@ -93,7 +94,7 @@ class ScreensTest(installer.Scene):
 
     def quit(self, window):
         window.click(*desktop.QUIT)
-        self.assertEqual(window.process.wait(30), 0)
+        self.assertEqual(window.process.wait(10), 0)
         self.assertEqual(os.listdir(self.desk.tmp), [])
 
     def test_every_display_has_room_for_the_window_and_every_button_is_where_it_is_seen(self):
@@ -112,10 +113,11 @@ class ScreensTest(installer.Scene):
 
     def test_a_new_copy_by_clicks_refused_first(self):
         window = self.offer()
-        window.click(*desktop.INSTALL)
-        self.assert_shows(window, "agreement")
-        window.click(*desktop.REFUSE)
-        self.assert_shows(window, "main")
+        for refuse in (lambda: window.click(*desktop.REFUSE), lambda: window.keys("Return", "Escape")):
+            window.click(*desktop.INSTALL)
+            self.assert_shows(window, "agreement")
+            refuse()
+            self.assert_shows(window, "main")
         self.assertTrue(window.install_is_live())
         self.assertFalse(any(facts[0] == "file" for facts in folders.snapshot(self.dest).values()))
         self.assertTrue(window.install_and_agree(), "no agreement")
@@ -145,6 +147,40 @@ class ScreensTest(installer.Scene):
         self.assert_completes(window)
         self.assert_installed(self.new.tree.installed(), besides={path: before[path] for path in [DROPPED, *ROCKETS]})
         self.quit(window)
+
+    def test_an_update_by_keyboard_alone(self):
+        self.place(self.old.tree.installed())
+        self.put(CHANGED, "mine\n")
+        before = folders.snapshot(self.dest)
+        window = self.offer("--pref:_rename_folder=0")
+        window.keys("Tab", "space")                     # the first control is the button of the preferences
+        self.assert_shows(window, "preferences")
+        window.keys("Tab", "Tab", "space", "Escape")    # behind the list of systems: full speed
+        self.assert_shows(window, "main")
+        window.keys("Return")                           # INSTALL
+        self.assert_shows(window, "agreement")
+        window.keys("Return")                           # nothing has the focus, so it answers nothing
+        window.keys("Tab", "Tab", "space")              # I AGREE
+        self.assert_shows(window, "changed file")
+        window.keys("Return")                           # KEEP
+        self.assert_completes(window)
+        self.assert_installed(self.new.tree.installed(), besides={CHANGED: before[CHANGED]})
+        window.keys("Return")                           # QUIT
+        self.assertEqual(window.process.wait(10), 0)
+        self.assertEqual(self.desk.preferences()["_use_max_cpu"], "1")
+
+    def test_the_close_box_ends_a_scan(self):
+        """Some gigabytes that are in the way take far longer to sign than anybody waits."""
+        self.put(HEAVY, "")
+        os.truncate(os.path.join(self.dest, HEAVY), 8 << 30)
+        window = self.open()
+        self.assert_shows(window, "scan")
+        window.keys("Tab", "space")                     # and the screen is alive meanwhile
+        self.assert_shows(window, "preferences")
+        pressed = time.monotonic()
+        window.close_box()
+        self.assertEqual(window.process.wait(10), 0)
+        self.assertLess(time.monotonic() - pressed, 1)
 
     def test_another_folder_by_the_button_and_by_the_path(self):
         helper = os.path.join(self.desk.bin, "zenity")
@@ -297,7 +333,7 @@ class ScreensTest(installer.Scene):
                     window.click(*opener)
                 self.assert_shows(window, screen)
                 end(window)
-                self.assertEqual(window.process.wait(30), 0)
+                self.assertEqual(window.process.wait(10), 0)
                 self.assertEqual(self.desk.preferences()["_stream_count"], "4")
                 self.assertEqual(os.listdir(self.desk.tmp), [])
 
