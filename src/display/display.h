@@ -41,6 +41,9 @@ struct context_facts {
 // A double-buffered RGBA context of the compatibility profile with a depth buffer and `samples` samples, 0 for none,
 // made current. Swaps do not wait for the screen: the pump keeps the pace.
 bool display_make_context(int samples, context_facts& facts);
+// The picture that the desktop shows for the window: RGBA bytes, rows from the top down.
+void display_set_icon(const unsigned char* pixels, int dx, int dy);
+void display_keep_awake(bool awake);  // no screen saver and no sleep of the screen while it is wanted
 void display_swap();
 void* display_proc_address(const char* name);  // an entry point by name, null if there is none
 

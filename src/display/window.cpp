@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "display/density.h"
 #include "display/display.h"
@@ -196,6 +197,20 @@ bool display_make_context(int samples, context_facts& facts) {
              attribute(SDL_GL_MULTISAMPLESAMPLES),
              -1};
     return true;
+}
+
+void display_set_icon(const unsigned char* pixels, int dx, int dy) {
+    std::vector<unsigned char> copy(pixels, pixels + std::ptrdiff_t{dx} * dy * 4);  // the library wants to write to it
+    SDL_Surface* icon = SDL_CreateRGBSurfaceWithFormatFrom(copy.data(), dx, dy, 32, dx * 4, SDL_PIXELFORMAT_RGBA32);
+    if (icon && shown.window) SDL_SetWindowIcon(shown.window, icon);
+    SDL_FreeSurface(icon);
+}
+
+void display_keep_awake(bool awake) {
+    if (awake)
+        SDL_DisableScreenSaver();
+    else
+        SDL_EnableScreenSaver();
 }
 
 void display_swap() {

@@ -271,9 +271,15 @@ void flow_disk_space() {
     flow.tot_availabl = -1;
     flow.tot_down_req = stg.down_size;
     flow.tot_disk_req = stg.disk_size;
+    // A folder that is yet to be made will lie on the volume of the nearest one above it that is there.
     std::uint64_t bytes = 0;
-    if (volume_free_bytes(dest_dir_path, bytes))
-        flow.tot_availabl = static_cast<float>(static_cast<double>(bytes) * 0.001);
+    std::string folder = dest_dir_path;
+    bool known = volume_free_bytes(folder, bytes);
+    while (!known && folder.size() > 1 && folder.rfind('/', folder.size() - 2) != std::string::npos) {
+        folder.resize(folder.rfind('/', folder.size() - 2) + 1);
+        known = volume_free_bytes(folder, bytes);
+    }
+    if (known) flow.tot_availabl = static_cast<float>(static_cast<double>(bytes) * 0.001);
     if (stg.dir_state != dir_fetching && flow.tot_disk_req > 0 && flow.tot_availabl > 0)
         flow.disk_space_avail = flow.tot_availabl > flow.tot_disk_req;
 }

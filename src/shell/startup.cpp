@@ -31,16 +31,13 @@ static void native_alert(const std::string& main_text, const std::string& second
 }
 
 static void cannot_draw() {
-    __MACIBM_alert(
-        0,
-        "I could not set up the graphics for Velaris! I hope your monitor is at 1024x768 or higher! It must "
-        "be!",
-        "You do not meet the system requirements or you do not have OpenGL drivers or you entered a bad "
-        "resolution in Velaris!",
-        "You need at least 256 meg of RAM, 16 meg of VRAM, and OpenGl drivers for your 3-D accelerator card!",
-        "If you reset the resolution, you can try launching Velaris again, since I am resetting Velaris to "
-        "default resolution now.",
-        t_exit, OOPS_PLACE);
+    __MACIBM_alert(0,
+                   "I could not set up the graphics for Velaris! I hope your monitor is at 1024x768 or higher! It must "
+                   "be!",
+                   "You do not meet the system requirements or you do not have OpenGL drivers or you entered a bad "
+                   "resolution in Velaris!",
+                   "The system says: " + display_error(),
+                   "Without a window it works too: start it on a terminal with --console.", t_exit, OOPS_PLACE);
 }
 
 static void close_display(int save) {

@@ -9,6 +9,7 @@
 #include "app/window/sprites.h"
 #include "app/window/tones.h"
 #include "app/words.h"
+#include "display/display.h"
 #include "engine/flow.h"
 #include "engine/stg.h"
 #include "gfx/oglp.h"
@@ -56,12 +57,16 @@ bool draw_destination() {
            pressed_in(135, 79, 435, 99);
 }
 
-// The list's author writes a label; what he writes must not be able to break one.
+// The list's author writes a label; what he writes must not be able to break one. Its parts are turned into letters one
+// by one, since what parts them is no letter.
 std::string server_label(std::size_t server) {
     std::string label = server_list.server_desc[server];
     while (!label.empty() && label.back() == '{')
         label.pop_back();
-    return latin1_of_path(label);
+    const label_parts parts = expand_label(label);
+    std::string shown = latin1_of_path(parts.left);
+    if (label.find('|') != std::string::npos) shown += "|" + latin1_of_path(parts.right);
+    return parts.help.empty() ? shown : shown + "{?" + latin1_of_path(parts.help);
 }
 
 void draw_servers() {
@@ -177,6 +182,7 @@ void APP_update() {
     if (pressed.quit || quit_requested()) flow_quit();
     if (stg.install_state == install_running) flow_file_work();
     flow_disk_space();
+    display_keep_awake(stg.install_state == install_running);
     // A window that came and went has painted over the screen.
     if (MACIBM_windows_opened() == opened || app_done) return;
     BTN_begin_focus_ring();

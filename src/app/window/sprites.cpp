@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
+#include "display/display.h"
+#include "gfx/builtin.h"
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
@@ -76,11 +79,25 @@ int interface_button(const face_button& button, button_role role, bool link) {
     return presses || (hovered && mnw.mouse_down);
 }
 
+// The grid of icons in the sheet, from its lower left.
+static constexpr int icon_side = 64, icon_columns = 8, lowest_icon = 66;
+
 int interface_icon(float x, float y, int index) {
-    constexpr float cell = 64, lowest = 66;
-    const int column = index % 8, row = index / 8;
-    return interface_rect(x, y, static_cast<float>(column) * cell, static_cast<float>(row) * cell + lowest, cell, cell,
-                          0, tint_white);
+    const int column = index % icon_columns * icon_side, row = index / icon_columns * icon_side + lowest_icon;
+    return interface_rect(x, y, static_cast<float>(column), static_cast<float>(row), icon_side, icon_side, 0,
+                          tint_white);
+}
+
+void set_window_icon() {
+    const builtin_image& sheet = builtin_images[0];
+    constexpr int left = icon_globe_at_rest % icon_columns * icon_side,
+                  top = icon_globe_at_rest / icon_columns * icon_side + lowest_icon + icon_side - 1;
+    std::vector<unsigned char> pixels;
+    for (int row = 0; row < icon_side; ++row) {
+        const unsigned char* line = sheet.pixels + (std::ptrdiff_t{top - row} * sheet.width + left) * 4;
+        pixels.insert(pixels.end(), line, line + icon_side * 4);
+    }
+    display_set_icon(pixels.data(), icon_side, icon_side);
 }
 
 void draw_background() {

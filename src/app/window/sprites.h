@@ -32,6 +32,7 @@ constexpr face_button button_destination = {10, 78, 120, "DESTINATION", true},
 // 1 when it was pressed, by mouse or key. A link has no face until the mouse is on it.
 int interface_button(const face_button& button, button_role role, bool link = false);
 
+void set_window_icon();                           // the globe at rest
 int interface_icon(float x, float y, int index);  // a 64 by 64 picture of the sheet's grid
 
 void draw_background();

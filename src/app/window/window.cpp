@@ -12,6 +12,7 @@
 #include "app/window/folder_chooser.h"
 #include "app/window/main_screen.h"
 #include "app/window/questions.h"
+#include "app/window/sprites.h"
 #include "engine/flow.h"
 #include "engine/front.h"
 #include "engine/stg.h"
@@ -44,6 +45,7 @@ int window_main(int argc, char* const* argv) {
     shell_hooks.backdrop = main_screen_backdrop;
     shell_hooks.may_use_max_cpu = [] { return stg.use_max_cpu; };
     MACIBM_init(argc, argv);
+    set_window_icon();
     // Nobody may be at the terminal: the window goes on without what it does not understand.
     for (const wrong_option& one : wrong)
         cmdline.forget(one.name);
