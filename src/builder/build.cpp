@@ -161,8 +161,7 @@ void sub_install() {
     // The long work.
     for (const std::string& path : build.comp_paths)
         make_folder(path);  // a parent sorts before its children
-    for (const std::string& path : build.comp_files)
-        comp_file(path);
+    comp_files(build.comp_files);
     write_gone_files();
 
     // The catalogue.

@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 
 #include "builder/classify.h"
@@ -17,6 +19,7 @@
 #include "runtime/hl_string.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
+#include "runtime/thread.h"
 
 // Thousands of bytes, cut. A link counts as what it leads to, 0 where that is no file.
 static std::int64_t kilobytes_of(const std::string& path) {
@@ -38,46 +41,106 @@ static void own_bytes(const std::string& path) {
                        OOPS_PLACE);
 }
 
-void comp_file(const std::string& path) {
-    crnt_file_path = path;
-    const std::string rel = path.substr(build.src_fold.size());
+// A program for Windows may use all of its memory if its head says so. A link has no bytes of its own to mark; the program
+// that it leads to comes by itself.
+static void mark_windows_program(const std::string& path) {
+    if (path.find(landmark_path(str_win_fold)) == std::string::npos || path.find(".exe") == std::string::npos ||
+        is_sim_link(path, nullptr))
+        return;
+    own_bytes(path);
+    if (const int code = make_file_large_address_aware(path))
+        build_fatal("Oops! We could not make a windows exe file large-address-aware!", float_text("error# ", code),
+                    path, "", 260);
+}
+
+namespace {
+
+// One zip in the making: what it is made of, and what became of it.
+struct zip_job {
+    zip_job() = default;
+    zip_job(const zip_job&) = delete;
+    zip_job& operator=(const zip_job&) = delete;
+
+    std::string path, zip;
+    std::uint64_t bytes = 0;  // of the file, as far as was known before
+    zipped_file went_in;
+    int err = 0;
+    THREAD_call* call = nullptr;  // null: made by the main thread
+
+    // A fatal end may leave the loop with jobs under way.
+    ~zip_job() {
+        if (!call) return;
+        THREAD_is_done(call, -1);
+        THREAD_cleanup(call);
+    }
+};
+
+}  // namespace
+
+// The signature is of the bytes that went into the zip, whatever becomes of the file. One that changes meanwhile, as under a
+// copy that is still running, gets a few more chances to come to rest.
+static void* make_zip(void* one) {
+    zip_job& job = *static_cast<zip_job*>(one);
+    job.err = err_file_changed;
+    for (int tries = 3; job.err == err_file_changed && tries > 0; --tries)
+        job.err = file_to_zip(job.path, job.zip, &job.went_in);
+    return nullptr;
+}
+
+static void write_rows(const zip_job& job) {
+    const std::string rel = job.path.substr(build.src_fold.size());
     std::string dir;
     get_path_with_path(dir, rel);
     const std::string name = get_path_with_path_file;
-
-    const bool is_link = is_sim_link(path, nullptr);
-    // A link has no bytes of its own to mark; the program that it leads to comes by itself.
-    if (path.find(landmark_path(str_win_fold)) != std::string::npos && path.find(".exe") != std::string::npos &&
-        !is_link) {
-        own_bytes(path);
-        if (const int code = make_file_large_address_aware(path))
-            build_fatal("Oops! We could not make a windows exe file large-address-aware!", float_text("error# ", code),
-                        path, "", 260);
-    }
-    const std::string zip = output_folder() + rel + ".zip";
-    // The signature is of the bytes that went into the zip, whatever becomes of the file. One that changes meanwhile, as
-    // under a copy that is still running, gets a few more chances to come to rest.
-    zipped_file went_in;
-    int err = err_file_changed;
-    for (int tries = 3; err == err_file_changed && tries > 0; --tries)
-        err = file_to_zip(path, zip, &went_in);
-    if (err) build_fatal("I could not zip a file!", error_str(err), path, zip, 292);
-    const std::int64_t zip_size = kilobytes_of(zip);
-    build.zip_bytes += static_cast<std::int64_t>(std::filesystem::file_size(zip));
+    if (job.err) build_fatal("I could not zip a file!", error_str(job.err), job.path, job.zip, 292);
+    const std::int64_t zip_size = kilobytes_of(job.zip);
+    build.zip_bytes += static_cast<std::int64_t>(std::filesystem::file_size(job.zip));
     build.zip_size_ins += static_cast<double>(zip_size) * 0.001 * 0.001;
 
     file_version_struct row;
     row.disc_set = is_dvd;
     row.version = build.release_number;
     row.zip_size = static_cast<float>(zip_size);
-    row.ext_size = static_cast<float>(is_link ? kilobytes_of(path) : static_cast<std::int64_t>(went_in.bytes / 1000));
-    row.sig_want = went_in.signature;
+    row.ext_size = static_cast<float>(
+        is_sim_link(job.path, nullptr) ? kilobytes_of(job.path) : static_cast<std::int64_t>(job.went_in.bytes / 1000));
+    row.sig_want = job.went_in.signature;
     write_folder_line(dir);
-    row.platform = file_platform(path, rel);
+    row.platform = file_platform(job.path, rel);
 
     std::string key = rel;
     chop_platform(key, row.platform);
     write_file_rows(key, name, row);
     ++build.num_files_com;
-    report_compression(zip);
+    report_compression(job.zip);
+}
+
+void comp_files(const std::vector<std::string>& paths) {
+    // Files under way are in memory, packed and unpacked.
+    constexpr std::uint64_t most_bytes = 256u << 20;
+    const std::size_t most_jobs =
+        static_cast<std::size_t>(build.jobs > 0 ? build.jobs : std::max(THREAD_worker_count(), 1));
+    std::deque<zip_job> jobs;  // in the order of the paths; a job does not move
+    std::uint64_t bytes_under_way = 0;
+    auto next = paths.begin();
+    while (next != paths.end() || !jobs.empty()) {
+        while (next != paths.end() && jobs.size() < most_jobs && (jobs.empty() || bytes_under_way < most_bytes)) {
+            mark_windows_program(*next);
+            const std::uint64_t bytes = static_cast<std::uint64_t>(kilobytes_of(*next)) * 1000;
+            const std::string zip = output_folder() + next->substr(build.src_fold.size()) + ".zip";
+            zip_job& job = jobs.emplace_back();
+            job.path = *next++;
+            job.zip = zip;
+            job.bytes = bytes;
+            bytes_under_way += bytes;
+            if (THREAD_worker_count() > 0) job.call = THREAD_run_async(make_zip, &job);
+        }
+        zip_job& first = jobs.front();
+        crnt_file_path = first.path;
+        if (!first.call) make_zip(&first);
+        while (first.call && !THREAD_is_done(first.call, 100))
+            check_stop();
+        write_rows(first);
+        bytes_under_way -= first.bytes;
+        jobs.pop_front();
+    }
 }

@@ -25,6 +25,7 @@ struct build_orders {
     std::string src_fold;                 // the reference copy
     std::string dst_fold_base;            // folder in which the releases lie
     std::string release_name;             // name of region 0 and of its folder
+    int jobs = 0;                         // zips made at a time; 0: one for each processor
     int release_number = version_number;  // goes into every row that this run writes for a file
 };
 

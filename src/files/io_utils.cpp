@@ -25,8 +25,8 @@
 #include "runtime/product.h"
 
 std::ofstream ouf;
-const char* sErrFile = "";
-int sErrLine = 0;
+thread_local const char* sErrFile = "";
+thread_local int sErrLine = 0;
 std::string get_path_with_path_file;
 
 int failed_at(int code, const char* file, int line) {

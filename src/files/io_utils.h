@@ -2,7 +2,7 @@
 // the shared output stream. Paths have "/" and a folder's path ends in it; names are the bytes on disk.
 // Results: 0 for success, else a code for error_str. Nothing here raises an alert but for a caller's mistake (fatal)
 // and a data file that cannot be written (ouf_open, level 1).
-// Threads: `ouf` and the failure place are single globals of the main thread.
+// Threads: `ouf` is a single global of the main thread.
 #pragma once
 
 #include <fstream>
@@ -11,8 +11,8 @@
 
 extern std::ofstream ouf;  // the one data file being written, by one writer at a time; fixed notation
 
-extern const char* sErrFile;  // place of the last primitive that failed
-extern int sErrLine;
+extern thread_local const char* sErrFile;  // place of the last primitive that failed in this thread
+extern thread_local int sErrLine;
 int failed_at(int code, const char* file, int line);  // notes the place; returns `code`
 
 // Splits at the last "/" that is not the very last character: `dir` keeps its "/", the last component (with any "/"

@@ -1,4 +1,5 @@
 // The way into a zip; the way out of one is zip_io.cpp.
+#include <libdeflate.h>
 #include <minizip/zip.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <ctime>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "files/error_str.h"
 #include "files/file_reader.h"
@@ -20,6 +22,7 @@
 #include "runtime/log.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
+#include "runtime/thread.h"
 
 namespace {
 
@@ -51,25 +54,72 @@ struct new_entry {
     std::uint64_t size;                                                       // as far as it is known before
     std::function<std::ptrdiff_t(unsigned char* to, std::size_t room)> read;  // 0 at the end, below 0 a failure
     zipped_file& done;
+
+    // `raw`: what is written is deflated already, and its length and checksum are told at the end.
+    int open_in(zipFile out, int level, bool raw) const {
+        return zipOpenNewFileInZip4_64(out, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, method, level, raw,
+                                       -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, made_on_unix, 0,
+                                       size >= zip64_from);
+    }
 };
 
-int write_entry(zipFile out, const new_entry& e) {
-    const int level = e.method == Z_DEFLATED ? Z_DEFAULT_COMPRESSION : 0;
-    if (zipOpenNewFileInZip4_64(out, e.name.c_str(), &e.info, nullptr, 0, nullptr, 0, nullptr, e.method, level, 0,
-                                -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, made_on_unix, 0,
-                                e.size >= zip64_from) != ZIP_OK)
+// A file that is small enough is packed in memory, which takes half the time. How much more of it there is than what was
+// expected shows only at its end; then all is done by blocks.
+constexpr std::uint64_t most_packed_at_once = 64u << 20;
+
+// The whole of the entry, if it is no larger than expected; else what was read so far.
+std::vector<unsigned char> read_expected(const new_entry& e, bool& whole) {
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(e.size) + 1);
+    std::size_t have = 0;
+    std::ptrdiff_t got = 0;
+    while (have < bytes.size() && (got = e.read(&bytes[have], bytes.size() - have)) > 0)
+        have += static_cast<std::size_t>(got);
+    whole = have < bytes.size();
+    bytes.resize(have);
+    return bytes;
+}
+
+int write_packed(zipFile out, const new_entry& e, const std::vector<unsigned char>& bytes) {
+    constexpr int level = 6;  // no larger than zlib's own
+    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
+        libdeflate_alloc_compressor(level), libdeflate_free_compressor);
+    if (!packer) return failed_at(ENOMEM, OOPS_PLACE);
+    std::vector<unsigned char> packed(libdeflate_deflate_compress_bound(packer.get(), bytes.size()));
+    packed.resize(libdeflate_deflate_compress(packer.get(), bytes.data(), bytes.size(), packed.data(), packed.size()));
+    e.done.bytes = bytes.size();
+    e.done.signature = md5_of({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    errno = 0;
+    if (packed.empty() || e.open_in(out, level, true) != ZIP_OK ||
+        zipWriteInFileInZip(out, packed.data(), static_cast<unsigned>(packed.size())) != ZIP_OK ||
+        zipCloseFileInZipRaw64(out, bytes.size(), libdeflate_crc32(0, bytes.data(), bytes.size())) != ZIP_OK)
         return failed_at(write_error(), OOPS_PLACE);
-    const auto block = std::make_unique<unsigned char[]>(block_size);
+    return 0;
+}
+
+int write_entry(zipFile out, const new_entry& e) {
+    // What was read in the hope that it is all goes first where it was not.
+    std::vector<unsigned char> block;
+    if (e.method == Z_DEFLATED && e.size <= most_packed_at_once) {
+        bool whole = false;
+        block = read_expected(e, whole);
+        if (whole) return write_packed(out, e, block);
+    }
+    if (e.open_in(out, e.method == Z_DEFLATED ? Z_DEFAULT_COMPRESSION : 0, false) != ZIP_OK)
+        return failed_at(write_error(), OOPS_PLACE);
     MD5_CTX context;
     MD5Init(&context);
-    std::ptrdiff_t got = 0;
-    while ((got = e.read(block.get(), block_size)) > 0) {
-        const auto count = static_cast<unsigned>(got);
-        MD5UpdateWide(&context, block.get(), count);
+    const auto write = [&](std::size_t count) {
+        MD5UpdateWide(&context, block.data(), static_cast<std::uint32_t>(count));
         e.done.bytes += count;
         errno = 0;
-        if (zipWriteInFileInZip(out, block.get(), count) != ZIP_OK) return failed_at(write_error(), OOPS_PLACE);
-    }
+        const int result = zipWriteInFileInZip(out, block.data(), static_cast<unsigned>(count));
+        return result == ZIP_OK ? 0 : failed_at(write_error(), OOPS_PLACE);
+    };
+    int err = block.empty() ? 0 : write(block.size());
+    block.resize(block_size);
+    for (std::ptrdiff_t got = 0; !err && (got = e.read(block.data(), block.size())) > 0;)
+        err = write(static_cast<std::size_t>(got));
+    if (err) return err;
     MD5Final(&context);
     e.done.signature = md5_hex(context);
     return zipCloseFileInZip(out) == ZIP_OK ? 0 : failed_at(write_error(), OOPS_PLACE);
@@ -105,10 +155,13 @@ int data_to_zip(const std::string& name, const std::string& source, const std::s
     zip_fileinfo info = {};
     info.external_fa = static_cast<uLong>(facts.st_mode) << 16;
     info.tmz_date = entry_date(facts.st_mtime);
-    const auto read = [&file](unsigned char* to, std::size_t room) { return file.read(to, room); };
+    // The end of the run waits for the workers.
+    const auto read = [&file](unsigned char* to, std::size_t room) {
+        return THREAD_is_ending() ? -1 : file.read(to, room);
+    };
     const int err = write_zip(zip, {name, Z_DEFLATED, info, static_cast<std::uint64_t>(facts.st_size), read, done});
     if (err) return err;
-    if (!file.error() && !file.changed_meanwhile()) return 0;
+    if (!file.error() && !file.changed_meanwhile() && !THREAD_is_ending()) return 0;
     unlink((app_path + zip).c_str());
     return failed_at(file.error() ? file.error() : err_file_changed, OOPS_PLACE);
 }

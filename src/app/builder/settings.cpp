@@ -26,6 +26,7 @@ constexpr option_row builder_rows[] = {
      "without a history.\n"},
     {"--version_number", "=N", "Number of this release, above that of every earlier one.\n"},
     {"--version_name", "=TEXT", "Name of this release and of its folder.\n"},
+    {"--jobs", "=N", "Makes N zips at a time.  As a rule one for each processor.\n"},
     {"--console", nullptr, "Runs on the terminal, as it always does.\n"},
     {"--version", nullptr, "Prints the version and the build number.\n"},
 };
@@ -121,6 +122,13 @@ bool read_number(const conf_file& conf, std::string& complaint) {
     return complain(complaint, "--version_number wants a number from 1 to 2147483647, and not '" + text + "'");
 }
 
+bool read_jobs(std::string& complaint) {
+    const std::string text = cmdline.has_option("--jobs") ? cmdline.get_option("--jobs") : "0";
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), build.jobs);
+    if (error == std::errc() && end == text.data() + text.size() && build.jobs >= 0 && build.jobs <= 1000) return true;
+    return complain(complaint, "--jobs wants a number from 1 to 1000, and not '" + text + "'");
+}
+
 // It becomes the name of a folder, here and on the user's disk.
 bool read_name(const conf_file& conf, std::string& complaint) {
     const std::string name = setting(conf, "--version_name");
@@ -153,5 +161,6 @@ bool read_builder_settings(std::string& complaint) {
     conf_file conf;
     return read_folder(conf, "--src", build.src_fold, complaint) && read_conf(conf, complaint) &&
            read_folder(conf, "--dst", build.dst_fold_base, complaint) && check_folders_apart(complaint) &&
-           read_history(conf, complaint) && read_number(conf, complaint) && read_name(conf, complaint);
+           read_history(conf, complaint) && read_number(conf, complaint) && read_name(conf, complaint) &&
+           read_jobs(complaint);
 }

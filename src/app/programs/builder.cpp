@@ -13,6 +13,7 @@
 #include "runtime/cmdline.h"
 #include "runtime/oops.h"
 #include "runtime/startup.h"
+#include "runtime/thread.h"
 
 static int wrong_usage(const std::string& problem) {
     builder_problem("velaris-builder: " + problem + " (--help tells more)");
@@ -28,6 +29,7 @@ static int run() {
         return status_busy;
     }
     catch_interrupts();
+    THREAD_make_workers();
     builder_console_open();
     try {
         build_install();
