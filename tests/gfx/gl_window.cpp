@@ -71,6 +71,18 @@ rgb picture::at(int x, int y) const {
     return {pixel[0], pixel[1], pixel[2]};
 }
 
+int picture::difference_from(const unsigned char* image, int image_dx, int channels, int x, int y, int dx_of, int dy_of,
+                             int left, int low) const {
+    int worst = 0;
+    for (int i = 0; i < dx_of * dy_of; ++i) {
+        const unsigned char* p = image + ((y + i / dx_of) * image_dx + x + i % dx_of) * channels;
+        const rgb wanted =
+            channels == 1 ? rgb{p[0], p[0], p[0]} : rgb{p[0] * p[3] / 255, p[1] * p[3] / 255, p[2] * p[3] / 255};
+        worst = std::max(worst, difference(at(left + i % dx_of, low + i / dx_of), wanted));
+    }
+    return worst;
+}
+
 std::vector<int> picture::extent(const rgb& back) const {
     std::vector<int> found = {dx, dy, 0, 0};
     for (int y = 0; y < dy; ++y)

@@ -52,49 +52,49 @@ TEST(oglp, states_are_as_told_and_reach_the_driver_only_when_they_differ) {
     expect_driver_state(0, lit_off, alpha_blend, depth_read_off, depth_write_off);
 }
 
-TEST(oglp, shapes_cover_exactly_their_pixels) {
-    gl_window window;
-    mnw.wind_x = 100;
-    mnw.wind_y = 50;
-
-    OGL_fillrect(white_index, 1, 10, 20, 30, 5);
-    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{110, 70, 140, 75}));
-
-    window.clear();
-    OGL_framerect(white_index, 1, 10, 20, 30, 5);
-    picture frame = window.grab();
-    EXPECT_EQ(frame.extent(black), (std::vector<int>{110, 70, 141, 76}));
-    EXPECT_EQ(frame.at(140, 75), white);
-    EXPECT_EQ(frame.at(111, 71), black);
-
-    window.clear();
-    OGL_line(white_index, 1, 10, 20, 40, 20);
-    frame = window.grab();
-    const std::vector<int> line = frame.extent(black);
-    EXPECT_NEAR(line[2], 140, 1);
-    EXPECT_EQ(line, (std::vector<int>{110, 70, line[2], 71}));
-
+// Filled, framed, drawn as a line and clipped, at a place of the window, in pixels.
+TEST(oglp, shapes_cover_exactly_their_pixels_at_every_scale) {
+    gl_window window(1536, 1152);
+    using edges = std::vector<int>;
+    const struct {
+        float scale, x, dy;
+        edges filled, framed, line, clipped;
+    } cases[] = {
+        {1, 10, 5, {110, 70, 140, 75}, {110, 70, 141, 76}, {110, 70, 140, 71}, {110, 70, 140, 75}},
+        {1.5f, 11, 5, {167, 105, 212, 113}, {167, 105, 214, 115}, {167, 105, 212, 107}, {167, 105, 212, 113}},
+    };
+    for (const auto& c : cases) {
+        mnw.scale = c.scale;
+        OGL_pix_specs(0);
+        mnw.wind_x = 100;
+        mnw.wind_y = 50;
+        const auto drawn = [&] {
+            const edges found = window.grab().extent(black);
+            window.clear();
+            return found;
+        };
+        OGL_fillrect(white_index, 1, c.x, 20, 30, c.dy);
+        EXPECT_EQ(drawn(), c.filled);
+        OGL_framerect(white_index, 1, c.x, 20, 30, c.dy);
+        EXPECT_EQ(window.grab().at(c.framed[0] + 3, c.framed[1] + 3), black);
+        EXPECT_EQ(drawn(), c.framed);
+        OGL_line(white_index, 1, c.x, 20, c.x + 30, 20);
+        EXPECT_EQ(drawn(), c.line);
+        OGL_scissors(c.x, 20, 30, c.dy);
+        OGL_fillrect(white_index, 1, 0, 0, 500, 500);
+        EXPECT_EQ(drawn(), c.clipped);
+        OGL_scissors(10, 10, -20, 10);
+        OGL_fillrect(white_index, 1, 0, 0, 500, 500);
+        OGL_scissors_end();
+        EXPECT_EQ(glGetError(), 0u) << "a negative width is no error";
+    }
     OGL_fillrect(white_index, 1, 0, 0, 100, 100);
     OGL_grayrect(10, 20, 40, 25, 0.5f);  // half of the black of colour 12 over white
-    EXPECT_LE(difference(window.grab().at(110, 70), {127, 127, 127}), 1);
+    EXPECT_LE(difference(window.grab().at(180, 108), {127, 127, 127}), 1);
+    mnw.scale = 1;
 }
 
-TEST(oglp, scissors_clip_in_window_coordinates) {
-    gl_window window;
-    mnw.wind_x = 100;
-    mnw.wind_y = 50;
-    OGL_scissors(10, 10, 20, 10);
-    OGL_fillrect(white_index, 1, 0, 0, 500, 500);
-    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{110, 60, 130, 70}));
-    window.clear();
-    OGL_scissors(10, 10, -20, 10);
-    OGL_fillrect(white_index, 1, 0, 0, 500, 500);
-    OGL_scissors_end();
-    EXPECT_EQ(glGetError(), 0u) << "a negative width is no error";
-    EXPECT_EQ(window.grab().extent(black)[2], 0) << "nothing is drawn";
-}
-
-TEST(oglp, a_scale_is_the_largest_that_fits_and_is_bearable_and_shapes_keep_to_pixels) {
+TEST(oglp, a_scale_is_the_largest_that_fits_and_is_bearable) {
     const struct {
         float asked;
         scale_room room;
@@ -112,21 +112,6 @@ TEST(oglp, a_scale_is_the_largest_that_fits_and_is_bearable_and_shapes_keep_to_p
         EXPECT_FALSE(scale_of_text(wrong, asked)) << wrong;
     EXPECT_EQ(asked, 7);
     EXPECT_TRUE(scale_of_text("2.5", asked) && asked == 2.5f && scale_of_text("auto", asked) && asked == scale_auto);
-
-    gl_window window(1536, 1152);
-    mnw.scale = 1.5f;
-    OGL_pix_specs(0);
-    OGL_fillrect(white_index, 1, 11, 20, 30, 5);
-    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{17, 30, 62, 38}));
-    window.clear();
-    OGL_framerect(white_index, 1, 10, 20, 30, 6);
-    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{15, 30, 62, 41}));
-    window.clear();
-    OGL_scissors(10, 20, 30, 6);
-    OGL_fillrect(white_index, 1, 0, 0, 500, 500);
-    OGL_scissors_end();
-    EXPECT_EQ(window.grab().extent(black), (std::vector<int>{15, 30, 60, 39}));
-    mnw.scale = 1;
 }
 
 TEST(oglp, pictures_are_drawn_pixel_for_pixel_and_the_right_way_up) {
@@ -139,19 +124,7 @@ TEST(oglp, pictures_are_drawn_pixel_for_pixel_and_the_right_way_up) {
                    20, s2, t1, 1, alpha_blend);
     };
     quad(tex_installer, 644, 33, 1024, 80);
-    const picture drawn = window.grab();
-    int worst = 0;
-    for (int y = 0; y < 80; ++y)
-        for (int x = 0; x < 80; ++x) {
-            const unsigned char* p = sheet.pixels + ((33 + y) * sheet.width + 644 + x) * 4;
-            const rgb over_black{p[0] * p[3] / 255, p[1] * p[3] / 255, p[2] * p[3] / 255};
-            worst = std::max(worst, difference(drawn.at(10 + x, 20 + y), over_black));
-        }
-    EXPECT_LE(worst, 2);
-
-    watch_anew();
-    quad(tex_installer, 0, 0, 1024, 80);
-    EXPECT_EQ(gl_calls.count["glBindTexture"] + gl_calls.count["glTexEnvi"] + gl_calls.count["glEnable"], 0);
+    EXPECT_LE(window.grab().difference_from(sheet.pixels, sheet.width, 4, 644, 33, 80, 80, 10, 20), 2);
 }
 
 TEST(oglp, a_larger_surface_keeps_the_design_and_is_covered_and_photographed_around_its_middle) {
