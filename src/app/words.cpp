@@ -110,10 +110,10 @@ sentence header_sentence() {
 install_pace get_install_pace(const next_t& table) {
     install_pace pace;
     // A file of unknown length counts as a little below nothing.
-    pace.done_kb = std::max(static_cast<double>(table.down_kb) + static_cast<double>(table.part_kb), 0.0);
-    const double elapsed = std::max(static_cast<double>(xtim.real_time) - static_cast<double>(table.start_time), 1.0);
+    pace.done_kb = std::max(double{table.down_kb} + table.part_kb, 0.0);
+    const double elapsed = std::max(double{xtim.real_time} - table.start_time, 1.0);
     pace.rate_kb_s = pace.done_kb / elapsed;
-    const double remaining = std::max(static_cast<double>(flow.tot_down_req) - pace.done_kb, 0.0);
+    const double remaining = std::max(flow.tot_down_req - pace.done_kb, 0.0);
     pace.seconds_left = remaining / pace.rate_kb_s;
     return pace;
 }

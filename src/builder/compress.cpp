@@ -94,7 +94,7 @@ static void write_rows(const zip_job& job) {
     const std::string name = get_path_with_path_file;
     if (job.err) build_fatal("I could not zip a file!", error_str(job.err), job.path, job.zip, 292);
     const std::int64_t zip_size = kilobytes_of(job.zip);
-    build.zip_bytes += static_cast<std::int64_t>(std::filesystem::file_size(job.zip));
+    build.zip_bytes += std::filesystem::file_size(job.zip);
     build.zip_size_ins += static_cast<double>(zip_size) * 0.001 * 0.001;
 
     file_version_struct row;

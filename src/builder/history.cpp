@@ -16,7 +16,7 @@ void index_history() {
         file_version_struct& first = sim_info[i].front();
         std::string key = first.path;
         chop_platform(key, first.platform);
-        if (!build.sim_info_index.emplace(key, static_cast<int>(i)).second)
+        if (!build.sim_info_index.emplace(key, i).second)
             build_fatal("WARNING: you appear to have a file TWICE in an old directory file.", "", "", first.path, 520);
         first.do_fetch = 1;
         for (const file_version_struct& row : sim_info[i]) {
@@ -57,7 +57,7 @@ void write_file_rows(const std::string& key, const std::string& name, const file
     if (known == build.sim_info_index.end()) {
         ++build.tally.added;
     } else {
-        file_history_struct& history = sim_info[static_cast<std::size_t>(known->second)];
+        file_history_struct& history = sim_info[known->second];
         for (const file_version_struct& row : history) {
             // The same content is listed once, under its newest version; and a file that is back is not withdrawn.
             if (row.sig_want == present.sig_want || is_gone(row)) continue;

@@ -3,6 +3,7 @@
 // Threads: main thread only.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -45,11 +46,11 @@ struct build_region {
     std::vector<std::string> comp_files;  // full paths that the walk chose, in its order
     std::set<std::string> comp_paths;     // output folders that they need
     std::unordered_multimap<std::string, installed_at> installed;  // by the installed path, its case taken out
-    std::map<std::string, int> sim_info_index;                     // key of a file -> its place in sim_info
+    std::map<std::string, std::size_t> sim_info_index;             // key of a file -> its place in sim_info
     int num_hidden = 0;  // hidden items, which are left out with all that is in them
     int num_files_rec = 0, num_files_use = 0, num_files_com = 0;  // seen, chosen, compressed
-    double zip_size_ins = 0;     // sum of the zips, gigabytes of 10^9 bytes, each cut to kilobytes
-    std::int64_t zip_bytes = 0;  // the same to the byte
+    double zip_size_ins = 0;      // sum of the zips, gigabytes of 10^9 bytes, each cut to kilobytes
+    std::uint64_t zip_bytes = 0;  // the same to the byte
     tally_t tally;
 };
 

@@ -10,8 +10,8 @@ struct release_summary {
     std::string name, folder;
     int files = 0;
     tally_t tally;
-    int hidden = 0;          // items of the reference copy that were left out because they are hidden
-    std::int64_t bytes = 0;  // of the zips
+    int hidden = 0;           // items of the reference copy that were left out because they are hidden
+    std::uint64_t bytes = 0;  // of the zips
 };
 
 // Whether whoever runs the builder wants it to stop: with q, or by a signal such as Ctrl-C.

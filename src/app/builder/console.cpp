@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 
@@ -23,7 +24,7 @@ struct {
 } face;
 
 void show_progress(const std::string& line1, const std::string& line2, float share) {
-    face.progress.show(static_cast<double>(share), line1, line2, xtim_class::seconds());
+    face.progress.show(share, line1, line2, xtim_class::seconds());
 }
 
 stop_wish stop_wanted() {
@@ -48,10 +49,9 @@ void show_history(int files, int newest) {
 void show_summary(const release_summary& done) {
     face.progress.clear();
     const bool small = done.bytes < 1000;
-    std::printf("%s: %d files (%d new, %d changed, %d as before), %lld %s; %d withdrawn\n", done.name.c_str(),
+    std::printf("%s: %d files (%d new, %d changed, %d as before), %" PRIu64 " %s; %d withdrawn\n", done.name.c_str(),
                 done.files, done.tally.added, done.tally.changed, done.tally.same,
-                static_cast<long long>(small ? done.bytes : done.bytes / 1000), small ? "bytes" : "kB",
-                done.tally.withdrawn);
+                (small ? done.bytes : done.bytes / 1000), small ? "bytes" : "kB", done.tally.withdrawn);
     if (done.hidden > 0) std::printf("hidden items left out: %d\n", done.hidden);
     std::printf("%s\n", done.folder.c_str());
     std::fflush(stdout);

@@ -91,7 +91,7 @@ static changed_answer answer_changed(const std::string& file, bool removing, con
 
 static void scan_progress(float lo, float value, float hi, scan_phase phase, const std::string&,
                           const std::string& item) {
-    const double share = hi > lo ? static_cast<double>((value - lo) / (hi - lo)) : 0;
+    const double share = hi > lo ? (value - lo) / (hi - lo) : 0;
     console_scan_progress(share, scan_phase_words(phase), item);
     // Reading a catalogue is one long call that has touched nothing yet, so this is a place that can end a run from within.
     if (!interrupt_requested()) return;

@@ -79,7 +79,7 @@ after_pass work_on_files(run_t& run) {
 // Says so where no file is to be fetched, deleted or asked about. Kilobytes do not tell: small files count none.
 bool nothing_to_do(const console_options& options) {
     bool has_changed_files = false;
-    for (int file = 0; file < static_cast<int>(sim_info.size()); ++file) {
+    for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const verdict decided = decide_file(file);
         if (decided == verdict::ask && options.changed == changed_files::keep)
             has_changed_files = true;
@@ -147,7 +147,7 @@ int pass(run_t& run, after_pass& after) {
 
 // Kilobytes that came for what is being fetched now. What is refused and fetched again adds nothing.
 double arrived_kb() {
-    double kb = static_cast<double>(next.down_kb) + static_cast<double>(next.part_kb);
+    double kb = double{next.down_kb} + next.part_kb;
     for (const int slot : {slot_list, slot_directory})
         if (const down_ptr& transfer = http.slots[slot]) kb += static_cast<double>(transfer->received) / 1000;
     return kb;

@@ -142,8 +142,8 @@ void console_offer() {
     if (!output.json) return;
     print_json(json_object("offer")
                    .add("name", server_list.install_name)
-                   .add("download_kb", rounded(static_cast<double>(stg.down_size)))
-                   .add("install_kb", rounded(static_cast<double>(stg.disk_size))));
+                   .add("download_kb", rounded(stg.down_size))
+                   .add("install_kb", rounded(stg.disk_size)));
 }
 
 static const char* verdict_word(verdict decided, bool json) {
@@ -161,9 +161,8 @@ static const char* verdict_word(verdict decided, bool json) {
 
 void console_plan() {
     if (!output.json)
-        std::printf("to download: %lld kB\nto install: %lld kB\n",
-                    static_cast<long long>(rounded(static_cast<double>(stg.down_size))),
-                    static_cast<long long>(rounded(static_cast<double>(stg.disk_size))));
+        std::printf("to download: %lld kB\nto install: %lld kB\n", static_cast<long long>(rounded(stg.down_size)),
+                    static_cast<long long>(rounded(stg.disk_size)));
     for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const char* word = verdict_word(decide_file(file), output.json);
         if (!word) continue;
@@ -187,7 +186,7 @@ static void json_progress(const next_t& table, const install_pace& pace, bool la
     output.last_json_progress = now;
     print_json(json_object("progress")
                    .add("download_kb", rounded(pace.done_kb))
-                   .add("install_kb", rounded(static_cast<double>(table.disk_kb)))
+                   .add("install_kb", rounded(table.disk_kb))
                    .add("files_done", static_cast<std::int64_t>(output.files_done.size()))
                    .add("files_total", std::int64_t{output.files_total})
                    .add("rate_kb_s", rounded(pace.rate_kb_s))
@@ -198,12 +197,12 @@ static void json_progress(const next_t& table, const install_pace& pace, bool la
 static double install_share(const next_t& table) {
     const auto files = static_cast<int>(output.files_done.size());
     if (files >= output.files_total) return 1;
-    if (flow.tot_disk_req > 0) return std::min(static_cast<double>(table.disk_kb / flow.tot_disk_req), 1.0);
+    if (flow.tot_disk_req > 0) return std::min(double{table.disk_kb} / flow.tot_disk_req, 1.0);
     return static_cast<double>(files) / output.files_total;
 }
 
 static std::string progress_text(const install_pace& pace, bool last) {
-    const auto total = static_cast<double>(flow.tot_down_req);
+    const double total = flow.tot_down_req;
     std::string text = std::to_string(output.files_done.size()) + " of " + std::to_string(output.files_total) +
                        " files, " + size_text(std::min(pace.done_kb, total)) + " of " + size_text(total) + ", " +
                        std::to_string(rounded(pace.rate_kb_s)) + " kB/s";
