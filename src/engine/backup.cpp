@@ -50,9 +50,9 @@ int keep_copy_if_wanted(std::size_t file) {
     file_version_struct& row = current_row(file);
     if (!row.keep_copy) return 0;
     const std::string installed = installed_path(row);
-    const beneath_folder& root = destination_folder();
+    const auto root = destination_folder();
     std::string kept;
-    const int err = keep_copy_beside(root, installed, kept);
+    const int err = keep_copy_beside(*root, installed, kept);
     xer << "KEEPING a copy of " << destination_of(row) << " as " << last_part(kept) << ", with result=" << err << ".\n";
     if (err) return err;
     row.keep_copy = 0;

@@ -52,10 +52,6 @@ std::string destination_of(const file_version_struct& row) {
     return dest_dir_path + installed_path(row);
 }
 
-beneath_folder destination_folder() {
-    return beneath_folder(dest_dir_path);
-}
-
 bool path_is_inside(std::string_view path, std::string_view folder) {
     return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
 }
@@ -125,7 +121,7 @@ bool behind_shipped_link(std::string_view installed) {
     for (installed = folder_of(installed); !installed.empty(); installed = folder_of(installed)) {
         const auto found = knitted.contested.find(without_slash(installed));
         if (found == knitted.contested.end()) continue;
-        const std::string full = dest_dir_path + found->first;
+        const std::string full = way_to_destination() + found->first;
         std::string signature;
         if (is_sim_link(full, nullptr) && calc_file_md5(full, signature) == 0 &&
             signature_was_shipped(found->second.front(), signature))
@@ -177,7 +173,7 @@ static const char* fault_of(const file_version_struct& row) {
     if (installed.size() >= path_buffer_size) return "a path that is too long for any disk!";
     for (const std::string_view part : path_parts(installed)) {
         if (part.size() > NAME_MAX) return "a path that is too long for any disk!";
-        if (part.starts_with(temp_part)) return "a name that I keep for myself!";
+        if (part.starts_with(own_prefix)) return "a name that I keep for myself!";
     }
     return is_signature(row.sig_want) ? nullptr : "a file without a proper signature!";
 }

@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/destination.h"
 #include "platform/beneath.h"
 
 struct file_version_struct {
@@ -59,8 +60,6 @@ void new_format(const std::string& path);
 inline bool is_gone(const file_version_struct& row) {
     return row.sig_want == "GONE";
 }
-// The destination, so that no path leads out of it.
-beneath_folder destination_folder();
 // The path below the destination, and with the destination before it.
 std::string_view installed_view(const file_version_struct& row);  // holds as long as the row stays where it is
 std::string installed_path(const file_version_struct& row);

@@ -62,9 +62,10 @@ static bool make_below_or_tell(const beneath_folder& root, const std::string& fo
     return false;
 }
 
-static void make_road_to_destination() {
+static bool make_road_to_destination() {
     for (const std::string_view folder : folders_passed(dest_dir_path))
-        if (!make_or_tell(std::string(folder))) return;
+        if (!make_or_tell(std::string(folder))) return false;
+    return true;
 }
 
 static folder_set wanted_folders() {
@@ -80,21 +81,21 @@ static folder_set wanted_folders() {
 }
 
 // Of the thing itself, not of what a link leads to; 0 for nothing.
-static mode_t kind_on_disk(const std::string& path) {
+static mode_t kind_on_disk(const std::string& installed) {
     struct stat info;
-    return lstat(path.c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
+    return lstat((way_to_destination() + installed).c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
 }
 
-static bool leads_to_folder(const std::string& path) {
+static bool leads_to_folder(const std::string& installed) {
     struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    return stat((way_to_destination() + installed).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 // The contested paths at which a folder is wanted and something else stands.
 static std::vector<std::string> taken_places(const folder_set& folders) {
     std::vector<std::string> taken;
     for (const auto& [path, files] : contested_paths()) {
-        const mode_t kind = kind_on_disk(dest_dir_path + path);
+        const mode_t kind = kind_on_disk(path);
         const bool is_fixed = std::count(std::begin(fixed_folders), std::end(fixed_folders), path) > 0;
         if ((folders.count(path) || is_fixed) && kind != 0 && kind != S_IFDIR) taken.push_back(path);
     }
@@ -106,21 +107,22 @@ static bool is_at_or_inside(std::string_view path, const std::vector<std::string
                        [&](const std::string& place) { return path == place || path_is_inside(path, place); });
 }
 
-void make_dirs() {
-    make_road_to_destination();
+int make_dirs() {
+    if (!make_road_to_destination()) return 0;
     const folder_set folders = wanted_folders();
     const std::vector<std::string> taken = taken_places(folders);
-    const beneath_folder root = destination_folder();
+    const auto root = destination_folder();
     for (const std::string& folder : folders)
-        if (!is_at_or_inside(folder, taken) && !make_below_or_tell(root, folder)) break;
+        if (!is_at_or_inside(folder, taken) && !make_below_or_tell(*root, folder)) return 0;
     for (const char* folder : fixed_folders)
-        if (!is_at_or_inside(folder, taken)) make_below_or_tell(root, folder);
+        if (!is_at_or_inside(folder, taken) && !make_below_or_tell(*root, folder)) return 0;
     for (const auto& link : framework_links) {
         const std::string folder = link.folder;
         struct stat facts;
-        if (root.look(folder + link.name, facts) == 0 && !S_ISLNK(facts.st_mode))
-            root.rename(folder + link.name, folder + "_" + link.name);
+        if (root->look(folder + link.name, facts) == 0 && !S_ISLNK(facts.st_mode))
+            root->rename(folder + link.name, folder + "_" + link.name);
     }
+    return 1;
 }
 
 // Whether what stands in the place of a wanted folder may go. Where the choice of files has spoken it holds (the user
@@ -132,7 +134,7 @@ static bool may_go(const std::string& path, const std::vector<std::size_t>& file
         return false;
     const std::string place = dest_dir_path + path;
     if (signature_was_shipped(files.front(), current_row(files.front()).sig_have)) return true;
-    if (leads_to_folder(place)) return false;  // the user's own link to a folder serves as one
+    if (leads_to_folder(path)) return false;  // the user's own link to a folder serves as one
     file_version_struct& row = current_row(files.front());
     const changed_answer answer = front.select_alert(place, true, trouble_with(files.front()));
     row.keep_copy = answer == changed_answer::backup;
@@ -153,9 +155,9 @@ static void decide_anew_below(const std::string& path) {
 // True if folders can be made there from now on.
 static bool free_taken_place(const std::string& path, const std::vector<std::size_t>& files) {
     const std::string place = dest_dir_path + path;
-    if (kind_on_disk(place) == 0) return true;  // it was seen through a link that is gone by now
+    if (kind_on_disk(path) == 0) return true;  // it was seen through a link that is gone by now
     if (!may_go(path, files)) {
-        if (leads_to_folder(place)) return true;
+        if (leads_to_folder(path)) return true;
         make_dir_error(place, EEXIST);
         return false;
     }
@@ -176,19 +178,19 @@ static void free_taken_places() {
     if (freed.empty()) return;
     std::erase_if(freed, [](const std::string& path) { return !free_taken_place(path, contested_paths().at(path)); });
     folders.insert(std::begin(fixed_folders), std::end(fixed_folders));
-    const beneath_folder root = destination_folder();
+    const auto root = destination_folder();
     for (const std::string& folder : folders)
-        if (is_at_or_inside(folder, freed) && !make_below_or_tell(root, folder)) break;
+        if (is_at_or_inside(folder, freed) && !make_below_or_tell(*root, folder)) break;
 }
 
 // A folder where a file is to be installed, and what is in it.
 struct folder_in_the_way {
-    std::string path;
+    std::string path;                  // installed, as the folders below are
     std::vector<std::size_t> files;    // withdrawn, and to be deleted with it
     std::vector<std::string> folders;  // itself first, parents before children
 };
 
-typedef std::unordered_map<std::string, std::size_t> withdrawn_t;  // destination to the history
+typedef std::unordered_map<std::string, std::size_t> withdrawn_t;  // installed path to the history
 
 // Withdrawn files that may be deleted: decided so, or shipped for a system that is not installed for here.
 static withdrawn_t withdrawn_files() {
@@ -197,7 +199,7 @@ static withdrawn_t withdrawn_files() {
         const file_version_struct& row = current_row(file);
         if (!is_gone(row)) continue;
         if (row.do_delete || (!is_wanted(row) && signature_was_shipped(file, row.sig_have)))
-            withdrawn[destination_of(row)] = file;
+            withdrawn[installed_path(row)] = file;
     }
     return withdrawn;
 }
@@ -205,13 +207,14 @@ static withdrawn_t withdrawn_files() {
 // False if the folder holds anything but withdrawn files, or cannot be looked through.
 static bool look_through(folder_in_the_way& found, const withdrawn_t& withdrawn) {
     std::error_code error;
-    found.folders.push_back(found.path + "/");
-    for (std::filesystem::recursive_directory_iterator item(found.path, error), end; !error && item != end;
+    const std::string way = way_to_destination();
+    found.folders.push_back(found.path);
+    for (std::filesystem::recursive_directory_iterator item(way + found.path, error), end; !error && item != end;
          item.increment(error)) {
-        const std::string path = item->path().string();
+        const std::string path = item->path().string().substr(way.size());
         const auto known = withdrawn.find(path);
         if (kind_on_disk(path) == S_IFDIR)
-            found.folders.push_back(path + "/");
+            found.folders.push_back(path);
         else if (known != withdrawn.end())
             found.files.push_back(known->second);
         else
@@ -226,7 +229,7 @@ static void remove_folder(const folder_in_the_way& found) {
         current_row(file).do_delete = 0;
     }
     for (auto folder = found.folders.rbegin(); folder != found.folders.rend(); ++folder)
-        delete_file(*folder);
+        destination_folder()->remove_folder(*folder);
 }
 
 static int remove_folders_in_the_way() {
@@ -234,10 +237,10 @@ static int remove_folders_in_the_way() {
     withdrawn_t withdrawn;
     for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const file_version_struct& row = current_row(file);
-        if (!row.do_fetch || kind_on_disk(destination_of(row)) != S_IFDIR) continue;
+        if (!row.do_fetch || kind_on_disk(installed_path(row)) != S_IFDIR) continue;
         if (behind_shipped_link(installed_path(row))) continue;
         if (all.empty()) withdrawn = withdrawn_files();
-        all.push_back({destination_of(row), {}, {}});
+        all.push_back({installed_path(row), {}, {}});
         if (look_through(all.back(), withdrawn)) continue;
         __MACIBM_alert(0, "I need to install a file, but a folder of that name stands in its place!",
                        "It holds files that do not come from Velaris, so I will not remove it.",
@@ -264,7 +267,7 @@ static std::string way_out(const beneath_folder& root, const std::string& folder
 // Whether every file to install or delete lies in the destination. What is behind a link that the release itself once
 // laid there does not count, as long as that link is still to be cleared away.
 static bool all_stays_inside(bool links_are_cleared) {
-    const beneath_folder root = destination_folder();
+    const auto root = destination_folder();
     std::string last_folder;  // files of one folder stand together
     for (const file_history_struct& history : sim_info) {
         const file_version_struct& row = history.back();
@@ -273,7 +276,7 @@ static bool all_stays_inside(bool links_are_cleared) {
         const std::string folder(folder_of(installed));
         if (folder.empty() || folder == last_folder) continue;
         last_folder = folder;
-        const std::string out = way_out(root, folder);
+        const std::string out = way_out(*root, folder);
         if (out.empty() || (!links_are_cleared && behind_shipped_link(installed))) continue;
         xer << "leads out of the destination: " << dest_dir_path << out << "\n";
         __MACIBM_alert(0, "A folder of this copy is a link that leads out of it!",
@@ -287,23 +290,25 @@ static bool all_stays_inside(bool links_are_cleared) {
 
 // What a run that was killed has left beside the places of its files. It would also keep its folder from going.
 static void remove_leftovers() {
-    const beneath_folder& root = destination_folder();
+    const auto root = destination_folder();
     std::unordered_set<std::string_view> folders;
     for (const file_history_struct& history : sim_info) {
         const std::string_view folder = folder_of(installed_view(history.back()));
         if (!folders.insert(folder).second) continue;
         std::error_code error;
-        for (std::filesystem::directory_iterator item(dest_dir_path + std::string(folder), error), end;
+        for (std::filesystem::directory_iterator item(way_to_destination() + std::string(folder), error), end;
              !error && item != end; item.increment(error)) {
             const std::string name = item->path().filename().string();
-            if (name.starts_with(temp_part)) root.remove_file(std::string(folder) + name);
+            if (name.starts_with(temp_part)) root->remove_file(std::string(folder) + name);
         }
     }
 }
 
 int clear_the_way() {
     remove_leftovers();
-    if (!all_stays_inside(false) || !remove_folders_in_the_way()) return 0;
+    if (!all_stays_inside(false)) return 0;
+    note_deletions();
+    if (!remove_folders_in_the_way()) return 0;
     free_taken_places();
     return all_stays_inside(true);
 }

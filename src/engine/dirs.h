@@ -12,7 +12,7 @@
 
 #include <string>
 
-void make_dirs();  // a failure shows an alert and the install goes on
+int make_dirs();  // 0 after the first folder that could not be made: an alert has named it, and the install ends
 void make_dir_error(const std::string& path, int err);
 
 // Removes shipped files (and links) that stand in the place of a wanted folder, asking first where one was changed and

@@ -93,7 +93,7 @@ static void join_those_of_one_file() {
         std::map<std::string, std::vector<std::size_t>> by_name;  // where the file has one name: all of them
         struct stat facts;
         const bool has_names = end - first > 1 &&
-                               destination_folder().look(installed_path(current_row(first->file)), facts) == 0 &&
+                               destination_folder()->look(installed_path(current_row(first->file)), facts) == 0 &&
                                facts.st_nlink > 1;
         for (; first != end; ++first)
             by_name[has_names ? lower_case(installed_view(current_row(first->file))) : ""].push_back(first->file);
@@ -149,7 +149,7 @@ const signed_file& found_on_disk(std::size_t file) {
 // What is at the place of a file now; no size where nothing is.
 static file_identity identity_now(std::size_t file) {
     struct stat facts;
-    const int err = destination_folder().look(installed_path(current_row(file)), facts);
+    const int err = destination_folder()->look(installed_path(current_row(file)), facts);
     if (err == 0) return identity_of(facts);
     file_identity none;
     if (err != ENOENT && err != ENOTDIR) none.size = -2;  // it cannot be told
@@ -163,7 +163,7 @@ bool is_untouched(std::size_t file) {
 
 void examine_again(std::size_t file) {
     const file_version_struct& row = current_row(file);
-    signing one(dest_dir_path, {{installed_view(row), row.ext_size}}, nullptr);
+    signing one(way_to_destination(), {{installed_view(row), row.ext_size}}, nullptr);
     while (!one.wait(100)) {
     }
     records.found.resize(sim_info.size());

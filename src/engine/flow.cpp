@@ -15,8 +15,10 @@
 #include "engine/examine.h"
 #include "engine/front.h"
 #include "engine/grab.h"
+#include "engine/placing.h"
 #include "engine/stg.h"
 #include "engine/trust.h"
+#include "engine/withdrawn.h"
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/zip_io.h"
@@ -157,12 +159,13 @@ int flow_directory() {
 // that has such a name stays, and so does a whole archive, which may be the user's own.
 static void delete_partial_zip(const file_version_struct& row) {
     const std::string partial = installed_path(row) + ".zip";
-    const beneath_folder root = destination_folder();
+    const auto root = destination_folder();
     struct stat facts;
-    if (root.look(partial, facts) != 0 || !S_ISREG(facts.st_mode) || is_whole_archive(dest_dir_path + partial)) return;
+    if (root->look(partial, facts) != 0 || !S_ISREG(facts.st_mode) || is_whole_archive(way_to_destination() + partial))
+        return;
     if (std::none_of(sim_info.begin(), sim_info.end(),
                      [&](const file_history_struct& history) { return installed_path(history.back()) == partial; }))
-        root.remove_file(partial);
+        root->remove_file(partial);
 }
 
 void stream_reset() {
@@ -173,9 +176,14 @@ void stream_reset() {
     streams_start();
 }
 
+static void give_destination_free() {
+    let_go_of_destination();
+    unlock_folder();
+}
+
 void flow_destination_picked() {
     stream_reset();
-    unlock_folder();
+    give_destination_free();
     stg.install_failed = 0;
     stg.install_state = install_idle;
     stop_examination();
@@ -203,10 +211,26 @@ bool flow_install_is_live() {
 
 // False when another run has the destination. A folder that is not there yet is locked once it was made.
 static bool lock_destination() {
-    if (lock_folder(dest_dir_path) != folder_lock_result::busy) return true;
+    if (lock_folder(dest_dir_path) != folder_lock_result::busy) {
+        hold_destination();
+        return true;
+    }
     flow.busy = 1;
     front.destination_busy();
     return false;
+}
+
+static void end_install(int state, int failed, int declined) {
+    stg.install_state = state;
+    stg.install_failed |= failed;
+    flow.declined = declined;
+    give_destination_free();
+}
+
+// An install that ends before its time keeps what has come so far.
+static void finish_early() {
+    place_all(false);
+    sweep_folders();
 }
 
 void flow_install() {
@@ -215,45 +239,36 @@ void flow_install() {
     if (!lock_destination()) return;
     stream_reset();
     stg.install_failed = 0;
-    make_dirs();
-    if (!lock_destination()) return;
+    // Folders, also for an agreement that may be refused.
+    if (!make_dirs()) return end_install(install_over, 1, 0);
+    if (!lock_destination()) return give_destination_free();
+    // The agreement, then the questions, whatever was answered.
     if (front.handle_EULA()) stg.install_state = install_running;
     if (!choose_files()) stg.install_state = install_idle;
-    if (stg.install_state != install_running) {
-        flow.declined = 1;
-        unlock_folder();
-    } else if (const int clear = clear_the_way(); next.cancelled) {
-        stg.install_state = install_idle;
-        flow.declined = 1;
-        unlock_folder();
-    } else if (!clear) {
-        stg.install_failed = 1;
-        stg.install_state = install_over;
-        unlock_folder();
-    }
+    if (stg.install_state != install_running) return end_install(install_idle, 0, 1);
+    // What stands in the way of the files.
+    const int clear = clear_the_way();
+    if (next.cancelled) return end_install(install_idle, 0, 1);
+    if (!clear) end_install(install_over, 1, 0);
 }
 
 void flow_quit() {
     stop_examination();
+    if (stg.install_state == install_running) finish_early();
     stream_reset();
-    unlock_folder();
+    give_destination_free();
     stg.install_state = install_over;
     app_done = 1;
 }
 
 void flow_file_work_once() {
     if (stg.install_state != install_running || !grab_files()) return;
-    if (next.cancelled) {
-        // What has come so far stays; the rows are compared anew before another try.
-        stg.install_state = install_idle;
-        stg.dir_state = dir_unread;
-        flow.declined = 1;
-    } else {
-        stg.install_state = install_over;
-    }
+    if (next.cancelled || stg.install_failed) finish_early();
+    const int cancelled = next.cancelled;
+    if (cancelled) stg.dir_state = dir_unread;  // the rows are compared anew before another try
     flow.finished = next;
     stream_reset();
-    unlock_folder();
+    end_install(cancelled ? install_idle : install_over, 0, cancelled);
 }
 
 void flow_file_work() {

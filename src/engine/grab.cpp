@@ -78,13 +78,9 @@ void announce_files() {
     }
 }
 
-// The zip was expanded or not: that finishes the file.
-void finish_file(std::size_t file, const std::string& zip, int result) {
+// The zip could not be expanded, and that is not for another server to mend.
+void fail_file(std::size_t file, const std::string& zip, int result) {
     const file_version_struct& row = current_row(file);
-    if (result == 0) {
-        place_file(file);
-        return;
-    }
     fail_install("The installer cannot extract a file.", error_str(result), "Compressed File: " + zip,
                  destination_of(row));
     front.file_finished(action_downloading, installed_path(row), result);
@@ -139,7 +135,7 @@ bool fetch_over_net(int stream, std::size_t file) {
     }
     grab.refused.erase(row.path);
     stg.down_failed = 0;
-    finish_file(file, zip, result);
+    if (result != 0) fail_file(file, zip, result);
     return true;
 }
 
@@ -171,7 +167,7 @@ bool work_on_file(int stream, std::size_t file) {
         if (stream != 0)
             __MACIBM_alert(0, "Trying to do a DVD install with multiple streams!",
                            "The shark with the laser on his head is getting very dizzy!", "", "", t_exit, OOPS_PLACE);
-        finish_file(file, crnt_file_path, extract_and_delete_file(crnt_file_path, file));
+        if (const int result = extract_and_delete_file(crnt_file_path, file)) fail_file(file, crnt_file_path, result);
         stg.file_rat = 1;
     }
     row.have_file = 1;
@@ -193,17 +189,18 @@ void rename_destination() {
 
 int extract_and_delete_file(const std::string& zip, std::size_t file) {
     const file_version_struct& row = current_row(file);
-    const std::string installed = installed_path(row), dest = destination_of(row), part = part_of(file);
-    const beneath_folder& root = destination_folder();
+    const std::string installed = installed_path(row), dest = destination_of(row), part = new_part(file);
+    const auto root = destination_folder();
     const zip_promise promise = {std::string(last_part(installed)), row.sig_want,
                                  static_cast<std::uint64_t>(most_bytes(row.ext_size)), part};
-    const int result = zip_to_file(zip, root, std::string(without_slash(folder_of(installed))), promise);
+    const int result = zip_to_file(zip, *root, std::string(without_slash(folder_of(installed))), promise);
     log_action("EXPANDING file ", dest, result);
     if (result == 0) {
         const bool is_program = dest.find("Contents/MacOS/") != std::string::npos;
-        log_action("CHMODING  file ", dest, is_program ? root.change_mode(part, 0755) : 0);
+        log_action("CHMODING  file ", dest, is_program ? root->change_mode(part, 0755) : 0);
     }
     if (!is_dvd) log_action("DELETING  file ", zip, delete_file(zip));
+    if (result == 0) place_later(file, part);
     return result;
 }
 
@@ -218,12 +215,13 @@ int grab_files() {
     next.part_kb = 0;
     for (int stream = 0; stream < stream_max; ++stream)
         if (stream_takes_turn(stream) && work_on_file(stream, stream_file(stream))) stream_finished_file(stream);
-    if (next.cancelled) return 1;
-    if (streams_have_work()) return stg.install_failed;
-    // The end. The last file may have failed in a stream that ended with it.
-    if (stg.install_failed) return 1;
+    const bool placed = go_on_placing(!streams_have_work());
+    if (next.cancelled || stg.install_failed) return 1;
+    if (streams_have_work() || !placed) return 0;
+    // The end.
     next.all_done = 1;
     sweep_folders();
     if (this_install_has_exes && stg.rename_folder) rename_destination();
+    destination_folder()->sync_volume();  // "complete" is said of what no power cut undoes
     return 1;
 }

@@ -2,7 +2,6 @@
 
 stg_t stg;
 
-std::string dest_dir_path;
 std::string temp_path;
 std::string dvd_path;
 std::string crnt_file_name, crnt_file_path;

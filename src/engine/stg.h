@@ -29,7 +29,7 @@ struct stg_t {
 };
 extern stg_t stg;
 
-extern std::string dest_dir_path;                   // the folder that is installed to; ends in "/"
+extern std::string dest_dir_path;                   // the folder that is installed to (destination.h)
 extern std::string temp_path;                       // private to the run
 extern std::string dvd_path;                        // root of a disc source; empty here
 extern std::string crnt_file_name, crnt_file_path;  // for the status lines

@@ -21,6 +21,7 @@ struct next_t {
     float down_kb = 0;     // of the files finished, in zip_size units
     float disk_kb = 0;     // of the files finished, in ext_size units
     int files_done = 0;    // files fetched and expanded, or deleted, since the last reset
+    int progress = 0;      // moves with every file that came and was right, or was deleted
     int cancelled = 0;     // the user ended the install by his answer to a question
 };
 extern next_t next;

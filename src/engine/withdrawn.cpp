@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <set>
 #include <vector>
 
 #include "engine/backup.h"
@@ -16,6 +17,8 @@
 #include "files/error_str.h"
 #include "files/io_utils.h"
 #include "files/opensave.h"
+#include "files/xmap.h"
+#include "platform/folders.h"
 #include "platform/paths.h"
 #include "runtime/oops.h"
 
@@ -44,8 +47,9 @@ int delete_withdrawn(std::size_t file) {
             return ECANCELED;
         }
         if (word == last_word::go_on) {
+            const auto root = destination_folder();
             result = keep_copy_if_wanted(file);
-            if (result == 0) result = destination_folder().remove_file(installed);
+            if (result == 0) result = root->remove_file(installed);
         } else {
             result = row.sig_have == "NONE" ? ENOENT : EEXIST;
             if (result == EEXIST) action = action_duplicate;
@@ -60,28 +64,49 @@ int delete_withdrawn(std::size_t file) {
                            "", t_alert, OOPS_PLACE);
     }
     ++next.files_done;
+    ++next.progress;
     front.file_finished(action, installed, action == action_duplicate ? 0 : result);
     return result;
 }
 
-// A run that was killed between the last file of a folder and the sweep leaves the folder to the next one.
+void note_deletions() {
+    std::string note;
+    for (const file_history_struct& history : sim_info)
+        if (history.back().do_delete) note += installed_path(history.back()) + "\n";
+    if (note.empty()) return;
+    // If it fails, an empty folder may stay. Behind a line end, as the note of an earlier run may be torn.
+    const auto root = destination_folder();
+    if (root->append(emptied_note, "\n" + note) == 0) root->sync_volume();
+}
+
+// A run that was killed between the last file of a folder and the sweep leaves the folder to the next one, and a note,
+// since a folder may be empty because the user wants it so.
 static void mark_what_an_earlier_run_emptied() {
-    for (std::size_t file = 0; file < sim_info.size(); ++file) {
-        const file_version_struct& row = sim_info[file].back();
-        if (is_gone(row) && row.sig_have == "NONE" && is_wanted(row)) mark_for_sweep(installed_path(row));
+    xmap_class note(way_to_destination() + emptied_note);
+    std::set<std::string> noted;
+    for (std::string path; note.mem_start && !note.at_end();) {
+        note.TXT_str_scan_eoln(&path);
+        noted.insert(path);
+    }
+    if (noted.empty()) return;
+    for (const file_history_struct& history : sim_info) {
+        const std::string installed = installed_path(history.back());
+        if (is_gone(history.back()) && history.back().sig_have == "NONE" && noted.contains(installed))
+            mark_for_sweep(installed);
     }
 }
 
 void sweep_folders() {
     mark_what_an_earlier_run_emptied();
-    const beneath_folder root = destination_folder();
+    const auto root = destination_folder();
     for (auto folder = deleted_files.rbegin(); folder != deleted_files.rend(); ++folder) {
         std::vector<std::string> names;
         std::vector<int> kinds;
         struct stat facts;
         const std::string below = folder->substr(dest_dir_path.size(), folder->size() - dest_dir_path.size() - 1);
-        if (root.look(below, facts) != 0 || !S_ISDIR(facts.st_mode)) continue;
-        if (opensave_getitems(*folder, kind_any, names, kinds) > 0) continue;
-        log_action("cleanup: DELETING  file ", *folder, root.remove_folder(below));
+        if (root->look(below, facts) != 0 || !S_ISDIR(facts.st_mode)) continue;
+        if (opensave_getitems(way_to_destination() + below + "/", kind_any, names, kinds) > 0) continue;
+        log_action("cleanup: DELETING  file ", *folder, root->remove_folder(below));
     }
+    root->remove_file(emptied_note);
 }

@@ -19,5 +19,7 @@ bool is_fixed_folder(std::string_view folder);
 // ECANCELED where he ended the install (next.cancelled).
 int delete_withdrawn(std::size_t file);
 
+// Notes on the disk, for good, what is about to be deleted, so that a later run may sweep what this one emptied.
+void note_deletions();
 // Removes the marked folders that have become empty, children before their parents.
 void sweep_folders();

@@ -156,6 +156,18 @@ int beneath_folder::make_file(const std::string& path, mode_t mode, int& made) c
     });
 }
 
+int beneath_folder::append(const std::string& path, const std::string& text) const {
+    return in_parent(path, [&](int at, const char* name) {
+        const int file = openat(at, name, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+        if (file < 0) return -1;
+        const ssize_t written = write(file, text.data(), text.size());
+        const int failure = written == static_cast<ssize_t>(text.size()) ? 0 : written < 0 ? errno : ENOSPC;
+        close(file);
+        errno = failure;
+        return failure ? -1 : 0;
+    });
+}
+
 int beneath_folder::make_folder(const std::string& path, mode_t mode) const {
     return in_parent(path, [&](int at, const char* name) { return mkdirat(at, name, mode); });
 }

@@ -26,7 +26,10 @@ class beneath_folder {
 
     int error() const { return err; }  // why it could not be opened; every call below answers with it then
 
+    // A path by which this process reaches the very folder, whatever became of its name; ends in "/".
+    std::string way_through_kernel() const { return "/proc/self/fd/" + std::to_string(fd) + "/"; }
     int make_file(const std::string& path, mode_t mode, int& fd) const;  // a new one, for writing; EEXIST
+    int append(const std::string& path, const std::string& text) const;  // to a file that is made if it is missing
     int make_folder(const std::string& path, mode_t mode) const;
     int make_link(const std::string& target, const std::string& path) const;
     int remove_file(const std::string& path) const;    // or a link

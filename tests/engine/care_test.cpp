@@ -112,3 +112,57 @@ TEST_F(care, a_copy_of_the_users_version_is_kept_beside) {
     EXPECT_EQ(questions, "a/List.txt;a/.hidden;" + long_name + ";a/gone.d.png-;a/List.txt;");
     EXPECT_FALSE(is_there("a/gone.d.png"));
 }
+
+TEST_F(care, only_folders_that_a_run_emptied_are_swept) {
+    open_mirror();
+    put({{"Output/logbooks/f", "1"}, {"old/.velaris.part.3", "half a file"}, {"deep/er/f", "1"}});
+    for (const char* folder : {"old", "users", "users/own"})
+        mkdir((dest_dir_path + folder).c_str(), 0755);
+    for (const char* name : {"old/f", "Output/logbooks/f", "users/own/f", "deep/er/f"})
+        history(std::string("All/") + name, {"1", "GONE"});
+    put({{".velaris.emptied", "old/f\n../outside\n"}});  // of a run that was killed
+    prepare();
+    EXPECT_EQ(run(), 1);
+    EXPECT_FALSE(is_there("old") || is_there("deep") || is_there(".velaris.emptied"));
+    EXPECT_TRUE(is_folder("Output/logbooks")) << "every install makes it";
+    EXPECT_TRUE(is_folder("users/own")) << "the user's own, empty as it is";
+}
+
+TEST_F(care, two_paths_to_one_file_are_one_file) {
+    open_mirror();
+    put({{"now/f", "old"}, {"now/same", "1"}, {"twin", "1"}});
+    put_link("Before", "now");  // as on a disk where upper and lower case are the same
+    ASSERT_EQ(link((dest_dir_path + "twin").c_str(), (dest_dir_path + "other name").c_str()), 0);
+    history("All/Before/f", {"old", "GONE"});
+    history("All/Before/same", {"1", "GONE"});
+    shipped("All/now/f", "new");
+    shipped("All/now/same", "1");
+    shipped("All/twin", "1");
+    history("All/other name", {"1", "GONE"});  // a hard link is a name of its own
+    for (const int round : {1, 2}) {
+        prepare();
+        EXPECT_EQ(run(), 1);
+        EXPECT_EQ(on_disk({"now/f", "now/same", "twin"}), "new11") << round;
+        EXPECT_FALSE(is_there("other name"));
+        EXPECT_EQ(requests, round == 1 ? "/r/All/now/f.zip;" : "");
+    }
+    EXPECT_EQ(questions, "");
+}
+
+TEST_F(care, a_destination_that_is_swapped_for_a_link_leads_nowhere_else) {
+    open_mirror();
+    put({{"gone", "1"}});
+    disk.write("outside/gone", "1");
+    shipped("All/a/f", "new");
+    history("All/gone", {"1", "GONE"});
+    stg.dir_state = read();
+    flow_install();
+    ASSERT_EQ(rename((disk / "dest").c_str(), (disk / "moved").c_str()), 0);
+    ASSERT_EQ(symlink("outside", (disk / "dest").c_str()), 0);
+    EXPECT_TRUE(poll_until([] {
+        flow_file_work_once();
+        return stg.install_state == install_over;
+    }));
+    EXPECT_EQ(scratch::read(disk / "moved/a/f") + scratch::read(disk / "outside/gone"), "new1");
+    EXPECT_FALSE(scratch::exists(disk / "moved/gone") || scratch::exists(disk / "outside/a"));
+}

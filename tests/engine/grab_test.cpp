@@ -211,19 +211,6 @@ TEST_F(grab, a_link_that_is_laid_during_the_run_is_no_way_out) {
     EXPECT_EQ(scratch::read(disk / "outside/old"), "1");
 }
 
-TEST_F(grab, a_folder_that_a_killed_run_emptied_is_swept_by_the_next) {
-    open_mirror();
-    put({{"Output/logbooks/f", "1"}});
-    mkdir((dest_dir_path + "old").c_str(), 0755);
-    disk.write("dest/old/.velaris.part", "half a file");
-    history("All/old/f", {"1", "GONE"});
-    history("All/Output/logbooks/f", {"1", "GONE"});
-    prepare();
-    EXPECT_EQ(run(), 1);
-    EXPECT_FALSE(is_there("old"));
-    EXPECT_TRUE(is_folder("Output/logbooks")) << "every install makes it";
-}
-
 TEST_F(grab, a_transfer_left_over_from_an_install_that_ended_is_not_taken_for_another_file) {
     open_mirror();
     shipped("All/a/first", "1");

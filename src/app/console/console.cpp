@@ -158,7 +158,7 @@ bool gave_up(run_t& run) {
     if (run.options.give_up_seconds <= 0) return false;
     constexpr double least_kb_s = 1;
     const double now = xtim_class::seconds(), span = std::min(run.options.give_up_seconds, 30.0);
-    const int finished = next.files_done + (stg.server_cnt >= 0) + stg.dir_state + 4 * stg.install_state;
+    const int finished = next.progress + (stg.server_cnt >= 0) + stg.dir_state + 4 * stg.install_state;
     const double most = finished == run.seen_finish ? std::max(run.most_kb, arrived_kb()) : arrived_kb();
     // Nothing comes, and nothing needs to, while the copy on the disk is examined.
     const bool came = most - run.kb_before >= least_kb_s * span || stg.dir_state == dir_unread;
