@@ -13,6 +13,7 @@
 #include "engine/directory.h"
 #include "engine/front.h"
 #include "engine/stg.h"
+#include "engine/streams.h"
 #include "files/error_str.h"
 #include "files/signature_store.h"
 #include "net/server_address.h"
@@ -107,6 +108,7 @@ static void take_in_results() {
     records.running.reset();
     records.found.resize(found.size());
     double down_kb = 0, disk_kb = 0;
+    float largest_kb = 0;
     for (std::size_t file = 0; file < sim_info.size(); ++file) {
         const file_version_struct& row = current_row(file);
         if (behind_shipped_link(installed_view(row))) found[file] = {};
@@ -114,10 +116,12 @@ static void take_in_results() {
         if (is_gone(row) || row.have_file || !is_wanted(row)) continue;
         down_kb += static_cast<double>(row.zip_size);
         disk_kb += static_cast<double>(row.ext_size);
+        largest_kb = std::max(largest_kb, row.zip_size);
         if (row.platform >= 1 && row.platform <= 3) this_install_has_exes = 1;
     }
     stg.down_size = static_cast<float>(down_kb);
     stg.disk_size = static_cast<float>(disk_kb);
+    stg.temp_size = stream_max * largest_kb;
     join_those_of_one_file();
 }
 

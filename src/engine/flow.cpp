@@ -26,6 +26,7 @@
 #include "net/server_list.h"
 #include "platform/folder_lock.h"
 #include "platform/folders.h"
+#include "platform/paths.h"
 #include "platform/volume.h"
 #include "runtime/oops.h"
 #include "runtime/product.h"
@@ -280,21 +281,31 @@ void flow_file_work() {
     flow.totl_inst_rat = share > 0 ? std::min(share, 1.0f) : 0.0f;  // no number, as of 0 / 0, is no progress
 }
 
+// A folder that is yet to be made will lie on the volume of the nearest one above it that is there.
+static std::string nearest_folder(std::string path) {
+    struct stat facts;
+    while (stat(path.c_str(), &facts) != 0 && path.size() > 1)
+        path = folder_of(path);
+    return path;
+}
+
 void flow_disk_space() {
     if (stg.install_state != install_idle) return;
     flow.totl_inst_rat = 0;
     flow.tot_availabl = -1;
     flow.tot_down_req = stg.down_size;
     flow.tot_disk_req = stg.disk_size;
-    // A folder that is yet to be made will lie on the volume of the nearest one above it that is there.
-    std::uint64_t bytes = 0;
-    std::string folder = dest_dir_path;
-    bool known = volume_free_bytes(folder, bytes);
-    while (!known && folder.size() > 1 && folder.rfind('/', folder.size() - 2) != std::string::npos) {
-        folder.resize(folder.rfind('/', folder.size() - 2) + 1);
-        known = volume_free_bytes(folder, bytes);
-    }
-    if (known) flow.tot_availabl = static_cast<float>(static_cast<double>(bytes) * 0.001);
-    if (stg.dir_state != dir_fetching && flow.tot_disk_req > 0 && flow.tot_availabl > 0)
-        flow.disk_space_avail = flow.tot_availabl > flow.tot_disk_req;
+    const auto kilobytes_free = [](const std::string& folder) {
+        std::uint64_t bytes = 0;
+        return volume_free_bytes(folder, bytes) ? static_cast<float>(static_cast<double>(bytes) * 0.001) : -1.0f;
+    };
+    const std::string folder = nearest_folder(dest_dir_path);
+    flow.tot_availabl = kilobytes_free(folder);
+    if (stg.dir_state == dir_fetching || !(flow.tot_disk_req > 0 && flow.tot_availabl > 0)) return;
+    flow.disk_space_avail = flow.tot_availabl > flow.tot_disk_req;
+    // What travels lies in the temporary folder first. On the same volume it goes again before the end.
+    struct stat here, there;
+    if (stat(folder.c_str(), &here) != 0 || stat(temp_path.c_str(), &there) != 0 || here.st_dev == there.st_dev) return;
+    const float temp_free = kilobytes_free(temp_path);
+    if (temp_free >= 0 && temp_free < stg.temp_size) flow.disk_space_avail = 0;
 }

@@ -26,6 +26,7 @@ struct stg_t {
     int always_ask_dir = 0;  // preference
     float down_size = 0;     // kilobytes of 1000 bytes to download, summed by the scan
     float disk_size = 0;     // kilobytes to install
+    float temp_size = 0;     // kilobytes that may lie in the temporary folder at one time
 };
 extern stg_t stg;
 
