@@ -11,6 +11,7 @@
 #include "app/pref.h"
 #include "engine/examine.h"
 #include "engine/trust.h"
+#include "net/http.h"
 #include "net/server_address.h"
 #include "runtime/cmdline.h"
 #include "runtime/product.h"
@@ -21,9 +22,11 @@ namespace {
 constexpr option_row installer_rows[] = {
     {"-path", " FOLDER", "Installs to FOLDER.  Stands first, before all other options.\n"},
     {"--console", nullptr, "Runs on the terminal, with no window.\n"},
-    {"--list_host", "=HOST[:PORT]", "The host that the list of servers is fetched from.\n"},
+    {"--list_host", "=[http://|https://]HOST[:PORT]", "The host that the list of servers is fetched from.\n"},
     {"--target_os", "=1|2|3", "The system to install for: 1 Macintosh, 2 Windows, 3 Linux.\n"},
     {"--scale", "=auto|N", "Size of the window's picture, 0.5 to 4; auto goes by the display.\n"},
+    {"--limit_rate", "=N[k|M]",
+     "Fetches at most N bytes a second in all, k for thousands, M for millions; 0: no limit.\n"},
     {"--agree", nullptr, "Agrees to the licence, so that it is not asked on the terminal.\n"},
     {"--changed", "=ask|keep|backup|overwrite|cancel",
      "What to do with files that you changed; backup takes the new file and keeps yours\n"
@@ -194,6 +197,14 @@ bool scale_option(std::string& problem) {
     const double number = std::strtod(value.c_str(), &end);
     if (value == "auto" || (!value.empty() && *end == '\0' && number >= 0.5 && number <= 4)) return true;
     problem = "--scale wants auto or a number from 0.5 to 4, and not '" + value + "'";
+    return false;
+}
+
+bool limit_rate_option(std::string& problem) {
+    if (!cmdline.has_option("--limit_rate")) return true;
+    const std::string value = cmdline.get_option("--limit_rate");
+    if (read_rate(value.c_str(), http.limit.of_this_run)) return true;
+    problem = "--limit_rate wants a number of bytes a second such as 500k or 2M, and not '" + value + "'";
     return false;
 }
 

@@ -47,6 +47,7 @@ std::string path_option(int argc, char* const* argv);
 // why in one sentence.
 bool list_host_option(std::string& host, std::string& problem);  // the host it names, else the built-in one
 bool target_os_option(int& target_os, std::string& problem);     // left alone where nothing is said
+bool limit_rate_option(std::string& problem);                    // into the pool; left alone where nothing is said
 bool scale_option(std::string& problem);                         // the window takes it itself
 // --verify, --public_key and --allow_older, put into effect.
 bool trust_options(std::string& problem);

@@ -6,6 +6,7 @@
 
 #include "engine/stg.h"
 #include "files/scan.h"
+#include "net/http.h"
 #include "net/proxy.h"
 #include "platform/folders.h"
 #include "runtime/oops.h"
@@ -49,7 +50,7 @@ static const setting installer_settings[] = {
     {"_stream_count", &stg.stream_count, nullptr},     {"_log_actions", &stg.log_actions, nullptr},
     {"_always_ask_dir", &stg.always_ask_dir, nullptr}, {"_dest_dir_path", nullptr, &dest_dir_path},
     {"_proxy_host", nullptr, &proxy.proxy_host},       {"_proxy_port", nullptr, &proxy.proxy_port_str},
-    {"_proxy_port_int", &proxy.proxy_port, nullptr},
+    {"_proxy_port_int", &proxy.proxy_port, nullptr},   {"_limit_rate", &http.limit.bytes_a_second, nullptr},
 };
 
 static std::span<const setting> settings_of(int set) {

@@ -13,6 +13,8 @@
 // While there are other addresses, one that says nothing is left for the next.
 static constexpr float address_seconds = 3.0f;
 
+int connection_class::most_unread = 0;
+
 connection_class::connection_class(const route_t& route, lookup_class& service) : way(route), names(service) {
     advance();
 }
@@ -56,7 +58,7 @@ void connection_class::try_next_address() {
     while (!addresses.empty()) {
         const net_address address = addresses.back();
         addresses.pop_back();
-        sock = PCSBSocket::to(address);
+        sock = PCSBSocket::to(address, most_unread);
         next_look = addresses.empty() ? 0 : xtim.real_time + address_seconds;
         current = state::connecting;
         const int state_now = sock->state_now();

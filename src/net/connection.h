@@ -37,6 +37,8 @@ class connection_class {
     // For a poll: -1 where only the look-up's end is waited for. Once open, reading is up to the caller.
     int descriptor() const { return sock && current != state::over ? sock->descriptor() : -1; }
     short events() const;
+    // What the system may take in that was not read yet, for connections that begin from now on; 0: what it finds best.
+    static int most_unread;
     float next_look = 0;  // real time at which opening goes on without an event: the next address; 0 for none
 
   private:

@@ -220,8 +220,12 @@ bool http_class::place(const down_ptr& wanted, int slot) {
         if (!best || line->asked.size() < best->asked.size()) best = line.get();
     }
     const bool is_file = slot < 0 || slot >= slot_first_stream;
-    if ((!best || !best->asked.empty()) && (!is_file || busy < most_lines))
+    if ((!best || !best->asked.empty()) && (!is_file || busy < most_lines)) {
+        // Else what may not be read yet comes all the same, into the buffers of the system. Without a limit their size is
+        // left to the system: every fixed one was slower.
+        connection_class::most_unread = limit.now() > 0 ? std::clamp(limit.now() / 8, 4096, 1 << 20) : 0;
         best = lines.emplace_back(std::make_unique<line_class>(route, names)).get();
+    }
     if (!best) return false;
     best->ask(wanted, !host.no_reuse);
     return true;
@@ -235,9 +239,9 @@ void http_class::dispatch() {
         if (waits(slots[slot])) place(slots[slot], slot);
     for (const down_ptr& t : ahead)
         if (waits(t) && !place(t, -1) && t->fate == down_class::outcome::running) break;
-    std::int64_t unlimited = INT64_MAX;
+    std::int64_t nothing = 0;  // is read here
     for (const auto& line : lines)
-        if (line->sends()) line->turn(unlimited);
+        if (line->sends()) line->turn(nothing);
 }
 
 static std::string byte_count(const down_class& d) {
@@ -345,23 +349,42 @@ void http_class::collect() {
     });
 }
 
-// Every connection goes as far as it goes now. Returns how many things were ready.
+// Every connection goes as far as it goes now and as the limit of the rate lets it. Returns how many things were ready.
 int http_class::turn(int timeout_ms, int wake_fd) {
     std::fill(std::begin(looked_at), std::end(looked_at), false);
-    std::vector<pollfd> polled = {{wake_fd, POLLIN, 0}, {names.wake_fd(), POLLIN, 0}};  // -1 is passed over
-    for (const auto& line : lines) {
-        polled.push_back({line->connection().descriptor(), line->events(), 0});
-        const float look = line->connection().next_look;
-        if (look > 0)
+    const auto polled_lines = [&](short mask) {
+        std::vector<pollfd> polled = {{wake_fd, POLLIN, 0}, {names.wake_fd(), POLLIN, 0}};  // -1 is passed over
+        for (const auto& line : lines)
+            polled.push_back({line->connection().descriptor(), static_cast<short>(line->events() & mask), 0});
+        return polled;
+    };
+    for (const auto& line : lines)
+        if (const float look = line->connection().next_look; look > 0)
             timeout_ms = std::min(timeout_ms, std::max(0, static_cast<int>((look - xtim.real_time) * 1000) + 1));
+    // While nothing may be read, what could be read does not wake.
+    if (limit.allowance(xtim_class::seconds()) == 0 && timeout_ms > 0) {
+        const int pause_ms = static_cast<int>(limit.next_allowance(xtim_class::seconds()) * 1000) + 1;
+        std::vector<pollfd> polled = polled_lines(POLLOUT);
+        poll(polled.data(), polled.size(), std::min(pause_ms, timeout_ms));
+        timeout_ms = 0;
     }
+    std::vector<pollfd> polled = polled_lines(POLLIN | POLLOUT);
     const int ready = std::max(poll(polled.data(), polled.size(), timeout_ms), 0);
     if (polled[1].revents) names.quiet_wake();
-    std::int64_t allowance = INT64_MAX;
-    for (std::size_t n = 0; n < lines.size(); ++n) {
-        line_class& line = *lines[n];
-        if (polled[n + 2].revents || !line.is_open()) line.turn(allowance);
+    // Each gets its share of what may be read, and the first is another one each time.
+    const std::int64_t allowance = limit.allowance(xtim_class::seconds());
+    std::int64_t left = allowance;
+    const std::size_t count = lines.size();
+    ++turns;
+    for (std::size_t n = 0; n < count; ++n) {
+        const std::size_t at = (turns + n) % count;
+        line_class& line = *lines[at];
+        if (!polled[at + 2].revents && line.is_open()) continue;
+        line.turn(left);
+        // It is not its silence if nobody listens.
+        if (allowance == 0 || left <= 0) line.spoke();
     }
+    limit.spend(allowance - left);
     collect();
     dispatch();
     return ready;

@@ -16,6 +16,7 @@
 #include "net/host_traits.h"
 #include "net/line.h"
 #include "net/lookup.h"
+#include "net/rate.h"
 #include "runtime/xtim.h"
 
 enum : int { net_running = 0, net_complete = 1, net_failed = 2 };
@@ -64,6 +65,8 @@ class http_class {
     void forget_announced(bool all);
     int most_lines = 4;  // connections for files
 
+    rate_limit limit;  // of all transfers together
+
     // Body bytes that have come in over all transfers of the run.
     std::int64_t bytes_in() const;
     const std::string& last_failure() const { return failure; }  // why the last down_ptr failed, in plain words
@@ -104,6 +107,7 @@ class http_class {
     down_ptr delivered[http_slot_count];         // the last completed one
     pause pauses[http_slot_count];
     bool looked_at[http_slot_count] = {};  // since the connections last had their turn
+    std::size_t turns = 0;
     bool started = false;
     bool slot_freed = false;          // by a completed transfer, since the last wait; a failure is to be slept on
     std::int64_t finished_bytes = 0;  // of lines that are gone

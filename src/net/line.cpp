@@ -24,6 +24,11 @@ void line_class::close(const std::string& words) {
     problem = words;
 }
 
+void line_class::spoke() {
+    last_bytes = xtim.real_time;
+    if (!asked.empty()) asked.front()->last_data = last_bytes;
+}
+
 void line_class::turn(std::int64_t& allowance) {
     if (is_over()) return;
     const auto before = link.now();

@@ -27,6 +27,7 @@ class line_class {
     // `asked` to `ended`.
     void turn(std::int64_t& allowance);
     void close(const std::string& words);  // from this side
+    void spoke();                          // there is something to read, so it is not silent
 
     bool is_over() const { return over || link.now() == connection_class::state::over; }
     bool is_open() const { return !is_over() && link.now() == connection_class::state::open; }

@@ -101,9 +101,11 @@ int PCSBSocket::StartupNetworking(bool) {
 
 void PCSBSocket::ShutdownNetworking(bool) {}
 
-std::unique_ptr<PCSBSocket> PCSBSocket::to(const net_address& address) {
+std::unique_ptr<PCSBSocket> PCSBSocket::to(const net_address& address, int most_unread) {
     std::unique_ptr<PCSBSocket> made(new PCSBSocket);
-    if (made->open(address.family(), 0)) made->connect_to(address);
+    if (!made->open(address.family(), 0)) return made;
+    if (most_unread > 0) setsockopt(made->fd, SOL_SOCKET, SO_RCVBUF, &most_unread, sizeof most_unread);
+    made->connect_to(address);
     return made;
 }
 

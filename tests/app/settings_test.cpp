@@ -119,6 +119,8 @@ TEST_F(Settings, WrongUsageIsNamedInOneLine) {
         {{"--scale=nan"}, "nan"},
         {{"--list_host=h:65536"}, "h:65536"},
         {{"--list_host=https://h"}, ""},
+        {{"--limit_rate=1.5M"}, "1.5M"},
+        {{"--limit_rate=3000M"}, "3000M"},
         {{"--console", "-path", "/x"}, "-path FOLDER must stand before"},
         {{"-path", "--console"}, "--console"},
         {{"-path"}, "-path wants a folder"},

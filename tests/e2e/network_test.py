@@ -58,7 +58,7 @@ class NetworkTest(installer.Scene):
     @classmethod
     def setUpClass(cls):
         # Large enough that the number of streams goes by the network, even on a machine that has other things to do.
-        tree = tiles(40, random.Random(0), lambda dice: 50_000)
+        tree = tiles(80, random.Random(0), lambda dice: 50_000)
         cls.publisher, (cls.new,) = installer.publish(cls, tree)
         cls.good = installer.nginx_for(cls, cls.publisher, cls.new)
 
@@ -169,6 +169,24 @@ class NetworkTest(installer.Scene):
         self.host = server.address
         self.install("--give_up=3", status=4)
         self.assertLess(len(server.asked), 60)
+
+    def test_rate_is_kept_without_bursts(self):
+        limit = 400_000
+        meter = installer.keep_up(self, servers.Meter(self.good.port))
+        self.publisher.announce(self.new, [meter.address])
+        self.addCleanup(self.publisher.announce, self.new, [self.good.address])
+        self.host = meter.address
+        self.install("--limit_rate=400k", "--quiet")
+        self.assert_complete()
+        start, end = meter.seen[0][0], meter.seen[-1][0]
+        self.assertGreater(end - start, 8)
+
+        def rate(begin, length):
+            return sum(size for when, size in meter.seen if begin <= when - start < begin + length) / length
+        # In the first second the buffers on the way are filled, too, and in the last one emptied.
+        self.assertLess(abs(rate(1, end - start - 2) - limit), limit * 0.05)
+        for tenth in range(int(10 * (end - start - 1))):
+            self.assertLess(rate(tenth / 10, 1), 2 * limit, f"a burst after {tenth / 10} seconds")
 
     def test_does_not_give_up_while_files_come(self):
         slow = installer.keep_up(self, servers.FaultServer(self.publisher.web))

@@ -2,6 +2,7 @@
 
 All listen on 127.0.0.1 on a free port, keep everything in a private folder and end with stop().
 """
+import contextlib
 import ctypes
 import io
 import os
@@ -237,6 +238,42 @@ shutdown_lifetime 0 seconds
 
     def requests(self):
         return [line.split()[6] for line in self.log().splitlines()]
+
+
+class Meter:
+    """Stands before a server and counts what goes through, as (time, bytes); little is on its way at any time."""
+
+    def __init__(self, port):
+        self.target, self.seen = port, []
+        self.listener = socket.create_server(("127.0.0.1", 0), backlog=64)
+        self.address = f"127.0.0.1:{self.listener.getsockname()[1]}"
+        threading.Thread(target=self.accept, daemon=True).start()
+
+    def accept(self):
+        while True:
+            try:
+                link, _ = self.listener.accept()
+            except OSError:
+                return
+            link.setsockopt(socket.SOL_SOCKET, socket.SO_SNDBUF, 4096)
+            far = socket.create_connection(("127.0.0.1", self.target))
+            threading.Thread(target=self.pass_on, args=(link, far, None), daemon=True).start()
+            threading.Thread(target=self.pass_on, args=(far, link, self.seen), daemon=True).start()
+
+    def pass_on(self, source, sink, seen):
+        try:
+            while part := source.recv(4096):
+                sink.sendall(part)
+                if seen is not None:
+                    seen.append((time.monotonic(), len(part)))
+        except OSError:
+            pass
+        with contextlib.suppress(OSError):
+            sink.shutdown(socket.SHUT_RDWR)
+        source.close()
+
+    def stop(self):
+        self.listener.close()
 
 
 def find_program(name):

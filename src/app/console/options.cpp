@@ -50,5 +50,5 @@ bool read_console_options(bool on_terminal, console_options& options, std::strin
     options.target_os = platform_os;
     return read_changed(on_terminal, options.changed, problem) && read_give_up(options.give_up_seconds, problem) &&
            list_host_option(options.list_host, problem) && target_os_option(options.target_os, problem) &&
-           scale_option(problem) && trust_options(problem);
+           limit_rate_option(problem) && scale_option(problem) && trust_options(problem);
 }

@@ -57,8 +57,8 @@ int window_main(int argc, char* const* argv) {
 
     std::string list_host, problem;
     int target_os = platform_os;
-    if (!list_host_option(list_host, problem) || !target_os_option(target_os, problem) || !scale_option(problem) ||
-        !trust_options(problem))
+    if (!list_host_option(list_host, problem) || !target_os_option(target_os, problem) || !limit_rate_option(problem) ||
+        !scale_option(problem) || !trust_options(problem))
         return wrong_usage(problem);
     app_start(argc, argv);
     flow.list_host = list_host;
