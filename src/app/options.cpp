@@ -55,6 +55,7 @@ struct known_option {
     std::string_view value;  // as in option_row; empty for a plain switch
 };
 
+// What may stand on the command line: the program's own options, and the family's, told and untold.
 std::vector<known_option> known_options(const option_table& table) {
     std::vector<known_option> known;
     const auto add = [&](const option_row& row) { known.push_back({row.name, row.value ? row.value : ""}); };
@@ -95,6 +96,8 @@ std::string unknown_option(std::string_view name, const std::vector<known_option
     return text;
 }
 
+// The folder behind -path. An option there means that the folder was forgotten; a line end in the path would end the
+// line of the preferences that it is remembered in.
 std::string problem_of_path(const char* folder) {
     if (!folder || *folder == '\0') return "-path wants a folder behind it";
     if (folder[0] == '-' && folder[1] == '-')
@@ -104,6 +107,7 @@ std::string problem_of_path(const char* folder) {
     return {};
 }
 
+// A setting that nobody reads would be without effect, and one without a value would be lost at the next start.
 std::string problem_of_setting(std::string_view name, std::string_view value, const option_table& table) {
     const std::string key(name.substr(name.find(':') + 1));
     if (!table.has_setting(key)) return "--pref: does not know the preference '" + key + "'";

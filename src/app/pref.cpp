@@ -29,6 +29,7 @@ struct setting {
     std::string* text;
 };
 
+// Set 10, in the order of the file.
 static const setting display_settings[] = {
     {"_x_res_req_PLN", &display_prefs.x_res_req_PLN, nullptr},
     {"_y_res_req_PLN", &display_prefs.y_res_req_PLN, nullptr},
@@ -45,6 +46,7 @@ static const setting display_settings[] = {
     {"_prefs_found", &display_prefs.prefs_found, nullptr},
 };
 
+// Set 11, in the order of the file.
 static const setting installer_settings[] = {
     {"_use_max_cpu", &stg.use_max_cpu, nullptr},       {"_rename_folder", &stg.rename_folder, nullptr},
     {"_stream_count", &stg.stream_count, nullptr},     {"_log_actions", &stg.log_actions, nullptr},
@@ -85,7 +87,9 @@ void pref_class::IO_set(int set, int dir) {
     }
     for (const setting& one : settings_of(set)) {
         if (one.number) file.int_io(one.number, one.key);
-        if (one.text) file.str_io(one.text, one.key);
+        // A line end, as the name of a home folder may have one, would make another setting of what stands behind it.
+        const bool breaks_the_line = one.text && one.text->find_first_of("\r\n") != std::string::npos;
+        if (one.text && !(dir == scan_write && breaks_the_line)) file.str_io(one.text, one.key);
     }
     if (set != pref_display) return;
     if (dir == scan_read) {

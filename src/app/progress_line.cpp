@@ -36,6 +36,7 @@ std::string cut_middle(const std::string& text, int columns) {
     return text.substr(0, position(keep / 2)) + "..." + text.substr(position(characters - (keep - keep / 2)));
 }
 
+// The text whole, the item in what is left; where that would be too short to tell anything, the text alone.
 static std::string fit(const std::string& text, const std::string& item, int columns) {
     constexpr int shortest_item = 8;
     const int left = columns - static_cast<int>(text.size()) - 1;
@@ -43,6 +44,7 @@ static std::string fit(const std::string& text, const std::string& item, int col
     return printable(text) + " " + cut_middle(printable(item), left);
 }
 
+// A terminal's line is written over the last one and its rest is wiped; elsewhere each is a line of its own.
 void progress_line::draw(double share, const std::string& text, const std::string& item) {
     const std::string percent = share < 0 ? "" : std::to_string(static_cast<int>(std::min(share, 1.0) * 100)) + "% ";
     if (on_terminal) {

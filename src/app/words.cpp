@@ -72,6 +72,7 @@ static std::int64_t check_percent() {
     return transfer->received * 100 / transfer->content_len;
 }
 
+// While the catalogue is on its way.
 static std::string check_text() {
     const std::string start = "I am checking the net for the latest version of Velaris right now, and I am ";
     const std::int64_t percent = check_percent();
@@ -126,6 +127,7 @@ std::string time_left_text(double seconds) {
     return std::to_string(static_cast<std::int64_t>(seconds / 3600)) + " hours";
 }
 
+// What becomes of the file in work.
 static std::string file_text() {
     const std::string& name = crnt_file_name;
     switch (stg.file_action) {
@@ -142,6 +144,7 @@ static std::string file_text() {
     }
 }
 
+// How far all of it is.
 static std::string done_text() {
     std::string percent;
     flt_to_str(100 * flow.totl_inst_rat, &percent, 3, 1, 0);
@@ -149,6 +152,7 @@ static std::string done_text() {
            size_text(flow.tot_disk_req) + " for the internet install.";
 }
 
+// How fast it goes, and for how long yet.
 static std::string pace_text() {
     const install_pace pace = get_install_pace();
     return "About " + time_left_text(pace.seconds_left) + " left in the install, downloading at " +
@@ -156,6 +160,7 @@ static std::string pace_text() {
            std::to_string(streams_on()) + " simultaneous download streams.";
 }
 
+// Before INSTALL: what would be fetched, and whether the disk holds it.
 static void idle_lines(sentence (&line)[3]) {
     if (stg.dir_state == dir_fetching) {
         line[0].text = "I am figuring out what the latest version of Velaris is right now...";
@@ -179,6 +184,7 @@ static void idle_lines(sentence (&line)[3]) {
     }
 }
 
+// After the install, until another folder is chosen.
 static void over_lines(sentence (&line)[3]) {
     if (!stg.install_failed) {
         line[0].text = "INSTALLATION COMPLETE!";
@@ -192,6 +198,7 @@ static void over_lines(sentence (&line)[3]) {
         tone::error};
 }
 
+// Over everything else, for as long as no server has the file in work.
 static void failing_lines(sentence (&line)[3]) {
     line[0] = {"I can NOT download the file '" + crnt_file_path + "'!", tone::error};
     line[1] = {

@@ -46,6 +46,7 @@ region_range regions_of_set() {
     }
 }
 
+// With a history that is not whole, files would be withdrawn from nobody, or asked about everywhere.
 void bad_history(const char* what) {
     __MACIBM_alert(0, what, build.old_dir_path, "Take the directory.txt.zip of the last release as it was published.",
                    "", t_exit, OOPS_PLACE);
@@ -83,6 +84,7 @@ void no_target_folder(const std::string& path) {
 constexpr const char* marker_name = ".velaris-builder";
 constexpr const char* marker_text = "An unfinished release. The next run of the builder sweeps it away.\n";
 
+// Links on the way are followed, on both sides.
 bool lies_in(const std::string& path, const std::string& folder) {
     std::error_code ignored;
     const std::string inner = (fs::weakly_canonical(path, ignored) / "").string();
@@ -108,6 +110,7 @@ void sweep(const std::string& folder) {
     fs::remove_all(folder, error);
 }
 
+// Fresh, with the mark of an unfinished release in it.
 void make_output_folder() {
     // Better to hear of the last region's folder now than after hours of work on the others.
     const region_range range = regions_of_set();
@@ -121,6 +124,7 @@ void make_output_folder() {
     std::ofstream(output_folder() + marker_name) << marker_text;
 }
 
+// Told when the names are given, for all regions at once.
 release_summary summary_of_region() {
     release_summary summary;
     summary.name = build.sim_name;

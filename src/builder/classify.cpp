@@ -88,12 +88,14 @@ bool holds(const std::string& path, landmark_id id) {
     return holds(path, landmark_path(id));
 }
 
+// Refused in every set and every region.
 bool name_is_refused(const std::string& path) {
     for (const refused_name& name : refused_names)
         if (name.place == at_end ? path.ends_with(name.text) : holds(path, name.text)) return true;
     return holds(path, str_pfc_fold);
 }
 
+// A link is shipped as its text, and never opened.
 bool can_be_opened(const std::string& path) {
     if (is_sim_link(path, nullptr)) return true;
     return file_reader(path).error() == 0;

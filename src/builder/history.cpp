@@ -42,12 +42,14 @@ void write_folder_line(const std::string& dir) {
     ouf << "\nDIR " << dir << "\n";
 }
 
+// One line of the catalogue; the sizes are whole numbers there.
 static void write_row(const file_version_struct& row, const std::string& name) {
     ouf << "FILE " << row.disc_set << ' ' << row.platform << ' ' << row.version << ' '
         << static_cast<std::int64_t>(row.zip_size) << ' ' << static_cast<std::int64_t>(row.ext_size) << ' '
         << row.sig_want << ' ' << name << "\n";
 }
 
+// A row without a name would be read as the row of another file.
 static void check_name(const std::string& name, const char* where, int line) {
     if (name.empty()) build_fatal("0-size filename!", "Now how am I supposed to deal with this?", where, name, line);
 }

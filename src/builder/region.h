@@ -54,6 +54,7 @@ struct build_region {
     tally_t tally;
 };
 
+// The one record of a build: parted so that a new region can be begun by one assignment.
 struct build_t : build_orders, build_region {};
 extern build_t build;
 

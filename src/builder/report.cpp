@@ -9,6 +9,7 @@ builder_front_t builder_front = {
     [](const release_summary&) {},
 };
 
+// Whoever waits for hours wants to see numbers that move.
 static std::string counts(const char* first_label, int first, const char* second_label, int second) {
     return "reg: " + std::to_string(build.reg) + first_label + std::to_string(first) + second_label +
            std::to_string(second) + ".";

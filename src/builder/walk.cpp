@@ -28,6 +28,7 @@ constexpr std::string_view all_folders[] = {"Aircraft/",  "Airfoils/",      "Ins
 
 }  // namespace
 
+// One file of the copy: a complaint, a file of the release, or one that is left out.
 static void walk_file(const std::string& dir, const std::string& path) {
     // Signs of a dirty copy count even in a file that would be left out.
     const auto holds = [&](const char* text) { return path.find(text) != std::string::npos; };

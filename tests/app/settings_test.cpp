@@ -71,6 +71,10 @@ TEST_F(Settings, WhatIsWrittenIsReadBackAndTheCommandLineWins) {
     dest_dir_path = proxy.proxy_host = proxy.proxy_port_str = "";
     pref.IO_set(pref_installer, scan_read);
     EXPECT_TRUE(all() == wanted);
+    dest_dir_path = "/x\n_stream_count 9";
+    pref.IO_set(pref_installer, scan_write);
+    pref.IO_set(pref_installer, scan_read);
+    EXPECT_EQ(stg.stream_count, 3) << "a path wrote a setting";
     arguments({"--pref:_stream_count=4", "--pref:_log_actions=0"});
     pref.IO_set(pref_installer, scan_read);
     EXPECT_EQ(stg.stream_count, 4);

@@ -74,6 +74,8 @@ std::string setting(const conf_file& conf, const std::string& option) {
     return found == conf.values.end() ? std::string() : found->second;
 }
 
+// A path from the file starts from the folder of the file, one from the command line from the current folder. What the
+// readers of files cannot take is told now, and not after hours.
 bool read_path(const conf_file& conf, const std::string& option, std::string& path, std::string& complaint) {
     path = setting(conf, option);
     if (!path.empty() && !cmdline.has_option(option) && path.front() != '/') path.insert(0, conf.folder);
@@ -81,6 +83,7 @@ bool read_path(const conf_file& conf, const std::string& option, std::string& pa
     return complain(complaint, "the path of " + option + " may hold no ':' and no '\\': " + path);
 }
 
+// A folder that is there, with its "/".
 bool read_folder(const conf_file& conf, const std::string& option, std::string& path, std::string& complaint) {
     if (!read_path(conf, option, path, complaint)) return false;
     if (path.empty()) return complain(complaint, option + "=FOLDER is missing");
@@ -100,6 +103,8 @@ bool check_folders_apart(std::string& complaint) {
     return complain(complaint, "--dst must not lie in the reference copy: " + build.dst_fold_base);
 }
 
+// The one before it, or the word that there is none: a release without its history takes every older file for one that
+// the user has changed.
 bool read_history(const conf_file& conf, std::string& complaint) {
     build.first_release = cmdline.has_option("--first_release");
     if (!read_path(conf, "--old", build.old_dir_path, complaint)) return false;
@@ -113,6 +118,7 @@ bool read_history(const conf_file& conf, std::string& complaint) {
     return true;
 }
 
+// The number goes into every row; that it is above all earlier ones is seen when the history is read.
 bool read_number(const conf_file& conf, std::string& complaint) {
     build.release_number = version_number;
     const std::string text = setting(conf, "--version_number");

@@ -45,6 +45,7 @@ static bool read_answer(const char* prompt, std::string& answer) {
     }
 }
 
+// Nobody agrees by silence: without a terminal the option has to say it.
 static int ask_agreement() {
     if (known.agreed || known.options.agree) return 1;
     for (const char* paragraph : agreement)
@@ -59,6 +60,7 @@ static int ask_agreement() {
     return known.agreed;
 }
 
+// The end of the input is a cancel: nothing may be lost because a terminal was closed.
 static changed_answer ask_changed(const std::string& file, bool removing) {
     const changed_question question = question_about(removing);
     std::fprintf(question_stream(), "%s\n%s\n%s\n", question.above, printable(file).c_str(), question.below);
@@ -70,6 +72,7 @@ static changed_answer ask_changed(const std::string& file, bool removing) {
     return changed_answer::cancel;
 }
 
+// By the option where it says something for all files, else by asking.
 static changed_answer answer_changed(const std::string& file, bool removing, const std::string& trouble) {
     if (!trouble.empty()) console_problem("I cannot read " + file + ": " + trouble);
     switch (known.options.changed) {
@@ -100,6 +103,7 @@ static void scan_progress(float lo, float value, float hi, scan_phase phase, con
     alert_front.leave(status_signal + interrupt_requested());
 }
 
+// A folder typed on the terminal, as a dialog would give it: without its last "/". Empty input keeps the one there is.
 static int typed_folder(const std::string& message, const std::string&, const std::string& start, std::string& chosen) {
     if (!isatty(STDIN_FILENO)) return 0;
     std::fprintf(question_stream(), "%s\n", message.c_str());

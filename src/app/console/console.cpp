@@ -46,6 +46,7 @@ struct run_t {
     double looked = 0, kb_before = 0;  // when it was last looked whether enough comes, and most_kb then
 };
 
+// Alerts end the process through here, so that a script sees the end of its stream of objects too.
 void end_process(int status) {
     console_end(status);
     std::exit(status);
@@ -61,11 +62,13 @@ void say_failure(run_t& run) {
     console_sentence({text + " - I am trying again.", tone::error});
 }
 
+// After the list or the catalogue was polled: whether it is worth polling again before anything comes in.
 after_pass after_transfer(run_t& run, int slot, int result) {
     if (result == net_failed) say_failure(run);
     return http.is_under_way(slot) ? after_pass::wait_for_data : after_pass::go_on;
 }
 
+// One step of the install itself.
 after_pass work_on_files(run_t& run) {
     flow_file_work_once();
     // The window smooths the share over its frames; a line of text shows it as it is.
@@ -90,6 +93,8 @@ bool nothing_to_do(const console_options& options) {
     return true;
 }
 
+// Everything is known and nothing touched: the plan for --check, else what a click on INSTALL does in the window. A run
+// that ends here does so with one of the exit statuses.
 int start_install(run_t& run) {
     console_offer();
     if (run.options.check) {
@@ -172,6 +177,7 @@ bool gave_up(run_t& run) {
     return now - run.last_progress > run.options.give_up_seconds;
 }
 
+// Sleeps until a socket, a finished job or a signal has something to say, or the time has come to look at the clock.
 void wait_for(const run_t& run, after_pass after) {
     if (after == after_pass::go_on) return;
     int ms = longest_wait_ms;
@@ -182,6 +188,7 @@ void wait_for(const run_t& run, after_pass after) {
     http.wait(ms, interrupt_wake_fd());
 }
 
+// Passes, and waits between them, until there is an exit status.
 int run_flow(run_t& run) {
     for (;;) {
         xtim.xtim_update();

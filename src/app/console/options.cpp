@@ -9,6 +9,7 @@
 #include "engine/stg.h"
 #include "runtime/cmdline.h"
 
+// Silence means to ask where someone is there, and else to touch nothing.
 static bool read_changed(bool on_terminal, changed_files& changed, std::string& problem) {
     changed = on_terminal ? changed_files::ask : changed_files::cancel;
     if (!cmdline.has_option("--changed")) return true;
@@ -32,6 +33,7 @@ static bool read_changed(bool on_terminal, changed_files& changed, std::string& 
     return problem.empty();
 }
 
+// A time without end, or what is no number, would wait for ever or not at all.
 static bool read_give_up(double& seconds, std::string& problem) {
     if (!cmdline.has_option("--give_up")) return true;
     const std::string value = cmdline.get_option("--give_up");

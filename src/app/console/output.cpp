@@ -41,12 +41,14 @@ struct output_t {
 output_t output;
 progress_line progress;
 
+// A line goes out at once and whole: whoever reads it may be waiting for it.
 void print_json(const json_object& object) {
     const std::string line = object.line();
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fflush(stdout);
 }
 
+// Null for a sentence that stays in the colour of the terminal.
 const char* escape_of(tone kind) {
     switch (kind) {
         case tone::good_news:
@@ -68,6 +70,7 @@ std::string without_digits(const std::string& text) {
     return out;
 }
 
+// -1 stands in JSON for what is not known.
 std::int64_t rounded(double number) {
     return std::isfinite(number) ? std::llround(number) : -1;
 }
@@ -78,6 +81,7 @@ std::string size_text(double kilobytes) {
     return text.erase(0, text.find_first_not_of(' '));
 }
 
+// What the decisions, as they stand, will fetch and delete.
 int count_files_total() {
     int count = 0;
     for (const file_history_struct& history : sim_info)
@@ -146,6 +150,7 @@ void console_offer() {
                    .add("install_kb", rounded(stg.disk_size)));
 }
 
+// Null for a file that stays as it is, which no plan mentions.
 static const char* verdict_word(verdict decided, bool json) {
     switch (decided) {
         case verdict::fetch:
@@ -180,6 +185,7 @@ void console_scan_progress(double share, const std::string& what, const std::str
     progress.show(share, what, item, xtim_class::seconds());
 }
 
+// At most one object a second, and always the last.
 static void json_progress(const next_t& table, const install_pace& pace, bool last) {
     const double now = xtim_class::seconds();
     if (!last && output.last_json_progress >= 0 && now - output.last_json_progress < 1) return;
@@ -201,6 +207,7 @@ static double install_share(const next_t& table) {
     return static_cast<double>(files) / output.files_total;
 }
 
+// The text of the progress line, without its bar and its percentage. At the end the time that is left says nothing.
 static std::string progress_text(const install_pace& pace, bool last) {
     const double total = flow.tot_down_req;
     std::string text = std::to_string(output.files_done.size()) + " of " + std::to_string(output.files_total) +
