@@ -45,19 +45,23 @@ std::string default_destination() {
     return (folder_is_writable(root) ? root : parent) + "Velaris/";
 }
 
-int path_is_to_a_sim() {
+bool folder_is_a_sim(const std::string& path) {
     static const std::array<const char*, 4> wanted = {"Airfoils", "Instructions", "Output", "Resources"};
-    if (dest_dir_path.empty()) return 0;
+    if (path.empty()) return false;
     std::vector<std::string> names;
     std::vector<int> kinds;
-    opensave_getitems(dest_dir_path, kind_any, names, kinds);
+    opensave_getitems(path, kind_any, names, kinds);
     for (const char* word : wanted) {
         bool seen = false;
         for (std::size_t i = 0; i < names.size() && !seen; ++i)
             seen = kinds[i] == kind_folder && names[i].find(word) != std::string::npos;
-        if (!seen) return 0;
+        if (!seen) return false;
     }
-    return 1;
+    return true;
+}
+
+int path_is_to_a_sim() {
+    return folder_is_a_sim(dest_dir_path);
 }
 
 int pick_dest_path() {

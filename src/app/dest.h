@@ -16,6 +16,7 @@ std::string folder_argument(const std::string& text);
 // "Velaris/" below the root of the volume that holds the user's folder where that can be written, else below that folder.
 std::string default_destination();
 
+bool folder_is_a_sim(const std::string& path);  // by the names of four folders in it
 // 1 when dest_dir_path holds folders whose names have "Airfoils", "Instructions", "Output" and "Resources" in them.
 int path_is_to_a_sim();
 

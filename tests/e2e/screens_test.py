@@ -197,25 +197,48 @@ class ScreensTest(installer.Scene):
             self.assertEqual(self.desk.preferences()["_dest_dir_path"], chosen + "/Velaris/")
 
     def test_the_own_chooser_where_the_desktop_has_none(self):
+        """By typing, by the list's keys and by the mouse; folders that are there, hidden, or yet to be made."""
         inner = os.path.join(self.folder, "elsewhere", "inner")
-        os.makedirs(inner)
-        only_ours = {"PATH": self.desk.bin}     # no dialog of the desktop's
-        window = self.offer(**only_ours)
-        window.click(*desktop.DESTINATION)
-        self.assert_shows(window, "folder")
-        window.click(*at("folder", 300, 82))
-        window.keys("End", *["BackSpace"] * 120)
-        window.type(os.path.dirname(inner))
-        window.keys("Return")
-        window.click(*at("folder", 100, 361))   # the second row; the first leads one folder up
-        window.click(*at("folder", 410, 28))
-        self.assert_shows(window, "main")
-        window.click(*desktop.DESTINATION)
-        self.assert_shows(window, "folder")
-        window.click(*at("folder", 540, 28))
-        self.assert_shows(window, "main")
+        for path in (inner, os.path.join(self.folder, "elsewhere", "Apple"), os.path.join(inner, ".hidden", "deep")):
+            os.makedirs(path)
+        window = self.offer(PATH=self.desk.bin)     # no dialog of the desktop's
+
+        def choose(*steps):
+            window.click(*desktop.DESTINATION)
+            self.assert_shows(window, "folder")
+            window.click(*at("folder", 300, 82))
+            window.keys("ctrl+a")
+            for step in steps:
+                if callable(step):
+                    step()
+                elif step.startswith("/"):
+                    window.type(step)
+                else:
+                    window.keys(*step.split())
+            self.assert_shows(window, "main")
+            return self.shown_destination(window)
+
+        def click(x, y):
+            return lambda: window.click(*at("folder", x, y))
+        above, take = os.path.dirname(inner), click(402, 28)
+        seen = [
+            # The second row is "Apple", the third "inner": the first leads one folder up.
+            choose(above, "Return", click(100, 345), take),
+            choose(above, "Return", click(540, 28)),                        # CANCEL
+            choose(click(30, 28), "shift+Tab period h Return d Return", take),      # in inner, where it starts
+            choose(inner + "/yet to come", "Return"),
+            choose(inner + "/made here", click(262, 28), "Return"),         # NEW FOLDER
+        ]
         self.quit(window)
-        self.assertEqual(self.desk.preferences()["_dest_dir_path"], inner + "/Velaris/")
+        self.assertEqual(seen[0], seen[1])
+        self.assertEqual(len(set(seen)), 4)
+        self.assertEqual(self.desk.preferences()["_dest_dir_path"], inner + "/made here/Velaris/")
+        self.assertTrue(os.path.isdir(inner + "/made here"))
+        self.assertFalse(os.path.exists(inner + "/yet to come"))
+
+    @staticmethod
+    def shown_destination(window):
+        return window.steady().crop((140, 670, 430, 688)).tobytes()
 
     def test_the_chosen_server_serves(self):
         other = installer.keep_up(self, servers.Nginx(self.publisher.web, os.path.join(self.folder, "nginx2")))

@@ -1,15 +1,17 @@
 #include "app/window/folder_chooser.h"
 
-#include <algorithm>
-#include <vector>
+#include <optional>
 
+#include "app/dest.h"
+#include "app/window/folder_list.h"
 #include "app/window/tones.h"
+#include "files/error_str.h"
 #include "files/io_utils.h"
-#include "files/opensave.h"
 #include "gfx/colr.h"
 #include "gfx/oglp.h"
 #include "gfx/text.h"
 #include "platform/folder_dialog.h"
+#include "platform/folders.h"
 #include "platform/paths.h"
 #include "runtime/utf8.h"
 #include "shell/pump.h"
@@ -17,7 +19,6 @@
 #include "ui/field.h"
 #include "ui/frames.h"
 #include "ui/keys.h"
-#include "ui/slider.h"
 
 namespace {
 
@@ -32,83 +33,92 @@ bool keep_dialog_open() {
     return mnw.wind_id == wind_folder_wait;
 }
 
-// Bytes that no path of the program may hold.
-bool is_usable(const std::string& name) {
-    return name.find_first_of(":\\\r\n") == std::string::npos;
-}
-
-// The chooser's list and field. `folder` is whole and ends in "/".
-class folder_browser {
-  public:
-    explicit folder_browser(const std::string& start) { open(start); }
-
-    // Goes to a folder, or says why not.
-    bool open(std::string path) {
-        if (path.empty() || path.back() != '/') path += '/';
-        if (path[0] != '/' || !is_usable(path) || !dir_exists(path)) {
-            problem = "There is no such folder, or it may not be opened.";
-            return false;
-        }
-        folder = path;
-        typed = shown = latin1_of_path(path);
-        problem.clear();
-        first_row = 0;
-        list_folders();
-        return true;
-    }
-
-    // The field holds Latin-1, as the keyboard gives it; names on the disk are UTF-8.
-    bool open_typed() { return typed == shown || open(utf8_of_latin1(typed)); }
-
-    void draw_rows();
-    void draw_field() { BTN_enterstring(60, 78, &typed, 4000, "-folder", 510, 1); }
-    void draw_problem() const { OGL_string(colour_of(tone_bad), 60, 58, problem, 9999, charset_text, align_left); }
-
-    std::string folder;
-
-  private:
-    void list_folders() {
-        std::vector<std::string> found;
-        std::vector<int> kinds;
-        opensave_getitems(folder, kind_any, found, kinds);
-        names.clear();
-        for (std::size_t i = 0; i < found.size(); ++i)
-            if (kinds[i] == kind_folder && is_usable(found[i])) names.push_back(found[i]);
-        std::sort(names.begin(), names.end());
-        if (folder != "/") names.insert(names.begin(), "..");
-    }
-
-    void enter(const std::string& name) { open(name == ".." ? std::string(folder_of(folder)) : folder + name + "/"); }
-
-    std::vector<std::string> names;
-    std::string typed, shown, problem;
-    int first_row = 0;
-    int wheel_seen = mnw.wheel_delta;
+// What the field names, and what choosing it would do.
+struct choice {
+    std::string path;  // with its "/"
+    bool exists = false, can_be_taken = false;
+    std::string words;
 };
 
-void folder_browser::draw_rows() {
-    constexpr int rows = 17;
-    constexpr float row_height = 16, left = 20, right = 560, top = 385;
-    constexpr float bottom = top - rows * row_height;
-    BTN_frame2(box_thin, left, bottom, right - left, top - bottom, "");
-    const int last = std::max(static_cast<int>(names.size()) - rows, 0);
-    first_row = std::clamp(first_row - 3 * (mnw.wheel_delta - wheel_seen), 0, last);
-    wheel_seen = mnw.wheel_delta;
-    BTN_vert_slider(0, right + 18, bottom + 14, top - 14, 0, last, &first_row);
-    const int end = std::min(first_row + rows, static_cast<int>(names.size()));
-    for (int i = first_row; i < end; ++i) {
-        const std::string& name = names[static_cast<std::size_t>(i)];
-        const float row_top = top - static_cast<float>(i - first_row) * row_height, row_bottom = row_top - row_height;
-        if (mouse_in(left, row_bottom + 1, right, row_top))
-            OGL_fillrect(colour_highlight, 0.25f, left + 2, row_bottom, right - left - 4, row_height);
-        const std::string words = name == ".." ? "one folder up" : latin1_of_path(name);
-        OGL_string(colour_field, left + 12, row_bottom + 5, fit_text(words, right - left - 24, 1), 9999, charset_text,
-                   align_left);
-        if (pressed_in(left, row_bottom + 1, right, row_top)) {
-            enter(name);
-            return;  // the list is another one now
-        }
+choice judge(const std::string& path) {
+    choice judged;
+    judged.path = path;
+    if (!judged.path.ends_with('/')) judged.path += '/';
+    const std::string shown = fit_text(latin1_of_path(judged.path), 330, 1);
+    if (path.empty() || path[0] != '/' || !is_usable_name(path)) {
+        judged.words = "A whole path is wanted, from its first / on, without : and without \\.";
+        return judged;
     }
+    judged.exists = dir_exists(judged.path);
+    const std::string above(folder_of(judged.path));
+    judged.can_be_taken = judged.exists || (dir_exists(above) && folder_is_writable(above));
+    if (judged.exists && folder_is_a_sim(judged.path))
+        judged.words = "The copy of Velaris in this folder will be updated.";
+    else if (judged.exists)
+        judged.words = "Velaris will be installed in " + shown + "Velaris/";
+    else if (judged.can_be_taken)
+        judged.words = shown + " will be made, and Velaris installed in Velaris/ below it.";
+    else
+        judged.words = "There is no such folder, nor one in which it could be made.";
+    return judged;
+}
+
+// The chooser's window: a list of folders, a field for a path, and what choosing would do.
+class folder_browser {
+  public:
+    explicit folder_browser(const std::string& start) { go(start); }
+
+    void draw(const std::string& message);
+    std::optional<std::string> chosen;  // with its "/"
+    bool cancelled = false;
+
+  private:
+    void go(const std::string& path) {
+        if (list.open(path)) follow_list();
+    }
+    void follow_list() {
+        typed = shown = latin1_of_path(list.folder());
+        judged = judge(list.folder());
+    }
+    void make_typed();
+
+    folder_list list;
+    std::string typed,
+        shown;      // the field, in Latin-1 as the keyboard gives it; and what it shows for the list's folder
+    choice judged;  // of the field
+    int hidden = 0;
+};
+
+void folder_browser::make_typed() {
+    const int err = make_folder(judged.path);
+    if (err == 0)
+        go(judged.path);
+    else
+        judged.words = "It could not be made: " + error_str(err);
+}
+
+void folder_browser::draw(const std::string& message) {
+    MACIBM_draw_backdrop();
+    BTN_fillwin(1, 21);
+    OGL_string(colour_text, 20, 418, message, mnw.wind_dx - 40, charset_text, align_left);
+    if (list.draw()) follow_list();
+    if (BTN_enterstring(60, 78, &typed, 4000, "-folder", 510, 1))
+        judged = judge(typed == shown ? list.folder() : utf8_of_latin1(typed));
+    const int colour = judged.can_be_taken ? colour_text : colour_of(tone_bad);
+    OGL_string(colour, 60, 58, judged.words, 9999, charset_text, align_left);
+    BTN_bool(30, 24, &hidden, "|-show hidden folders", 0);
+    list.show_hidden(hidden != 0);
+
+    // Return goes to a folder that was typed; where it is there already, it is chosen.
+    if (return_hit && judged.exists && judged.path != list.folder()) {
+        return_hit = 0;
+        go(judged.path);
+    }
+    BTN_role(judged.can_be_taken && !judged.exists ? role_plain : role_off);
+    if (BTN_action(262, 28, 100, 0, 1, "NEW FOLDER", "-")) make_typed();
+    BTN_role(judged.can_be_taken ? role_primary : role_off);
+    if (BTN_action(402, 28, 150, 0, 1, "CHOOSE THIS FOLDER", "-")) chosen = judged.path;
+    cancelled = BTN_action(540, 28, 80, 0, 1, "CANCEL", "-") || escape_hit;
 }
 
 // The folder itself, or the nearest one above it that is there.
@@ -123,18 +133,11 @@ int browse(const std::string& message, const std::string& start, std::string& ch
     MACIBM_startwind(wind_folder, 0);
     folder_browser browser(nearest_folder(start));
     while (mnw.wind_id == wind_folder) {
-        MACIBM_draw_backdrop();
-        BTN_fillwin(1, 21);
-        OGL_string(colour_text, 20, 418, message, mnw.wind_dx - 40, charset_text, align_left);
-        browser.draw_rows();
-        browser.draw_field();
-        browser.draw_problem();
-        if (return_hit) browser.open_typed();
-        const bool take = BTN_action(410, 28, 150, 0, 1, "CHOOSE THIS FOLDER", "-") && browser.open_typed();
-        if (take || BTN_action(540, 28, 80, 0, 1, "CANCEL", "-") || escape_hit) {
+        browser.draw(message);
+        if (browser.chosen || browser.cancelled) {
             MACIBM_startwind(wind_main, 0);
-            if (!take) return 0;
-            chosen = browser.folder;
+            if (!browser.chosen) return 0;
+            chosen = *browser.chosen;
             while (chosen.size() > 1 && chosen.back() == '/')
                 chosen.pop_back();
             return 1;
