@@ -11,7 +11,7 @@
 #include <ctime>
 #include <functional>
 #include <memory>
-#include <vector>
+#include <span>
 
 #include "files/error_str.h"
 #include "files/file_reader.h"
@@ -67,58 +67,77 @@ struct new_entry {
 // expected shows only at its end; then all is done by blocks.
 constexpr std::uint64_t most_packed_at_once = 64u << 20;
 
+// Memory of a thread for one file after the other: the first touch of a fresh page costs more than packing its bytes.
+class reused_bytes {
+  public:
+    unsigned char* at_least(std::size_t count) {
+        if (count > room) {
+            bytes = std::make_unique_for_overwrite<unsigned char[]>(count);
+            room = count;
+        }
+        return bytes.get();
+    }
+
+  private:
+    std::unique_ptr<unsigned char[]> bytes;
+    std::size_t room = 0;
+};
+thread_local reused_bytes unpacked_bytes, packed_bytes;
+
+typedef std::span<const unsigned char> bytes_t;
+
 // The whole of the entry, if it is no larger than expected; else what was read so far.
-std::vector<unsigned char> read_expected(const new_entry& e, bool& whole) {
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(e.size) + 1);
+bytes_t read_expected(const new_entry& e, bool& whole) {
+    const std::size_t room = static_cast<std::size_t>(e.size) + 1;
+    unsigned char* const bytes = unpacked_bytes.at_least(room);
     std::size_t have = 0;
     std::ptrdiff_t got = 0;
-    while (have < bytes.size() && (got = e.read(&bytes[have], bytes.size() - have)) > 0)
+    while (have < room && (got = e.read(bytes + have, room - have)) > 0)
         have += static_cast<std::size_t>(got);
-    whole = have < bytes.size();
-    bytes.resize(have);
-    return bytes;
+    whole = have < room;
+    return {bytes, have};
 }
 
-int write_packed(zipFile out, const new_entry& e, const std::vector<unsigned char>& bytes) {
-    constexpr int level = 6;  // no larger than zlib's own
-    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
+int write_packed(zipFile out, const new_entry& e, bytes_t bytes) {
+    constexpr int level = 5;  // the fastest that makes zips no larger than zlib does as a rule
+    thread_local const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> packer(
         libdeflate_alloc_compressor(level), libdeflate_free_compressor);
     if (!packer) return failed_at(ENOMEM, OOPS_PLACE);
-    std::vector<unsigned char> packed(libdeflate_deflate_compress_bound(packer.get(), bytes.size()));
-    packed.resize(libdeflate_deflate_compress(packer.get(), bytes.data(), bytes.size(), packed.data(), packed.size()));
+    const std::size_t room = libdeflate_deflate_compress_bound(packer.get(), bytes.size());
+    unsigned char* const packed = packed_bytes.at_least(room);
+    const std::size_t length = libdeflate_deflate_compress(packer.get(), bytes.data(), bytes.size(), packed, room);
     e.done.bytes = bytes.size();
     e.done.signature = md5_of({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     errno = 0;
-    if (packed.empty() || e.open_in(out, level, true) != ZIP_OK ||
-        zipWriteInFileInZip(out, packed.data(), static_cast<unsigned>(packed.size())) != ZIP_OK ||
+    if (length == 0 || e.open_in(out, level, true) != ZIP_OK ||
+        zipWriteInFileInZip(out, packed, static_cast<unsigned>(length)) != ZIP_OK ||
         zipCloseFileInZipRaw64(out, bytes.size(), libdeflate_crc32(0, bytes.data(), bytes.size())) != ZIP_OK)
         return failed_at(write_error(), OOPS_PLACE);
     return 0;
 }
 
 int write_entry(zipFile out, const new_entry& e) {
-    // What was read in the hope that it is all goes first where it was not.
-    std::vector<unsigned char> block;
+    bytes_t begun;  // what was read in the hope that it is all
     if (e.method == Z_DEFLATED && e.size <= most_packed_at_once) {
         bool whole = false;
-        block = read_expected(e, whole);
-        if (whole) return write_packed(out, e, block);
+        begun = read_expected(e, whole);
+        if (whole) return write_packed(out, e, begun);
     }
     if (e.open_in(out, e.method == Z_DEFLATED ? Z_DEFAULT_COMPRESSION : 0, false) != ZIP_OK)
         return failed_at(write_error(), OOPS_PLACE);
     MD5_CTX context;
     MD5Init(&context);
-    const auto write = [&](std::size_t count) {
-        MD5UpdateWide(&context, block.data(), static_cast<std::uint32_t>(count));
+    const auto write = [&](bytes_t bytes) {
+        const auto count = static_cast<unsigned>(bytes.size());
+        MD5UpdateWide(&context, bytes.data(), count);
         e.done.bytes += count;
         errno = 0;
-        const int result = zipWriteInFileInZip(out, block.data(), static_cast<unsigned>(count));
-        return result == ZIP_OK ? 0 : failed_at(write_error(), OOPS_PLACE);
+        return zipWriteInFileInZip(out, bytes.data(), count) == ZIP_OK ? 0 : failed_at(write_error(), OOPS_PLACE);
     };
-    int err = block.empty() ? 0 : write(block.size());
-    block.resize(block_size);
-    for (std::ptrdiff_t got = 0; !err && (got = e.read(block.data(), block.size())) > 0;)
-        err = write(static_cast<std::size_t>(got));
+    int err = begun.empty() ? 0 : write(begun);
+    const auto block = std::make_unique<unsigned char[]>(block_size);
+    for (std::ptrdiff_t got = 0; !err && (got = e.read(block.get(), block_size)) > 0;)
+        err = write({block.get(), static_cast<std::size_t>(got)});
     if (err) return err;
     MD5Final(&context);
     e.done.signature = md5_hex(context);
