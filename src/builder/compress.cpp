@@ -118,8 +118,8 @@ void comp_files(const std::vector<std::string>& paths) {
     // Files under way are in memory, packed and unpacked.
     constexpr std::uint64_t most_bytes = 256u << 20;
     // A worker finds its next zip waiting, or it would idle until this thread has had its turn.
-    const int workers = std::max(THREAD_worker_count(), 1);
-    const auto most_jobs = static_cast<std::size_t>(build.jobs > 0 ? build.jobs : workers * 8);
+    const int waiting = std::max(THREAD_worker_count() * 8, 1);
+    const auto most_jobs = static_cast<std::size_t>(build.jobs > 0 ? build.jobs : waiting);
     std::deque<zip_job> jobs;  // in the order of the paths; a job does not move
     std::uint64_t bytes_under_way = 0;
     auto next = paths.begin();
