@@ -15,6 +15,7 @@
 #include "engine/examine.h"
 #include "engine/front.h"
 #include "engine/grab.h"
+#include "engine/outcome.h"
 #include "engine/placing.h"
 #include "engine/stg.h"
 #include "engine/trust.h"
@@ -53,6 +54,7 @@ int flow_server_list() {
     const std::string local = temp_path + temp_server_list;
     const int result =
         http.net_check(slot_list, {flow.list_host, "/serverlist.txt", local, most_list_bytes, "", -1, true});
+    if (result == net_failed) end_if_temp_is_full(http.last_disk_failure());
     if (result != net_complete) return result;
     const int count = read_server_list(local);
     if (count == -1) {
@@ -84,6 +86,7 @@ static std::uint64_t most_directory_bytes() {
 static void expand_directory() {
     const int err = zip_to_file(flow.net_dir_path_zip, beneath_folder(flow.dir_path_path), "",
                                 {"directory.txt", "", most_directory_bytes()});
+    end_if_temp_is_full(err);
     if (err == 0) {
         stg.dir_state = dir_unread;
     } else {
@@ -122,6 +125,7 @@ static int fetch_signature() {
         http.net_check(slot_directory, {server_list.server_name[stg.server_sel],
                                         server_list.server_path[stg.server_sel] + "directory.txt.zip.minisig", local,
                                         most_signature_bytes});
+    if (result == net_failed) end_if_temp_is_full(http.last_disk_failure());
     if (result == net_failed) refuse_catalogue("its signature could not be fetched (" + http.last_failure() + ")", 1);
     if (result != net_complete) return result;
     const std::string why = why_not_trusted(flow.net_dir_path_zip, local, server_list.install_name, std::time(nullptr));
@@ -146,7 +150,10 @@ int flow_directory() {
     const int result = http.net_check(
         slot_directory, {server_list.server_name[server], server_list.server_path[server] + "directory.txt.zip",
                          flow.net_dir_path_zip, most_directory_zip_bytes, "", -1, true});
-    if (result == net_failed) stg.server_sel = pick_server_plain(stg.server_cnt);
+    if (result == net_failed) {
+        end_if_temp_is_full(http.last_disk_failure());
+        stg.server_sel = pick_server_plain(stg.server_cnt);
+    }
     if (result != net_complete) return result;
     if (!trust.keys.empty()) {
         flow.catalogue_came = 1;

@@ -116,6 +116,7 @@ bool fetch_over_net(int stream, std::size_t file) {
         return false;
     }
     if (outcome == net_failed) {
+        end_if_temp_is_full(http.last_disk_failure());
         stream_retries(stream);
         ask_again(stream, pick_server_biased(stg.server_cnt));
         return false;

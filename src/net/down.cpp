@@ -51,7 +51,7 @@ void down_class::fail(const std::string& why) {
 }
 
 void down_class::fail_on_disk(int error) {
-    os_err = error ? error : EIO;
+    os_err = disk_err = error ? error : EIO;
     fail("cannot write " + request.local + ": " + error_str(os_err));
 }
 

@@ -91,6 +91,7 @@ class down_class {
     std::int64_t received = 0;      // of it, without a gap from its first byte
     std::vector<char> body;         // what is held in memory of that
     int os_err = 0;                 // errno of the local file or of the connection
+    int disk_err = 0;               // the same, of the local file alone
     float last_data = 0;            // real time of the last byte, or of asking
     float first_asked = -1;         // real time; -1: not yet
     std::int64_t came = 0;          // body bytes of all answers, those that were thrown away too

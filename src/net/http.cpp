@@ -99,6 +99,7 @@ int http_class::judge(int slot) {
     down_class& d = *slots[slot];
     if (d.deliver()) return finish(slot, net_complete);
     note_failure(slot, d.why());
+    disk_failure = d.disk_err;
     if (!d.was_silent) log_failure(d);
     return finish(slot, net_failed);
 }

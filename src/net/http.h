@@ -70,6 +70,9 @@ class http_class {
     // Body bytes that have come in over all transfers of the run.
     std::int64_t bytes_in() const;
     const std::string& last_failure() const { return failure; }  // why the last down_ptr failed, in plain words
+    // errno where the last transfer that failed did so because its file could not be written here; 0: a server's or the
+    // net's fault.
+    int last_disk_failure() const { return disk_failure; }
 
     down_ptr slots[http_slot_count];  // null: nothing under way
 
@@ -112,6 +115,7 @@ class http_class {
     bool slot_freed = false;          // by a completed transfer, since the last wait; a failure is to be slept on
     std::int64_t finished_bytes = 0;  // of lines that are gone
     std::string failure;
+    int disk_failure = 0;
 };
 
 extern http_class http;

@@ -121,18 +121,19 @@ class DiskTest(installer.Scene):
         self.update()
         self.assert_installed(self.new.tree.installed())
 
-    def test_full_temporary_folder_is_said_and_given_up(self):
+    def test_full_temporary_folder_is_named_and_ends_the_run(self):
         self.lay_out()
         shutil.rmtree(self.desk.tmp)
         os.symlink(self.disk, self.desk.tmp)
         gate = self.server.hold_after(0)
-        run = self.start("--agree", "--give_up=2")
+        run = self.start("--agree")
         self.assertTrue(gate.reached.wait(30))
         self.let_fail("write", errno.ENOSPC)
         gate.open()
         outcome = self.finish(run)
-        self.assertEqual(outcome.status, 4, outcome)
-        self.assertIn(os.strerror(errno.ENOSPC), outcome.out + outcome.err)
+        self.assertEqual(outcome.status, 1, outcome)
+        self.assertIn("The disk of the temporary folder is full!", outcome.err)
+        self.assertIn(self.desk.tmp, outcome.err)
         self.assertEqual(os.listdir(self.disk), ["Velaris"])
 
     def test_file_that_cannot_be_read_counts_as_the_users_and_is_named(self):

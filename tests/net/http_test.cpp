@@ -229,6 +229,7 @@ TEST_F(Http, ADiskThatTakesNothingFailsTheTransfer) {
     for (const scripted_peer* server : {&peer, &large}) {
         EXPECT_EQ(fetch(server->host()), net_failed);
         EXPECT_NE(http.last_failure().find("cannot write /dev/full: No space left on device"), std::string::npos);
+        EXPECT_EQ(http.last_disk_failure(), ENOSPC);
     }
     local = dir / "no such folder/x.zip";
     EXPECT_EQ(fetch(peer.host()), net_failed);
