@@ -13,6 +13,7 @@
 
 pref_class pref;
 display_prefs_t display_prefs;
+int window_scale = 0;
 
 // Empty when there is no folder for the user's preferences.
 static std::string set_path(int set) {
@@ -48,11 +49,17 @@ static const setting display_settings[] = {
 
 // Set 11, in the order of the file.
 static const setting installer_settings[] = {
-    {"_use_max_cpu", &stg.use_max_cpu, nullptr},       {"_rename_folder", &stg.rename_folder, nullptr},
-    {"_stream_count", &stg.stream_count, nullptr},     {"_log_actions", &stg.log_actions, nullptr},
-    {"_always_ask_dir", &stg.always_ask_dir, nullptr}, {"_dest_dir_path", nullptr, &dest_dir_path},
-    {"_proxy_host", nullptr, &proxy.proxy_host},       {"_proxy_port", nullptr, &proxy.proxy_port_str},
-    {"_proxy_port_int", &proxy.proxy_port, nullptr},   {"_limit_rate", &http.limit.bytes_a_second, nullptr},
+    {"_use_max_cpu", &stg.use_max_cpu, nullptr},
+    {"_rename_folder", &stg.rename_folder, nullptr},
+    {"_stream_count", &stg.stream_count, nullptr},
+    {"_log_actions", &stg.log_actions, nullptr},
+    {"_always_ask_dir", &stg.always_ask_dir, nullptr},
+    {"_dest_dir_path", nullptr, &dest_dir_path},
+    {"_proxy_host", nullptr, &proxy.proxy_host},
+    {"_proxy_port", nullptr, &proxy.proxy_port_str},
+    {"_proxy_port_int", &proxy.proxy_port, nullptr},
+    {"_limit_rate", &http.limit.bytes_a_second, nullptr},
+    {"_scale", &window_scale, nullptr},
 };
 
 static std::span<const setting> settings_of(int set) {

@@ -25,6 +25,9 @@ struct display_prefs_t {
 };
 extern display_prefs_t display_prefs;
 
+// Of set 11: the scale of the window in percent, 0 for what suits the display.
+extern int window_scale;
+
 class pref_class {
   public:
     void IO_set(int set, int dir);                   // dir: scan_read or scan_write

@@ -86,6 +86,9 @@ class ScreensTest(installer.Scene):
         self.assertTrue(desktop.until(window.install_is_live), "INSTALL never became live")
         return window
 
+    def window_of(self, window):
+        return desktop.Window(self.display, window.process)     # as it stands now
+
     def assert_shows(self, window, screen):
         self.assertTrue(window.wait_for(screen), f"{screen} wanted, {window.screen()} seen")
 
@@ -108,6 +111,13 @@ class ScreensTest(installer.Scene):
                 window.click(*desktop.INSTALL)
                 self.assert_shows(window, "agreement")
                 window.click(*desktop.REFUSE)
+                self.assert_shows(window, "main")
+                window.click(*desktop.PREFERENCES)
+                self.assert_shows(window, "preferences")
+                window.keys("Tab", "Tab", "Down")       # of sizes, the one behind "automatic": half
+                self.assertTrue(desktop.until(lambda: self.window_of(window).size == (512, 384)), "no smaller window")
+                self.window_of(window).keys("Up", "Escape")
+                self.assertTrue(desktop.until(lambda: self.window_of(window).size == window.size), "no larger window")
                 self.assert_shows(window, "main")
                 self.quit(window)
 
@@ -155,7 +165,7 @@ class ScreensTest(installer.Scene):
         window = self.offer("--pref:_rename_folder=0")
         window.keys("Tab", "space")                     # the first control is the button of the preferences
         self.assert_shows(window, "preferences")
-        window.keys("Tab", "Tab", "space", "Escape")    # behind the list of systems: full speed
+        window.keys("Tab", "Tab", "Tab", "space", "Escape")     # behind the lists of systems and sizes: full speed
         self.assert_shows(window, "main")
         window.keys("Return")                           # INSTALL
         self.assert_shows(window, "agreement")

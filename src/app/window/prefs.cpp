@@ -1,10 +1,18 @@
 #include "app/window/prefs.h"
 
+#include <algorithm>
+#include <iterator>
+
+#include "app/pref.h"
 #include "engine/stg.h"
+#include "gfx/colr.h"
 #include "gfx/oglp.h"
+#include "gfx/scale.h"
+#include "gfx/text.h"
 #include "net/proxy.h"
 #include "runtime/hl_string.h"
 #include "shell/pump.h"
+#include "shell/shell.h"
 #include "ui/butn.h"
 #include "ui/digits.h"
 #include "ui/field.h"
@@ -19,6 +27,24 @@ static void edit_target_os() {
                  "Operating System to download Velaris for:|(Install and copy the entire Velaris folder to another "
                  "computer if you like)");
     stg.target_os = row + 1;
+}
+
+static constexpr int scale_percents[] = {0, 50, 75, 100, 125, 150, 200, 300, 400};
+
+float wanted_scale() {
+    return window_scale == 0 ? scale_auto : std::clamp(static_cast<float>(window_scale) / 100, scale_least, scale_most);
+}
+
+static void edit_scale() {
+    const auto* const chosen = std::find(std::begin(scale_percents), std::end(scale_percents), window_scale);
+    // What the list does not have came from the file, and stays until another is chosen.
+    const int before = chosen == std::end(scale_percents) ? -1 : static_cast<int>(chosen - scale_percents);
+    int row = std::max(before, 0);
+    OGL_string(colour_label, 515, 328, "size of this window", 9999, charset_text, align_centre);
+    BTN_textlist(505, 310, &row, "automatic-50 %-75 %-100 %-125 %-150 %-200 %-300 %-400 %", "");
+    if (row == std::max(before, 0)) return;
+    window_scale = scale_percents[row];
+    MACIBM_set_scale(wanted_scale());
 }
 
 // A count of 0 means that the installer finds the best one itself.
@@ -36,6 +62,7 @@ static void edit_streams() {
 
 static void edit_general() {
     edit_target_os();
+    edit_scale();
     BTN_bool(
         left, 265, &stg.use_max_cpu,
         "|run at full speed all the time, always totally saturating the CPU... typically leave this OFF, since the "

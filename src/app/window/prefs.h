@@ -2,4 +2,5 @@
 // file when the program ends.
 #pragma once
 
-void handle_prefs();  // returns when the window is closed
+void handle_prefs();   // returns when the window is closed
+float wanted_scale();  // of the window, as the preference has it: for MACIBM_set_scale

@@ -11,6 +11,7 @@
 #include "app/start.h"
 #include "app/window/folder_chooser.h"
 #include "app/window/main_screen.h"
+#include "app/window/prefs.h"
 #include "app/window/questions.h"
 #include "app/window/sprites.h"
 #include "engine/flow.h"
@@ -61,6 +62,7 @@ int window_main(int argc, char* const* argv) {
         !scale_option(problem) || !trust_options(problem))
         return wrong_usage(problem);
     app_start(argc, argv);
+    if (!cmdline.has_option("--scale") && window_scale != 0) MACIBM_set_scale(wanted_scale());
     flow.list_host = list_host;
     stg.target_os = target_os;
     while (!app_done)
