@@ -1,5 +1,5 @@
-// dest.h: what a chosen folder means. A folder that already looks like a copy of the simulator is used as it stands; any
-// other is taken as the parent of a new one.
+// dest.h: what a chosen folder means. A folder that already looks like a copy of the simulator is used as it stands;
+// any other is taken as the parent of a new one.
 // Errors: nothing is reported; a folder that cannot be listed is no copy, a dialog that fails is a cancel.
 #pragma once
 
@@ -13,7 +13,8 @@ extern folder_chooser choose_folder;  // by default a cancel
 // A folder as the user names it, from the current folder where it is relative, and with one "/" at its end.
 std::string folder_argument(const std::string& text);
 
-// "Velaris/" below the root of the volume that holds the user's folder where that can be written, else below that folder.
+// "Velaris/" below the root of the volume that holds the user's folder where that can be written, else below that
+// folder.
 std::string default_destination();
 
 bool folder_is_a_sim(const std::string& path);  // by the names of four folders in it

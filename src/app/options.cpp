@@ -43,7 +43,8 @@ constexpr option_row installer_rows[] = {
     {"--version", nullptr, "Prints the version and the build number.\n"},
 };
 
-// The family's --help tells of its options by a line of their own each. These it leaves out, though its programs know them.
+// The family's --help tells of its options by a line of their own each. These it leaves out, though its programs know
+// them.
 constexpr option_row family_untold[] = {
     {"--cmnds", "=PATH", ""},      {"--no_dds", nullptr, ""},     {"--use_threaded_ogl", nullptr, ""},
     {"--no_sblend", nullptr, ""},  {"--use_fprogs", nullptr, ""}, {"--use_pixel_counters", nullptr, ""},

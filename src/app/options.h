@@ -1,5 +1,5 @@
-// options.h: the command line: tables of options, from which the check of what was typed, the programs' own part of --help
-// and the suggestion for a misspelled option are made, so that none of them can know more than the others.
+// options.h: the command line: tables of options, from which the check of what was typed, the programs' own part of
+// --help and the suggestion for a misspelled option are made, so that none of them can know more than the others.
 // Errors: nothing ends the process; what is wrong is told in words of one line.
 // Threads: main thread only.
 #pragma once
@@ -39,8 +39,8 @@ std::vector<wrong_option> wrong_options(int argc, char* const* argv, const optio
 bool stands_in(int argc, char* const* argv, const char* name);
 bool only_informs(int argc, char* const* argv);
 
-// The folder that "-path FOLDER" names, as an absolute path that ends in one "/". Empty where none is named, or none that
-// can be used.
+// The folder that "-path FOLDER" names, as an absolute path that ends in one "/". Empty where none is named, or none
+// that can be used.
 std::string path_option(int argc, char* const* argv);
 
 // The options that mean the same in the window and on the console. False when the value cannot be used; `problem` tells

@@ -1,4 +1,4 @@
-// pref.h: every setting of every floor, named once: one table reads them all, writes them all, and tells what a --pref:
+// pref.h: every setting of every folder, named once: one table reads them all, writes them all, and tells what a --pref:
 // option may name.
 // Set 11 is the installer's own, "Velaris Installer.prf" in the user's preferences folder. Set 10 are the display
 // settings that a family of programs shares; the installer carries their form.

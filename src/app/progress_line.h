@@ -1,5 +1,5 @@
-// progress_line.h: progress on a terminal, as one line that is redrawn in place, or elsewhere as plain lines that come at
-// most every five seconds or five percent, and never more than one a second.
+// progress_line.h: progress on a terminal, as one line that is redrawn in place, or elsewhere as plain lines that come
+// at most every five seconds or five percent, and never more than one a second.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,8 @@
 class progress_line {
   public:
     void open(std::FILE* out, bool in_place);
-    // `share` 0 to 1, negative while the end is not known. `now` in seconds. A terminal's line is redrawn at most ten times a second.
+    // `share` 0 to 1, negative while the end is not known. `now` in seconds. A terminal's line is redrawn at most ten
+    // times a second.
     // Where the line is too narrow, `item` loses its middle first.
     void show(double share, const std::string& text, const std::string& item, double now);
     void show_last(double share, const std::string& text);  // whatever the time; a line of its own

@@ -3,9 +3,9 @@
 //
 //   catalogue of the last release -> index -> walk -> landmarks -> zips and rows -> rows of gone files -> names
 //
-// Every failure is a blunt fatal alert; a run has no state to resume and is simply repeated. The folders are built under
-// names that end in ".unfinished" and get their own names only when the whole set is done, so what bears the name of a
-// release is one. A leftover of an earlier run is removed.
+// Every failure is a blunt fatal alert; a run has no state to resume and is simply repeated. The folders are built
+// under names that end in ".unfinished" and get their own names only when the whole set is done, so what bears the name
+// of a release is one. A leftover of an earlier run is removed.
 #pragma once
 
 // The regions of this edition's set, then the checklist for whoever publishes them. Takes src_fold, dst_fold_base,

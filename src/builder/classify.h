@@ -1,5 +1,5 @@
-// classify.h: decides from a path what belongs to a release, to which part of the world a scenery file belongs, for which
-// system a file is meant, and by which key it is matched from one release to the next.
+// classify.h: decides from a path what belongs to a release, to which part of the world a scenery file belongs, for
+// which system a file is meant, and by which key it is matched from one release to the next.
 // Tests on a path are substring searches on the whole of it, so a folder's name counts as well as a file's.
 #pragma once
 
@@ -11,8 +11,8 @@ constexpr const char* APL_str = "Macintosh";
 constexpr const char* WIN_str = "Windows";
 constexpr const char* LIN_str = "Linux";
 
-// The first text in `path` that would decide over every file below it, by the tests of this module and of the walk. Empty
-// where there is none.
+// The first text in `path` that would decide over every file below it, by the tests of this module and of the walk.
+// Empty where there is none.
 std::string text_that_decides(const std::string& path);
 
 // True if the file goes into the set and region in work. With `must_open` (and `list_mode` 0) a file that cannot be

@@ -41,8 +41,8 @@ static void own_bytes(const std::string& path) {
                        OOPS_PLACE);
 }
 
-// A program for Windows may use all of its memory if its head says so. A link has no bytes of its own to mark; the program
-// that it leads to comes by itself.
+// A program for Windows may use all of its memory if its head says so. A link has no bytes of its own to mark; the
+// program that it leads to comes by itself.
 static void mark_windows_program(const std::string& path) {
     if (path.find(landmark_path(str_win_fold)) == std::string::npos || path.find(".exe") == std::string::npos ||
         is_sim_link(path, nullptr))
@@ -77,8 +77,8 @@ struct zip_job {
 
 }  // namespace
 
-// The signature is of the bytes that went into the zip, whatever becomes of the file. One that changes meanwhile, as under a
-// copy that is still running, gets a few more chances to come to rest.
+// The signature is of the bytes that went into the zip, whatever becomes of the file. One that changes meanwhile, as
+// under a copy that is still running, gets a few more chances to come to rest.
 static void* make_zip(void* one) {
     zip_job& job = *static_cast<zip_job*>(one);
     job.err = err_file_changed;

@@ -21,8 +21,8 @@ constexpr std::string_view devices[] = {"con",  "prn",  "aux",  "nul",  "conin$"
                                         "com3", "com4", "com5", "com6", "com7",   "com8",    "com9", "lpt1",
                                         "lpt2", "lpt3", "lpt4", "lpt5", "lpt6",   "lpt7",    "lpt8", "lpt9"};
 
-// Of Latin, Greek and Cyrillic letters, which is where a release has two cases at all. Both spellings of a pair give one
-// text; it is for comparing alone.
+// Of Latin, Greek and Cyrillic letters, which is where a release has two cases at all. Both spellings of a pair give
+// one text; it is for comparing alone.
 std::string without_case(std::string_view text) {
     std::string folded;
     for (std::size_t i = 0; i < text.size(); ++i) {

@@ -1,12 +1,13 @@
-// copy_check.h: what would be published and could not be installed by everyone, or not only where it belongs: names that
-// some system cannot have, two files at one place, links that lead out. What is wrong is a fatal alert that names it.
+// copy_check.h: what would be published and could not be installed by everyone, or not only where it belongs: names
+// that some system cannot have, two files at one place, links that lead out. What is wrong is a fatal alert that names
+// it.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// Why Windows or macOS cannot have a file or folder of that name, in words; null where they can. The name of a release is
-// held against it too.
+// Why Windows or macOS cannot have a file or folder of that name, in words; null where they can. The name of a release
+// is held against it too.
 const char* fault_of_name(std::string_view name);
 
 // A release cannot be made from a copy in whose own path stands a text that decides over files: all of them would be

@@ -1,7 +1,7 @@
 // history.h: the rows of the catalogue, and how they pass from one release to the next.
 //
-// A file's rows are all its earlier versions that differ from the present one, then the present one. A file that left the
-// reference copy keeps its rows and gets one more that says "GONE", in this release and every later one, so that an
+// A file's rows are all its earlier versions that differ from the present one, then the present one. A file that left
+// the reference copy keeps its rows and gets one more that says "GONE", in this release and every later one, so that an
 // installation of any age learns of it and knows the copy that it has.
 #pragma once
 
@@ -10,8 +10,9 @@
 
 #include "engine/directory.h"
 
-// Fills sim_info_index from sim_info and sets `do_fetch` of every first row: in a build it means that the file was not yet
-// met in the reference copy. Fatal for a file that stands there twice and for a history that has this release already.
+// Fills sim_info_index from sim_info and sets `do_fetch` of every first row: in a build it means that the file was not
+// yet met in the reference copy. Fatal for a file that stands there twice and for a history that has this release
+// already.
 void index_history();
 
 // The line before the rows of another folder than the last one.

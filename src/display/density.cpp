@@ -18,8 +18,8 @@ float number_of(const char* text) {
     return text ? std::strtof(text, nullptr) : 0.0f;
 }
 
-// The X server's resource Xft.dpi, which desktops set for their programs. The library is there where SDL draws through it,
-// and is asked by name, so that nothing here needs it.
+// The X server's resource Xft.dpi, which desktops set for their programs. The library is there where SDL draws through
+// it, and is asked by name, so that nothing here needs it.
 float dots_of_x_resources() {
     void* const library = dlopen("libX11.so.6", RTLD_LAZY);
     if (!library) return 0;

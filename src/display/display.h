@@ -1,5 +1,5 @@
 // display.h: the one window, its drawing context and its events, over the desktop's own interfaces. Everything that
-// knows the window library stands behind this header, in display_*.cpp.
+// knows the window library stands behind this header, in the other files of its folder.
 // Units: pixels; the mouse has its origin at the top left of the drawing surface, as the system gives it.
 // Errors: a call returns false and display_error() has the system's words.
 // Threads: main thread only.
@@ -24,7 +24,8 @@ struct display_room {
 };
 display_room display_get_room();
 
-// A window of dx by dy that the user cannot resize; `full_screen`: borderless, as large as asked, at the display's corner.
+// A window of dx by dy that the user cannot resize; `full_screen`: borderless, as large as asked, at the display's
+// corner.
 bool display_open_window(const std::string& title, int dx, int dy, bool full_screen);
 void display_resize_window(int dx, int dy);  // and moves it, if it would not lie wholly inside the usable display
 bool display_is_hidden();                    // minimised, or on a desktop that is not shown

@@ -1,5 +1,5 @@
 // key_codes.h: the window library's keys as the program's own: a virtual key, and the character of keys that type none.
-// Private to display_*.cpp.
+// Private to the folder.
 #pragma once
 
 #include <SDL.h>

@@ -1,8 +1,8 @@
 // flow.h: the steps of an install. The window calls them from its frame between its drawing, the console from its loop:
 // there is one flow, not two.
 //
-// server_cnt -1 -> list read -> dir_state 0 fetching, 1 unread, 3 ready (2 refused) -> INSTALL: install_state 1 -> 2
-// over
+// server_cnt -1 -> list read -> dir_state 0 fetching, 1 unread, 3 ready (2 refused)
+//   -> INSTALL: install_state 1 at work -> 2 over
 //
 // Every step may be called at any time and does nothing where it is not its turn. The one fixed order is that of a
 // frame: list, catalogue, a picked destination, scan, INSTALL, QUIT, then the file work or, while idle, the disk space.

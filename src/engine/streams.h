@@ -1,5 +1,5 @@
-// streams.h: who takes which file, and when. Up to four streams walk the file list, each with a slot of the transfer
-// pool.
+// streams.h: who takes which file, and when. Up to four streams walk the file list, each with a slot of the
+// pool of transfers.
 //
 // A stream that is on is fresh (it takes the next file at its next turn), at a file, or past the end of the list: idle,
 // since a transfer that fails moves next_file back, and there may be work again. How many are on follows the speed.

@@ -1,9 +1,9 @@
 // trust.h: whether a catalogue may be believed. Mirrors, the list of them and the network are other people's; where the
 // program knows the maker's keys it takes only a catalogue that one of them signed ("directory.txt.zip.minisig" beside
 // it), for the release that the server list names, not older than the newest that it took before on this account, and
-// not past its date. So whoever stands on the way can keep a release from a user, and can not give one. A file needs no
-// signature of its own: the signed catalogue holds its MD5, and a second file with a given MD5 is beyond reach. A
-// maker's own collisions are not defended against.
+// not past its date. So whoever stands on the way can keep a release from a user, but cannot give him one. A file
+// needs no signature of its own: the signed catalogue holds its MD5, and a second file with a given MD5 is beyond
+// reach. A maker's own collisions are not defended against.
 // Threads: main thread only.
 #pragma once
 

@@ -1,8 +1,8 @@
 // sign_files.h: the signatures of all files of a copy, by all processors and in the lanes of each (md5_lanes.h). What a
 // store of signatures knows and finds untouched is not read.
-// A signature is of a file's bytes, or of a link's target text; a link itself is never followed, the folders on the way
-// may be links. Nothing but regular files is opened: a pipe would wait for its other end, a device would do who knows
-// what.
+// A signature is of a file's bytes, or of a link's target text; a link itself is never followed, but the folders on
+// the way may be links. Nothing but regular files is opened: a pipe would wait for its other end, a device would do who
+// knows what.
 // Threads: an object belongs to the main thread; the work is done by the pool's, or, where there is no pool, by the
 // first wait() alone. Results are the same, whatever the number of processors.
 #pragma once

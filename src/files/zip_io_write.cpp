@@ -63,8 +63,8 @@ struct new_entry {
     }
 };
 
-// A file that is small enough is packed in memory, which takes half the time. How much more of it there is than what was
-// expected shows only at its end; then all is done by blocks.
+// A file that is small enough is packed in memory, which takes half the time. How much more of it there is than what
+// was expected shows only at its end; then all is done by blocks.
 constexpr std::uint64_t most_packed_at_once = 64u << 20;
 
 // Memory of a thread for one file after the other: the first touch of a fresh page costs more than packing its bytes.

@@ -1,5 +1,5 @@
-// zip_memory.h: an archive that lies in memory, for minizip. Most files of a release are small: read whole, their archives
-// cost one read in the place of dozens of seeks, and what just came over the net need not see a disk at all.
+// zip_memory.h: an archive that lies in memory, for minizip. Most files of a release are small: read whole, their
+// archives cost one read in the place of dozens of seeks, and what just came over the net need not see a disk at all.
 #pragma once
 
 #include <minizip/unzip.h>

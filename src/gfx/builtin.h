@@ -22,8 +22,8 @@ struct glyph_sheet_t {
 };
 extern glyph_sheet_t glyph_sheet;
 
-// Loads all, as mnw.scale wants them, at start-up and whenever the context has been made again. The atlas comes last and
-// so stays in scratch_array.
+// Loads all, as mnw.scale wants them, at start-up and whenever the context has been made again. The atlas comes last
+// and so stays in scratch_array.
 void recall_ins_texes();
 void match_ins_texes();  // the same, if mnw.scale wants others than are loaded
 // Colours 34 to 47 from the atlas in scratch_array.

@@ -1,5 +1,6 @@
 // mnw.h: the window and input record: what the event pump found out, read by every primitive and widget.
-// Units: those of the canvas, but for the surface, which is in pixels; the origin is the bottom left, y up. Times in seconds of xtim.real_time.
+// Units: those of the canvas, but for the surface, which is in pixels; the origin is the bottom left, y up. Times in
+// seconds of xtim.real_time.
 // Lifetimes: the first group stays, the second belongs to the open logical window, the third to one frame.
 #pragma once
 

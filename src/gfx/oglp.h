@@ -1,6 +1,6 @@
 // oglp.h: the drawing primitives, in immediate mode: state cache, 2D shapes, scissors, swap and screenshot.
-// Units: those of the canvas, origin at the bottom left of the logical window, y up; every primitive adds mnw.wind_x and
-// wind_y, and scale.h says how many pixels a unit has.
+// Units: those of the canvas, origin at the bottom left of the logical window, y up; every primitive adds mnw.wind_x
+// and wind_y, and scale.h says how many pixels a unit has.
 // Colours: an index of colr and an alpha. Fills run from edge to edge; a line at y covers y to y + 1.
 // Order: painter's order is the only order; every frame redraws everything. Front faces are clockwise: bottom left, top
 // left, top right, bottom right.

@@ -1,7 +1,8 @@
 // scale.h: how large the canvas is shown. Everything is laid out in units of a canvas of 1024 by 768 and drawn at one
 // scale, mnw.scale: from it follow the window's size, the viewport, the mouse, scissors, lines and letters, all of them
 // by the functions of this header.
-// Units: "units" are the canvas's, "pixels" the drawing surface's; a surface that is larger than the canvas has margins.
+// Units: "units" are the canvas's, "pixels" the drawing surface's; a surface that is larger than the canvas has
+// margins.
 #pragma once
 
 #include <string>
@@ -18,7 +19,8 @@ struct scale_room {
 
 // "auto" or a number from 0.5 to 4. False, and `asked` as it was, for anything else.
 bool scale_of_text(const std::string& text, float& asked);
-// What is asked for where it fits, else the largest step below it that does; where none does, what just fits. scale_auto:
+// What is asked for where it fits, else the largest step below it that does; where none does, what just fits.
+// scale_auto:
 // the largest step that fits and is bearable: at most one and a half times the density, so that nobody sits before a
 // wall of buttons. Below 1 the room alone decides.
 float scale_that_fits(float asked, const scale_room& room);

@@ -1,6 +1,6 @@
 // tman.h: every texture as a small integer reference; the manager owns the names behind them.
-// References: 388 interface atlas, 389 installer sheet, 390 and 391 backgrounds, 393 letters of another scale than 1, 926 a gray pixel for what is missing;
-// below 1131 they are fixed by the caller, from there on given out.
+// References: 388 interface atlas, 389 installer sheet, 390 and 391 backgrounds, 393 letters of another scale than 1,
+// 926 a gray pixel for what is missing; below 1131 they are fixed by the caller, from there on given out.
 // Errors: a missing file is fatal with fail mode 4, else a log line and the gray pixel. Misuse is fatal.
 // Threads: tables are guarded by one critical section; OpenGL calls on the main thread only.
 #pragma once

@@ -1,5 +1,7 @@
-// connection.h: one connection to a server, plain or by TLS, directly or through a proxy, that is polled and never waits.
-// Opening looks the name up, tries the addresses in turn, asks a proxy for a tunnel where one is needed, and shakes hands.
+// connection.h: one connection to a server, plain or by TLS, directly or through a proxy, that is polled and never
+// waits.
+// Opening looks the name up, tries the addresses in turn, asks a proxy for a tunnel where one is needed, and shakes
+// hands.
 // Errors: `over`, with the words in why(); no words where the peer closed.
 // Threads: main thread only.
 #pragma once

@@ -7,8 +7,8 @@ void note_answer(host_traits& host, int answers, bool good) {
 
 void note_lost(host_traits& host, int answers, bool asked_ahead, bool announced) {
     if (answers == 0) host.shaky = true;
-    // A server may close at any time, and may destroy answers on their way when it does. One that does so at once, twice,
-    // does it because of what was asked ahead.
+    // A server may close at any time, and may destroy answers on their way when it does. One that does so at once,
+    // twice, does it because of what was asked ahead.
     if (asked_ahead && answers <= 1 && ++host.short_closes >= 2) host.one_at_a_time = true;
     if (!host.proven && !announced && answers == 1 && ++host.single_answers >= 2) host.no_reuse = true;
 }

@@ -1,5 +1,5 @@
-// host_traits.h: what a run has learnt about a host's way with connections: whether they can be kept, and whether several
-// requests may be outstanding on one. Every server starts unproven and is asked one request at a time.
+// host_traits.h: what a run has learnt about a host's way with connections: whether they can be kept, and whether
+// several requests may be outstanding on one. Every server starts unproven and is asked one request at a time.
 // Threads: main thread only.
 #pragma once
 
@@ -24,6 +24,6 @@ void note_answer(host_traits& host, int answers_of_the_connection, bool good);
 // It ended with requests unanswered. `announced`: it had said that it would.
 void note_lost(host_traits& host, int answers, bool asked_ahead, bool announced);
 void note_silence(host_traits& host);
-// A file that came among others, or with `alone` by itself, was not what was asked for. True if the same server is to be
-// asked once more, as it may only have lost count of its answers.
+// A file that came among others, or with `alone` by itself, was not what was asked for. True if the same server is to
+// be asked once more, as it may only have lost count of its answers.
 bool note_wrong_file(host_traits& host, const std::string& path, bool alone);

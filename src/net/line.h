@@ -1,6 +1,7 @@
 // line.h: a kept connection and the transfers that were asked on it, in the order of their requests, which is that of
 // their answers. Several may be outstanding; what another transfer is for is the pool's to know.
-// Errors: is_over, with the words in why(); what is still in `asked` then has got no answer, or the first a part of one.
+// Errors: is_over, with the words in why(); what is still in `asked` then has got no answer, or the first a part of
+// one.
 // Threads: main thread only; all lines share one read buffer.
 #pragma once
 
@@ -23,8 +24,8 @@ class line_class {
 
     // `keeps`: another request may follow this one's answer.
     void ask(const down_ptr& next, bool keeps);
-    // Sends and reads as far as it goes now, and at most `allowance` bytes, which it lessens. What is answered moves from
-    // `asked` to `ended`.
+    // Sends and reads as far as it goes now, and at most `allowance` bytes, which it lessens. What is answered moves
+    // from `asked` to `ended`.
     void turn(std::int64_t& allowance);
     void close(const std::string& words);  // from this side
     void spoke();                          // there is something to read, so it is not silent

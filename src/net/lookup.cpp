@@ -43,8 +43,8 @@ static void set_port(net_address& address, unsigned short port) {
         reinterpret_cast<sockaddr_in&>(address.bytes).sin_port = htons(port);
 }
 
-// The system's order is by what it can reach best. The families are taken in turn, so that a line on which one of them is
-// dead costs one address and not all of them.
+// The system's order is by what it can reach best. The families are taken in turn, so that a line on which one of them
+// is dead costs one address and not all of them.
 static void take_families_in_turn(std::vector<net_address>& found) {
     std::vector<net_address> first, second;
     for (const net_address& address : found)

@@ -23,8 +23,8 @@ struct net_address {
 class lookup_class {
   public:
     enum class state { waiting, found, unknown };
-    // What asks the name service: fills in the addresses in the order in which they are to be tried and returns an empty
-    // text, or why there are none. It blocks. A test brings its own.
+    // What asks the name service: fills in the addresses in the order in which they are to be tried and returns an
+    // empty text, or why there are none. It blocks. A test brings its own.
     typedef std::string (*resolver)(const std::string& host, std::vector<net_address>& found);
     explicit lookup_class(resolver given = nullptr);
 

@@ -34,8 +34,8 @@ class PCSBSocket {
 
     static int StartupNetworking(bool);
     static void ShutdownNetworking(bool);
-    // One of the address's family, which has begun to connect. `most_unread`: bytes that the system may take in and hold;
-    // 0 for what it finds best.
+    // One of the address's family, which has begun to connect. `most_unread`: bytes that the system may take in and
+    // hold; 0 for what it finds best.
     static std::unique_ptr<PCSBSocket> to(const net_address& address, int most_unread = 0);
 
     void Connect(std::uint32_t address, unsigned short port);  // address in network byte order

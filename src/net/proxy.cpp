@@ -23,7 +23,8 @@ static std::string from_environment(const char* lower, const char* upper) {
     return value ? value : "";
 }
 
-// no_proxy: "*", or hosts and endings between commas or blanks; ".a.b" and "a.b" both hold for "a.b" and what ends in it.
+// no_proxy: "*", or hosts and endings between commas or blanks; ".a.b" and "a.b" both hold for "a.b" and what ends in
+// it.
 static bool goes_direct(const std::string& host) {
     const std::string list = lower_case(from_environment("no_proxy", "NO_PROXY"));
     for (std::size_t at = 0; at < list.size();) {

@@ -19,5 +19,6 @@ struct rate_limit {
     double counted = -1;  // when `saved` was last made up; -1: never
 };
 
-// "500k", "2M" or "65536" (k 1,000, M 1,000,000); 0 for no limit. False for anything else, and for more than fits an int.
+// "500k", "2M" or "65536" (k 1,000, M 1,000,000); 0 for no limit. False for anything else, and for more than fits an
+// int.
 bool read_rate(const char* text, int& bytes_a_second);

@@ -1,5 +1,5 @@
 // product.h: what this program is: the edition's four constants, version, fixed addresses, and the few facts of the
-// running process that every floor reads. Set before any thread starts.
+// running process that all the others read. Set before any thread starts.
 // The version stands in the build's own file alone; support finds a release by its text, a catalogue holds its number.
 #pragma once
 

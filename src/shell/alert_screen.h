@@ -1,5 +1,5 @@
-// alert_screen.h: an alert drawn in the window, in place of whatever is open. It pumps frames of its own until the button
-// or Return is pressed.
+// alert_screen.h: an alert drawn in the window, in place of whatever is open. It pumps frames of its own until the
+// button or Return is pressed.
 // Threads: main thread only.
 #pragma once
 

@@ -125,7 +125,8 @@ bool acts_on_screen(const display_event& event) {
 }
 
 // Everything that is there, up to what may be meant for the screen as it will be: anything behind a press or a Return,
-// and those behind a key that a field has yet to take. It waits for the next frame, so that a slow one misleads nothing.
+// and those behind a key that a field has yet to take. It waits for the next frame, so that a slow one misleads
+// nothing.
 void take_events() {
     static std::vector<display_event> fresh;
     static std::deque<display_event> waiting;

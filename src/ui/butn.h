@@ -1,5 +1,5 @@
-// butn.h: push buttons, check boxes and radio buttons, in immediate mode: a call draws the widget, looks at the mouse of
-// this frame and tells at once whether it was acted on. The caller's variables are the widgets' state.
+// butn.h: push buttons, check boxes and radio buttons, in immediate mode: a call draws the widget, looks at the mouse
+// of this frame and tells at once whether it was acted on. The caller's variables are the widgets' state.
 //
 // A label reads "left|right{?help": the part left of the widget, the part right of it, and the text that comes up when
 // the mouse rests on it. Each may be missing.
@@ -17,8 +17,8 @@ void BTN_role(button_role role);  // of the next button alone; one that is off d
 
 bool take_return();  // Return was pressed in this frame and nothing has used it; from now on it is used
 
-// Centred on x, y; a width of 0 or below fits the label. `latched` shows it pressed; `feedback` 0: no pressed frame, 1: one,
-// 2: a latched label glows. A text other than "-" stands right of it. 1 when it was pressed.
+// Centred on x, y; a width of 0 or below fits the label. `latched` shows it pressed; `feedback` 0: no pressed frame, 1:
+// one, 2: a latched label glows. A text other than "-" stands right of it. 1 when it was pressed.
 int BTN_action(float x, float y, float width, int latched, int feedback, const std::string& label,
                const std::string& text);
 // 1 when it was flipped, by its box or its label.

@@ -1,5 +1,5 @@
-// digits.h: a number with a pair of arrows for each digit, for the mouse, and a hot digit, for the keyboard. Ten units a
-// digit, from x on; y is the base line.
+// digits.h: a number with a pair of arrows for each digit, for the mouse, and a hot digit, for the keyboard. Ten units
+// a digit, from x on; y is the base line.
 // The value is held to min and max and rounded to `decimals` places. 1 in a frame in which it changed.
 #pragma once
 

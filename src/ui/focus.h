@@ -1,7 +1,7 @@
 // focus.h: the keyboard's way to a widget. The ring is built anew in every frame by the widgets that are drawn; the key
 // that comes before the next frame goes to the ring of the last one. A widget's identity is the place where it stands.
-// Tab walks through the ring in reading order. Buttons that share one choice are one stop, at the chosen one; arrows move
-// among them.
+// Tab walks through the ring in reading order. Buttons that share one choice are one stop, at the chosen one; arrows
+// move among them.
 // Queues belong to a widget function, not to an instance: every entry carries the identity that it is meant for, and an
 // instance takes its own at its next draw.
 // Threads: main thread only.

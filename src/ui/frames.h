@@ -1,5 +1,5 @@
-// frames.h: bars and boxes cut from the atlas, the skin of every widget and window. A bar is three pieces, a box nine; the
-// middles repeat. Sizes, cuts and places stand in two tables in frames.cpp.
+// frames.h: bars and boxes cut from the atlas, the skin of every widget and window. A bar is three pieces, a box nine;
+// the middles repeat. Sizes, cuts and places stand in two tables in frames.cpp.
 // Units: canvas units relative to the logical window. A bad type is a fatal alert that draws nothing.
 #pragma once
 

@@ -47,7 +47,8 @@ void keys_class::handle_key_raw(int event_kind, int vkey, int character, bool sh
 
 void keys_class::handle_key(int character, int vkey, int flags) {
     const bool goes_up = (flags & key_goes_up) != 0;
-    // First of all, since the keyboard may have gone to a widget while the key was down, which would keep its command down.
+    // First of all, since the keyboard may have gone to a widget while the key was down, which would keep its command
+    // down.
     if (goes_up) execute_key_cmnd(vkey, flags);
     if (BTN_dispatch_to_focus(character, vkey, flags)) return;
     if (!goes_up) {

@@ -1,5 +1,5 @@
-// keys.h: from a key event to what it does: first the widget that has the keyboard, then the open window, then the table
-// of key bindings. A virtual key is a small number of the program's own, the same on every system and layout.
+// keys.h: from a key event to what it does: first the widget that has the keyboard, then the open window, then the
+// table of key bindings. A virtual key is a small number of the program's own, the same on every system and layout.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// menu.h: menus drawn in the window. The table's last slot is the pop-up list, which its owner fills anew in every frame
-// while it is open. The result waits in select_popup_code until the owner collects it.
+// menu.h: menus drawn in the window. The table's last slot is the pop-up list, which its owner fills anew in every
+// frame while it is open. The result waits in select_popup_code until the owner collects it.
 // Rectangles: left, bottom, right, top, in units of the logical window.
 #pragma once
 

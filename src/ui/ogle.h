@@ -1,8 +1,8 @@
-// ogle.h: a small editor engine for plain text. It knows nothing of the screen or of where the text lies: it keeps the line
-// table, the selection and the caret, and works through callbacks. One caller makes a one-line field of it, another
-// could make a page.
-// Text is bytes, one a character. Positions are byte offsets; geometry is in the caller's units, y up. A CR or an LF ends
-// a line; lines wrap between words at the logical width, and the white space there stays on the line before.
+// ogle.h: a small editor engine for plain text. It knows nothing of the screen or of where the text lies: it keeps the
+// line table, the selection and the caret, and works through callbacks. One caller makes a one-line field of it,
+// another could make a page.
+// Text is bytes, one a character. Positions are byte offsets; geometry is in the caller's units, y up. A CR or an LF
+// ends a line; lines wrap between words at the logical width, and the white space there stays on the line before.
 // Errors: none; selections are always held to the text.
 #pragma once
 
@@ -26,8 +26,8 @@ void OGLE_GetSelection(OGLE_Rec* rec, int* start, int* end);
 void OGLE_RevealSelection(OGLE_Rec* rec);
 void* OGLE_GetRef(OGLE_Rec* rec);
 
-// The engine as a class, for a host that likes to override methods better than to fill a table. Each ...CB is the callback
-// of that name.
+// The engine as a class, for a host that likes to override methods better than to fill a table. Each ...CB is the
+// callback of that name.
 class OGLE {
   public:
     OGLE() : own(OGLE_Create(&to_methods, this), OGLE_Destroy), rec(own.get()) {}

@@ -75,8 +75,8 @@ void OGLE_RepaginateInternal(OGLE_Rec* rec, int from, int to) {
     rec->cbs.GetLogicalBounds(rec, bounds);
     const ogle_text text = ogle_text_of(rec);
     const auto old = rec->line_starts;
-    // A line ends where the first word of the next one no longer fits, so the line before the one that is edited may now
-    // end elsewhere; and an edit right at a line's start may have been the end of that word.
+    // A line ends where the first word of the next one no longer fits, so the line before the one that is edited may
+    // now end elsewhere; and an edit right at a line's start may have been the end of that word.
     const int edited = ogle_line_of(rec, std::max(from - 1, 0));
     rec->line_starts.resize(static_cast<std::size_t>(std::max(edited - 1, 0)) + 1);
     auto same = std::lower_bound(old.begin() + 1, old.end(), to);

@@ -1,5 +1,5 @@
-// ogle_rec.h: what the editor engine keeps, and the callbacks by which it reaches its host's text and screen. ogle.h tells
-// the whole; the line table alone is ogle_layout.h.
+// ogle_rec.h: what the editor engine keeps, and the callbacks by which it reaches its host's text and screen. ogle.h
+// tells the whole; the line table alone is ogle_layout.h.
 // Positions are byte offsets; geometry is in the host's units, y up.
 #pragma once
 

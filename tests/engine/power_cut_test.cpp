@@ -1,5 +1,6 @@
-// The power fails at every moment of an update in turn: what the disk was not told to keep is torn, and the next run must end
-// with the release and ask about nothing. The calls that change the disk are stood in for, so that a moment is one of them.
+// The power fails at every moment of an update in turn: what the disk was not told to keep is torn, and the next run
+// must end with the release and ask about nothing. The calls that change the disk are stood in for, so that a moment is
+// one of them.
 #include <dlfcn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>

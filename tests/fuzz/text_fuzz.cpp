@@ -1,5 +1,5 @@
-// Text as it is laid out and drawn: every byte that is to be seen is drawn, once, in its order. Three bytes of the input
-// choose the width, the characters and the side.
+// Text as it is laid out and drawn: every byte that is to be seen is drawn, once, in its order. Three bytes of the
+// input choose the width, the characters and the side.
 #include <algorithm>
 #include <cmath>
 

@@ -1,4 +1,5 @@
-// Expansion of an archive. Nothing may be written but below the folder it is given, and a failure leaves nothing half made.
+// Expansion of an archive. Nothing may be written but below the folder it is given, and a failure leaves nothing half
+// made.
 #include <minizip/unzip.h>
 #include <sys/resource.h>
 

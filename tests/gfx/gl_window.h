@@ -1,4 +1,5 @@
-// gl_window.h: a window with a live context, set up as at start-up, on a display that belongs to the test process alone:
+// gl_window.h: a window with a live context, set up as at start-up, on a display that belongs to the test process
+// alone:
 // nothing pops up on a developer's desktop, and every machine draws with the same software renderer.
 #pragma once
 
@@ -20,12 +21,12 @@ class picture {
   public:
     picture(int width, int height) : dx(width), dy(height), bytes(static_cast<std::size_t>(width * height) * 3) {}
     rgb at(int x, int y) const;
-    // The largest difference between what stands at `left`, `low` and a part of an image, dx by dy from its `x`, `y`, laid
-    // over black: RGBA, or coverage in white where `channels` is 1.
+    // The largest difference between what stands at `left`, `low` and a part of an image, dx by dy from its `x`, `y`,
+    // laid over black: RGBA, or coverage in white where `channels` is 1.
     int difference_from(const unsigned char* image, int image_dx, int channels, int x, int y, int dx, int dy, int left,
                         int low) const;
-    // The smallest rectangle that holds all pixels of another colour than `back`: left, bottom, right, top; the last two
-    // are left out of it.
+    // The smallest rectangle that holds all pixels of another colour than `back`: left, bottom, right, top; the last
+    // two are left out of it.
     std::vector<int> extent(const rgb& back) const;
 
     int dx, dy;

@@ -1,5 +1,5 @@
-// odd_fs: a disk for the tests that a real one would make wait for years: one without case, one with sectors that cannot
-// be read, one that is full, and one whose power goes. It hands everything through to a folder.
+// odd_fs: a disk for the tests that a real one would make wait for years: one without case, one with sectors that
+// cannot be read, one that is full, and one whose power goes. It hands everything through to a folder.
 //
 //   odd_fs FOLDER MOUNTPOINT [--fold] [--faults=FILE] [--seed=N]
 //

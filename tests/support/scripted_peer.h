@@ -1,5 +1,5 @@
-// scripted_peer.h: an HTTP peer on a free port of 127.0.0.1 that does exactly what a test says, however wrong. For every
-// connection it reads a request up to the blank line and plays a script, again and again.
+// scripted_peer.h: an HTTP peer on a free port of 127.0.0.1 that does exactly what a test says, however wrong. For
+// every connection it reads a request up to the blank line and plays a script, again and again.
 // Nothing is timed: where order matters a script pauses until the test calls go_on.
 // Threads: one for each connection; the destructor breaks off what is under way and joins them all.
 #pragma once

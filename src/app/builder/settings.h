@@ -1,5 +1,5 @@
-// settings.h: what a run of the builder is told: options, and for what they leave open "builder.conf", which lies beside
-// the reference copy, in the folder that holds it.
+// settings.h: what a run of the builder is told: options, and for what they leave open "builder.conf", which lies
+// beside the reference copy, in the folder that holds it.
 // Form of that file: lines of a key, a blank and a value to the end of the line; "#" begins a line of comment. Keys are
 // dst, old, version_number and version_name. A relative path starts from the folder of the file.
 #pragma once

@@ -96,7 +96,8 @@ static void scan_progress(float lo, float value, float hi, scan_phase phase, con
                           const std::string& item) {
     const double share = hi > lo ? (value - lo) / (hi - lo) : 0;
     console_scan_progress(share, scan_phase_words(phase), item);
-    // Reading a catalogue is one long call that has touched nothing yet, so this is a place that can end a run from within.
+    // Reading a catalogue is one long call that has touched nothing yet, so this is a place that can end a run from
+    // within.
     if (!interrupt_requested()) return;
     flow_quit();
     MACIBM_finishup(1);

@@ -6,7 +6,7 @@
 
 static void append_escaped(std::string& out, char32_t code) {
     char escape[8];
-    std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(code));  // none that is escaped is above
+    std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(code));  // no escaped byte is above
     out += escape;
 }
 

@@ -1,6 +1,6 @@
 // The global operators new and delete, on the program's allocator. Linked into the programs themselves and not into a
-// library, so that a test may bring operators of its own; and not with a sanitizer, which has its own and checks by them
-// that each new meets its delete.
+// library, so that a test may bring operators of its own; and not with a sanitizer, which has its own and checks by
+// them that each new meets its delete.
 #include "app/programs/operators.h"
 
 #include <new>

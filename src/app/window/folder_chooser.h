@@ -1,5 +1,5 @@
-// folder_chooser.h: how the user picks a folder in the window: by the desktop's own dialog where it has one, else by a plain
-// chooser of the program's.
+// folder_chooser.h: how the user picks a folder in the window: by the desktop's own dialog where it has one, else by a
+// plain chooser of the program's.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
-// folder_list.h: the folders below one folder, as a list that is used by mouse and keyboard: a row is entered by a click or
-// by Return, arrows and page keys move the marked row, letters go to the next name that begins so, Backspace goes up.
+// folder_list.h: the folders below one folder, as a list that is used by mouse and keyboard: a row is entered by a
+// click or by Return, arrows and page keys move the marked row, letters go to the next name that begins so, Backspace
+// goes up.
 #pragma once
 
 #include <string>

@@ -13,8 +13,8 @@ constexpr int icon_globe_first = 8, icon_globe_last = 23, icon_globe_at_rest = 2
 
 enum : int { tint_white = 0, tint_green = 1, tint_red = 2 };
 
-// One picture of the sheet, its lower left corner at tex_x, tex_y. A live one shows its hover picture under the mouse and
-// its pressed one while the button is held. 1 when it was clicked in this frame, live or not.
+// One picture of the sheet, its lower left corner at tex_x, tex_y. A live one shows its hover picture under the mouse
+// and its pressed one while the button is held. 1 when it was clicked in this frame, live or not.
 int interface_rect(float x, float y, float tex_x, float tex_y, float w, float h, int live, int tint);
 
 int interface_picture(float x, float y, const sprite& picture);  // by its name; for looking at alone

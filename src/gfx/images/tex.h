@@ -47,8 +47,8 @@ int TEX_load_png(const std::string& path, xmap_class& file, TEX_image_desc& desc
 // Level 1 alert "We need 24-bit color." for other depths and for compressed files.
 int TEX_load_bmp(const std::string& path, xmap_class& file, TEX_image_desc& desc, int format,
                  std::vector<unsigned char>& pixels);
-// The pixels stay in the file's map: `data` points into it. Rows are top first; TEX_flip_y turns a copy. `mipmaps` is
-// the number of levels, 0 where the file does not go down to 1 by 1. Never an alert.
+// The pixels stay among the file's bytes: `data` points there. Rows are top first; TEX_flip_y turns a copy. `mipmaps`
+// is the number of levels, 0 where the file does not go down to 1 by 1. Never an alert.
 int TEX_load_dds(const std::string& path, xmap_class& file, TEX_image_desc& desc, const unsigned char** data);
 
 // A PNG in memory, of that size and no other: RGBA with 4 `channels`, with 1 the brightness alone. 0 if it is none.

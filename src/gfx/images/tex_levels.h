@@ -40,7 +40,7 @@ std::vector<tex_level> tex_levels(const TEX_image_desc& desc);
 
 void tex_flip_blocks(int format, const tex_level& level, unsigned char* blocks);
 
-// The decoders proper, of a file that is mapped already; `path` is for their alerts.
+// The decoders proper, of a file that has been read already; `path` is for their alerts.
 int tex_png_from_map(const std::string& path, const xmap_class& file, TEX_image_desc& desc, int format,
                      std::vector<unsigned char>& pixels);
 int tex_bmp_from_map(const std::string& path, const xmap_class& file, TEX_image_desc& desc, int format,
