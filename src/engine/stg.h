@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "engine/destination.h"
 #include "runtime/product.h"
 
 enum : int { dir_fetching = 0, dir_unread = 1, dir_failed = 2, dir_ready = 3 };
@@ -30,7 +31,6 @@ struct stg_t {
 };
 extern stg_t stg;
 
-extern std::string dest_dir_path;                   // the folder that is installed to (destination.h)
 extern std::string temp_path;                       // private to the run
 extern std::string dvd_path;                        // root of a disc source; empty here
 extern std::string crnt_file_name, crnt_file_path;  // for the status lines
