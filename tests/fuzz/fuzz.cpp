@@ -43,20 +43,3 @@ memory_file::memory_file(std::string_view bytes) : fd(memfd_create("input", MFD_
 memory_file::~memory_file() {
     close(fd);
 }
-
-std::string memory_file::read() const {
-    std::string bytes(static_cast<std::size_t>(lseek(fd, 0, SEEK_END)), '\0');
-    must(pread(fd, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()),
-         "a file in memory can be read");
-    return bytes;
-}
-
-choices::choices(std::string_view seed) {
-    for (const char c : seed)
-        state = (state ^ static_cast<unsigned char>(c)) * 1099511628211u;
-}
-
-std::uint32_t choices::below(std::uint32_t top) {
-    state = state * 6364136223846793005u + 1442695040888963407u;
-    return static_cast<std::uint32_t>(state >> 33) % top;
-}

@@ -30,19 +30,8 @@ class memory_file {
     memory_file(const memory_file&) = delete;
     memory_file& operator=(const memory_file&) = delete;
     const std::string& path() const { return name; }
-    std::string read() const;
 
   private:
     int fd;
     std::string name;
-};
-
-// Small numbers drawn from the input itself, for choices that are no part of it.
-class choices {
-  public:
-    explicit choices(std::string_view seed);
-    std::uint32_t below(std::uint32_t top);
-
-  private:
-    std::uint64_t state = 14695981039346656037u;
 };

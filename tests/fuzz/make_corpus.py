@@ -10,6 +10,7 @@ import os
 import shutil
 import struct
 import sys
+import unittest.mock
 import zipfile
 import zlib
 
@@ -36,19 +37,10 @@ def link(name, target):
     return name, target.encode(), 0xA1ED0000, zipfile.ZIP_STORED
 
 
-def marked_as_large(data):
+def large(*entries):
     """The sizes in both headers are marks, and stand in an extra field: the form of an entry of 4 GB and more."""
-    at = data.index(b"PK\1\2")
-    packed, size, name_length = *struct.unpack_from("<II", data, at + 20), struct.unpack_from("<H", data, at + 28)[0]
-    extra = struct.pack("<HHQQ", 1, 16, size, packed)
-    head = bytearray(data[at:at + 46 + name_length])
-    struct.pack_into("<II", head, 20, 0xFFFFFFFF, 0xFFFFFFFF)
-    struct.pack_into("<H", head, 30, len(extra))
-    end = bytearray(data[data.index(b"PK\5\6"):])
-    struct.pack_into("<I", end, 12, len(head) + len(extra))
-    local = bytearray(data[:at])
-    struct.pack_into("<II", local, 18, 0xFFFFFFFF, 0xFFFFFFFF)
-    return bytes(local + head) + extra + bytes(end)
+    with unittest.mock.patch("zipfile.ZIP64_LIMIT", 1):
+        return archive(*entries)
 
 
 def zips():
@@ -68,8 +60,8 @@ def zips():
         "fork": archive(plain("Heron.acf"), plain("__MACOSX/._Heron.acf", fork)),
         "no-fork": archive(plain("__MACOSX/._Heron.acf")),
         "packs-well": archive(plain("zeros", bytes(300_000))),
-        "large": marked_as_large(file),
-        "large-stored": marked_as_large(archive(plain("a file.txt", method=zipfile.ZIP_STORED))),
+        "large": large(plain("Heron.acf")),
+        "large-stored": large(plain("a file.txt", method=zipfile.ZIP_STORED)),
         "cut-short": file[:-30],
         "wrong-sum": file.replace(struct.pack("<I", zlib.crc32(b"some text, some more text, some text")), b"\1\2\3\4"),
     }
@@ -135,6 +127,8 @@ def answers():
 
 
 MADE = {
+    "server_list": lambda: {"many": b"I\n820 version\nSERVERS\nBETA x\n" +
+                            b"".join(b"SERVER h%d:1\n/\n|m\n" % n for n in range(1, 13))},
     "zip": zips, "png": pngs, "bmp": bmps, "dds": ddss, "http": answers,
     "scanner": lambda: {"other-line-ends": b"hlxst\nA\r820 version\rSERVERS\r\rSERVER host\r",
                         "numbers": b"bpqrs\ni" + struct.pack("<I", 900) + b"rest of the data",
