@@ -5,25 +5,15 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <functional>
 #include <initializer_list>
 
 #include "platform/folders.h"
+#include "support/child.h"
 #include "support/scratch.h"
-
-// Signals and terminals are for a process of their own. What `act` returns is its exit status.
-static int in_child(const std::function<int()>& act) {
-    const pid_t child = fork();
-    if (child == 0) _exit(act());
-    int status = -1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 static bool readable(int fd, int timeout_ms) {
     pollfd waiting{fd, POLLIN, 0};
@@ -50,7 +40,6 @@ TEST(Interrupt, only_a_second_ctrl_c_ends_the_process_and_an_ignored_hang_up_sta
     EXPECT_EQ(in_child([] { return raise_each({SIGINT, SIGTERM, SIGHUP}), interrupt_requested(); }), SIGINT);
     signal(SIGHUP, SIG_IGN);  // as for a run that is to outlive its terminal
     EXPECT_EQ(in_child([] { return raise_each({SIGHUP}), interrupt_requested(); }), 0);
-    signal(SIGHUP, SIG_DFL);
 }
 
 // Makes a new terminal the standard input of this process. Returns its far end, where a person types.

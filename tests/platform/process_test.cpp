@@ -10,17 +10,13 @@
 #include <cstdlib>
 
 #include "platform/machine.h"
+#include "support/child.h"
 #include "support/scratch.h"
 
-// A named pipe by which a detached child reports: reading waits for it, however slow it is.
-class Children : public testing::Test {
-  protected:
-    void SetUp() override { ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); }
-    scratch folder;
-    const std::string pipe = folder / "report";
-};
-
-TEST_F(Children, get_their_words_untouched_a_quiet_output_and_SIGPIPE_and_leave_no_zombie) {
+TEST(Children, get_their_words_untouched_a_quiet_output_and_SIGPIPE_and_leave_no_zombie) {
+    const scratch folder;
+    const std::string pipe = folder / "report";  // reading waits for a detached child, however slow it is
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     ignore_sigpipe();
     const std::string script =
         "#!/bin/sh\nsh -c 'kill -PIPE $$'; state=$?\n"
@@ -39,22 +35,19 @@ TEST_F(Children, get_their_words_untouched_a_quiet_output_and_SIGPIPE_and_leave_
 }
 
 TEST(Descriptors, closed_standard_ones_are_filled_and_open_ones_kept) {
-    scratch folder;
+    const scratch folder;
     const std::string kept = folder.write("kept", "text");
-    const pid_t child = fork();
-    if (child == 0) {
-        for (int fd = 0; fd <= 2; ++fd)
-            close(fd);
-        const int in = open(kept.c_str(), O_RDONLY);
-        open_standard_descriptors();
-        char text[4];
-        const bool untouched = in == 0 && read(0, text, 4) == 4 && text[0] == 't';
-        const bool filled = write(1, "x", 1) == 1 && write(2, "x", 1) == 1;
-        _exit(untouched && filled && open("/", O_RDONLY) > 2 ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(in_child([&] {
+                  for (int fd = 0; fd <= 2; ++fd)
+                      close(fd);
+                  const int in = open(kept.c_str(), O_RDONLY);
+                  open_standard_descriptors();
+                  char text[4];
+                  const bool untouched = in == 0 && read(0, text, 4) == 4 && text[0] == 't';
+                  const bool filled = write(1, "x", 1) == 1 && write(2, "x", 1) == 1;
+                  return untouched && filled && open("/", O_RDONLY) > 2;
+              }),
+              1);
 }
 
 TEST(Machine, kernel_releases_of_any_shape_give_three_parts) {
