@@ -14,6 +14,7 @@
 #include "files/io_utils.h"
 #include "files/zip_io.h"
 #include "net/http.h"
+#include "net/parts.h"
 #include "net/server_list.h"
 #include "platform/folders.h"
 #include "platform/paths.h"
@@ -34,6 +35,7 @@ struct grab_t {
     struct {
         std::string path;
         int server = 0;
+        std::string zip;  // where it is written
     } asked_for[stream_max];
     float install = 0;                         // start_time of the install that `refused` is of
     std::map<std::string, refused_t> refused;  // by the row's path
@@ -93,6 +95,14 @@ void ask_again(int stream, int server) {
     next.stream_fresh[stream] = 0;
 }
 
+// The temporary folder, or for what takes long the place of its part; not for two streams at once.
+std::string place_for_zip(int stream, const file_version_struct& row) {
+    const std::string part = part_path(row.sig_want, static_cast<std::int64_t>(row.zip_size) * 1000);
+    const bool in_use = std::any_of(std::begin(http.slots), std::end(http.slots),
+                                    [&](const down_ptr& other) { return other && other->request.local == part; });
+    return part.empty() || in_use ? temp_path + temp_stream_zip(stream) : part;
+}
+
 // One look at the stream's transfer. True once its file is finished, well or not.
 bool fetch_over_net(int stream, std::size_t file) {
     const file_version_struct& row = current_row(file);
@@ -105,10 +115,11 @@ bool fetch_over_net(int stream, std::size_t file) {
         if (liars != grab.refused.end() && (liars->second.servers >> stg.server_sel & 1))
             stg.server_sel = pick_other_server(stg.server_cnt, liars->second.servers);
         const http_request* announced = http.announced(row.path);
-        asked = {row.path, announced ? announced->mark : stg.server_sel};
+        asked = {row.path, announced ? announced->mark : stg.server_sel, place_for_zip(stream, row)};
     }
     http_request request = request_for(row, asked.server);
-    const std::string zip = request.local = temp_path + temp_stream_zip(stream);
+    const std::string zip = request.local = asked.zip;
+    request.outlasts = !zip.starts_with(temp_path);
     const int outcome = http.net_check(stream_slot(stream), request);
     if (outcome == net_running) {
         stg.file_rat = stream_arrived_share(stream);
@@ -221,6 +232,7 @@ int grab_files() {
     if (streams_have_work() || !placed) return 0;
     // The end.
     next.all_done = 1;
+    sweep_parts(true);
     sweep_folders();
     if (this_install_has_exes && stg.rename_folder) rename_destination();
     destination_folder()->sync_volume();  // "complete" is said of what no power cut undoes

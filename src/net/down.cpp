@@ -1,5 +1,7 @@
 #include "net/down.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 
@@ -88,6 +90,12 @@ void down_class::go_on_from(down_class& broken) {
     broken.start_over();
 }
 
+void down_class::go_on_from_file() {
+    struct stat there;
+    if (::stat((app_path + request.local).c_str(), &there) != 0 || !S_ISREG(there.st_mode)) return;
+    if (!is_too_long(there.st_size)) received = there.st_size;
+}
+
 std::string down_class::request_text(const route_t& route, bool keeps) {
     const bool whole_address = route.by_proxy && !route.tunnels();
     std::string text = "GET " + (whole_address ? "http://" + server.authority() : "") + target + " HTTP/1.1\r\n";
@@ -132,6 +140,7 @@ bool down_class::begin_answer(const answer_head& head) {
         etag_server = server.origin();
     } else if (status == 416 && asked_from > 0 && head.range_total == received) {
         content_len = received;  // all was here already
+        was_resumed = true;
     } else if (asked_from > 0 && (status == 206 || status == 416)) {
         used_for = use::from_the_start;
     } else if (status >= 301 && status <= 308 && status != 304 && !head.location.empty()) {

@@ -29,6 +29,7 @@ struct http_request {
     bool fresh = false;             // nothing that is kept on the way may answer
     bool in_memory = false;         // the body is taken from the pool, and the file is not written
     int mark = 0;                   // the caller's own
+    bool outlasts = false;          // what lies at `local` from an earlier run is gone on with
 };
 
 // A larger body goes to its file as it comes; a smaller one is held in memory until it is whole.
@@ -68,6 +69,8 @@ class down_class {
     bool deliver();
     // Takes over what a transfer of the same file had got before it broke off.
     void go_on_from(down_class& broken);
+    // Goes on with what lies at the local path, whoever left it.
+    void go_on_from_file();
     // What has come is no good, or belongs to another file: from the first byte.
     void start_over();
 

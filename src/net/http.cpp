@@ -76,6 +76,8 @@ bool http_class::start(int slot, const http_request& request) {
     if (const auto part = broken_off.find(request.name); part != broken_off.end()) {
         slots[slot]->go_on_from(*part->second);
         broken_off.erase(part);
+    } else if (request.outlasts) {
+        slots[slot]->go_on_from_file();
     }
     return true;
 }

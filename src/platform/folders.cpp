@@ -75,6 +75,10 @@ std::string state_folder() {
     return own_folder_below(xdg_base("XDG_STATE_HOME", ".local/state/"));
 }
 
+std::string cache_folder() {
+    return own_folder_below(xdg_base("XDG_CACHE_HOME", ".cache/"));
+}
+
 std::string executable_path() {
     std::string path(256, '\0');
     for (;;) {

@@ -24,6 +24,9 @@ std::string home_folder();
 // "velaris/" below XDG_STATE_HOME or ~/.local/state/, made if missing; empty when it cannot be made.
 std::string state_folder();
 
+// "velaris/" below XDG_CACHE_HOME or ~/.cache/, made if missing; empty when it cannot be made.
+std::string cache_folder();
+
 // Path of the running executable; empty when the kernel does not tell.
 std::string executable_path();
 

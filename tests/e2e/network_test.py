@@ -170,6 +170,41 @@ class NetworkTest(installer.Scene):
         self.install("--give_up=3", status=4)
         self.assertLess(len(server.asked), 60)
 
+    def test_large_file_goes_on_in_the_next_run(self):
+        tree = release.landmarks().add("All/Resources/scenery/big.dat", release.noise(12_000_000, "big"))
+        publisher, (new,) = installer.publish(self, tree)
+        web = installer.nginx_for(self, publisher, new)
+        self.host = web.address
+        parts = os.path.join(self.desk.home, ".cache", "velaris")
+        os.makedirs(parts)
+        old, strange = (os.path.join(parts, name) for name in ("0" * 32 + ".part", "mine.txt"))
+        for path in (old, strange):
+            with open(path, "w", encoding="ascii") as text:
+                text.write("left here")
+            os.utime(path, (0, 0))
+        for left in (3_000_000, 7_000_000):
+            run = self.start("--agree", "--limit_rate=4M", "--pref:_rename_folder=0")
+
+            def come():
+                return max((os.path.getsize(os.path.join(parts, name)) for name in os.listdir(parts)), default=0)
+            self.assertTrue(installer.wait_until(lambda: come() > left, 20))
+            run.kill()
+            self.finish(run)
+            self.assertFalse(os.path.exists(old), "a month has passed")
+        broken = come()
+        outcome = self.install("--json", "--pref:_rename_folder=0")
+        self.assert_installed(new.tree.installed())
+        self.assertEqual([status for status, path in web.requests() if path.endswith("big.dat.zip")].count(206), 2)
+        self.assertGreater(broken, 7_000_000, outcome)
+        self.assertEqual(os.listdir(parts), ["mine.txt"], "a complete install leaves no parts")
+        # What lies there is believed as little as what comes: another file's bytes are fetched once more from the start.
+        self.dest += " again"
+        signature = next(line.split(" ")[6] for line in new.catalogue().decode().splitlines() if line.endswith("big.dat"))
+        with open(os.path.join(parts, signature + ".part"), "wb") as part:
+            part.write(release.noise(5_000_000, "other"))
+        self.install("--pref:_rename_folder=0")
+        self.assert_installed(new.tree.installed())
+
     def test_rate_is_kept_without_bursts(self):
         limit = 400_000
         meter = installer.keep_up(self, servers.Meter(self.good.port))
