@@ -1,10 +1,17 @@
-"""Disks that are seldom to be had: without access, without room, with sectors that cannot be read, or without case."""
+"""Disks that are seldom to be had: without access, without room, with sectors that cannot be read, without case, and
+one whose power goes.
+
+VELARIS_CUTS sets how often the power goes, VELARIS_SEED when, and what is lost with it.
+"""
 import ctypes
 import errno
 import os
+import random
 import shutil
+import signal
 import subprocess
 import sys
+import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
 import folders
@@ -12,6 +19,8 @@ import installer
 import release
 import servers
 
+SEED = int(os.environ.get("VELARIS_SEED", "122"))
+CUTS = int(os.environ.get("VELARIS_CUTS", "50"))
 HERON, COCKPIT = "Aircraft/Heron/Heron.acf", "Aircraft/Heron/cockpit.txt"
 NO_ACCESS = "I am unable to install or update Velaris. An error occurred while creating new folders."
 CANNOT_EXTRACT = "The installer cannot extract a file."
@@ -162,6 +171,41 @@ class DiskTest(installer.Scene):
         outcome = self.update()
         self.assertIn("Your copy of Velaris is already the latest version.", outcome.out)
         self.assertEqual(len(self.server.asked), asked + 2)
+
+    def test_power_cut_at_any_moment_leaves_nothing_that_passes_for_the_users(self):
+        if installer.SANITIZED:
+            self.skipTest("a sanitizer wants to be the first of what is preloaded")
+        self.lay_out()
+        self.unmount(self.odd_fs)
+        dice, velaris = random.Random(SEED), os.path.join(self.below, "Velaris")
+        pristine = shutil.move(velaris, os.path.join(self.folder, "pristine"))
+        preload = {"LD_PRELOAD": os.path.join(os.path.dirname(ODD_FS), "libsync_preload.so")}
+        enough, lost = 0, 0
+        for number in range(CUTS):
+            seed, later = dice.randrange(10 ** 6), dice.uniform(0, 0.03)
+            with self.subTest(cut=number, after=enough, later=later, seed=seed):
+                shutil.rmtree(velaris, ignore_errors=True)
+                shutil.copytree(pristine, velaris, symlinks=True)
+                self.mount(f"--seed={seed}")
+                asked = len(self.server.asked)
+                run = self.start("--agree", "--pref:_rename_folder=0", **preload)
+                installer.wait_until(lambda: len(self.server.asked) - asked >= enough or run.poll() is not None)
+                time.sleep(later)                       # so that it is hit between two requests as well
+                run.send_signal(signal.SIGKILL)
+                complete = self.finish(run).status == 0
+                self.odd_fs.send_signal(signal.SIGUSR1)
+                self.assertEqual(self.odd_fs.wait(30), 0)
+                # In turn from the first request to beyond the last.
+                enough = 0 if complete else enough + dice.randrange(1, 4)
+                wrong = folders.differences(folders.expected(self.new.tree.installed()), folders.snapshot(velaris))
+                if complete:
+                    self.assertEqual(wrong, [], "complete was said of what was not yet on the disk")
+                lost += bool(wrong)
+                self.mount()
+                self.update("--quiet", **preload)
+                self.assert_installed(self.new.tree.installed())
+                self.unmount(self.odd_fs)
+        self.assertGreater(lost, CUTS // 2, "the cuts came too late")
 
 
 def drop_powers():
