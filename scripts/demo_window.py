@@ -233,7 +233,8 @@ class Pictures:
         with open(os.path.join(destination, place[1], place[2]), "wb") as large:
             large.truncate(6 << 30)
         with self.open(destination=destination) as window:
-            self.keep("scanning", window, lambda: window.screen() == "scan")
+            self.keep("scanning", window,
+                      lambda: window.screen() == "scan" and window.has_colour((330, 348, 340, 352), BAR))
 
     def start_install(self, window):
         if not desktop.until(window.install_is_live) or not window.install_and_agree():

@@ -32,11 +32,17 @@ std::size_t break_of(const std::string& label) {
     return best;
 }
 
-// Base and mark, as centres in the atlas.
-struct mark_cells {
-    float base_x, base_y, mark_x, mark_y;
-};
-constexpr mark_cells box_cells = {148, 187, 148, 206}, radio_cells = {92, 132, 92, 151};
+// A box with a tick or a disc with a dot, in 14 units around x, y + 3.
+void draw_mark(float x, float y, bool on, bool round, bool hovered) {
+    const box_place face = {x - 7, y - 4, x + 7, y + 10};
+    const float radius = round ? 7.0f : 3.0f, line = 1.25f;
+    fill_rounded(face, radius, on || hovered ? tone_blue : tone_stroke, 1);
+    if (!on) return fill_rounded(grown(face, -line), radius - line, tone_white, 1);
+    if (hovered) fill_rounded(grown(face, -line), radius - line, tone_blue_hover, 1);
+    if (round) return fill_rounded({x - 2.7f, y + 0.3f, x + 2.7f, y + 5.7f}, 2.7f, tone_white, 1);
+    stroke(x - 3.8f, y + 3.2f, x - 1.1f, y + 0.4f, 1.9f, tone_white, 1);
+    stroke(x - 1.6f, y + 0.5f, x + 3.7f, y + 6.2f, 1.9f, tone_white, 1);
+}
 
 template <class T>
 int flip(float x, float y, T* value, const std::string& label) {
@@ -175,7 +181,6 @@ namespace {
 int toggle(float x, float y, int* value, const std::string& label, int radio, const void* choice) {
     static key_slots slots;
     const label_parts parts = expand_label(label);
-    const mark_cells& cells = radio ? radio_cells : box_cells;
     const int id = widget_id(x, y);
     const int presses = slots.join_as_button(id, {x - 7, y - 4, x + 7, y + 10}, false);
     if (choice) BTN_focus_choice(id, choice, *value != 0);
@@ -185,8 +190,7 @@ int toggle(float x, float y, int* value, const std::string& label, int radio, co
     const auto pressed = [&](const box_place& box, const std::string& words) {
         return !words.empty() && within(box, pressed_in);
     };
-    BTN_util_element(x, y + 3, cells.base_x, cells.base_y, 9, 9, 0);
-    if (*value) BTN_util_element(x, y + 3, cells.mark_x, cells.mark_y, 9, 9, 0);
+    draw_mark(x, y, *value != 0, radio != 0, mnw.menu_open == -1 && mouse_in(x - 8, y - 4, x + 8, y + 12));
     draw_side_labels(x - 12, x + 12, y, parts);
     help_in(x - 8, y - 4, x + 8, y + 12, parts.help);
     if (!parts.left.empty()) help_in(left.left, left.bottom, left.right, left.top, parts.help);

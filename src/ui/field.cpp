@@ -265,6 +265,8 @@ int BTN_enterstring(float x, float y, std::string* text, int max_chars, const st
     const label_parts parts = expand_label(label);
     help_in(x, y, x + width, y + 8, parts.help);
     BTN_frame1(bar_field, x + width / 2 - 2, y + 3, width + 10, 0);
+    if (mnw.menu_open == -1 && mouse_in(x, y, x + width, y + 8))
+        line_rounded({x - 5, y - 6, x + width + 1, y + 12}, 4, 1, tone_blue, 1);
     draw_side_labels(x - 12, x + width + 6, y, parts);
     OGL_scissors(x - 1, y - 3, width + 2, field_line);
     if (focused)

@@ -106,3 +106,26 @@ void line_rounded(const box_place& box, float radius, float width, unsigned rgb,
     strip(rings[1], alpha, rings[2], alpha, rgb);
     strip(rings[2], alpha, rings[3], 0, rgb);
 }
+
+void stroke(float x1, float y1, float x2, float y2, float width, unsigned rgb, float alpha) {
+    const float length = std::hypot(x2 - x1, y2 - y1);
+    if (length == 0) return;
+    const float left_x = (y1 - y2) / length, left_y = (x2 - x1) / length;  // one unit to the left of the way
+    const float inside = width / 2 - feather(), outside = width / 2 + feather();
+    const struct {
+        float right, right_alpha, left, left_alpha;  // how far from the middle, to the left
+    } bands[] = {{-outside, 0, -inside, alpha}, {-inside, alpha, inside, alpha}, {inside, alpha, outside, 0}};
+    flat_state();
+    glBegin(GL_QUADS);
+    for (const auto& band : bands) {
+        const auto put = [&](float x, float y, float off, float seen) {
+            set_colour(rgb, seen);
+            glVertex2f(mnw.wind_x + x + off * left_x, mnw.wind_y + y + off * left_y);
+        };
+        put(x1, y1, band.right, band.right_alpha);
+        put(x1, y1, band.left, band.left_alpha);
+        put(x2, y2, band.left, band.left_alpha);
+        put(x2, y2, band.right, band.right_alpha);
+    }
+    glEnd();
+}

@@ -39,5 +39,6 @@ constexpr float dim_alpha = 0.68f;
 void fill_rounded(const box_place& box, float radius, unsigned rgb, float alpha);
 // A line of `width` whose outer edge is the box.
 void line_rounded(const box_place& box, float radius, float width, unsigned rgb, float alpha);
+void stroke(float x1, float y1, float x2, float y2, float width, unsigned rgb, float alpha);
 // The colour slot of what has a colour of its own, set to this one until it is asked for again.
 int colour_of(unsigned rgb);

@@ -134,6 +134,7 @@ TEST_F(Field, TheCaretStaysInSightAndTheTextInTheBox) {
     take_palette_from_atlas();
     const auto look = [&] {
         window.clear();
+        mnw.mouse_x = -100;
         frame();
         return window.grab();
     };

@@ -40,12 +40,9 @@ static void draw_folder(float x, float y, unsigned ink) {
 
 // An arrow to the upper right, 6 by 6.
 static void draw_arrow(float x, float y, unsigned ink) {
-    fill_rounded({x + 1.5f, y + 4.8f, x + 6, y + 6}, 0, ink, 1);
-    fill_rounded({x + 4.8f, y, x + 6, y + 4.8f}, 0, ink, 1);
-    for (int i = 0; i < 10; ++i) {
-        const float at = 0.5f * static_cast<float>(i);
-        fill_rounded({x + at, y + at, x + at + 1.2f, y + at + 1.2f}, 0, ink, 1);
-    }
+    stroke(x + 0.4f, y + 0.4f, x + 5.4f, y + 5.4f, 1.3f, ink, 1);
+    stroke(x + 1.6f, y + 5.4f, x + 6, y + 5.4f, 1.3f, ink, 1);
+    stroke(x + 5.4f, y + 6, x + 5.4f, y + 1.6f, 1.3f, ink, 1);
 }
 
 int interface_button(const face_button& button, button_role role, bool link) {
