@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "display/virtual_keys.h"
 #include "files/io_utils.h"
@@ -53,9 +54,9 @@ void folder_list::show_hidden(bool show) {
     read_names(marked < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(marked)] : "");
 }
 
-void folder_list::read_names(std::string marked_name) {
+void folder_list::read_names(const std::string& marked_name) {
     namespace fs = std::filesystem;
-    names.clear();
+    const std::vector<std::string> before = std::exchange(names, {});  // `marked_name` may be one of them
     std::error_code error;
     for (fs::directory_iterator item(path_now, fs::directory_options::skip_permission_denied, error), end;
          !error && item != end; item.increment(error)) {

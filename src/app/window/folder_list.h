@@ -18,7 +18,7 @@ class folder_list {
     const std::string& folder() const { return path_now; }
 
   private:
-    void read_names(std::string marked_name);  // its row is marked, or the first one
+    void read_names(const std::string& marked_name);  // its row is marked, or the first one
     bool enter(std::size_t row);
     bool use_key(int character, int vkey);
     bool go_to(const std::string& prefix);
