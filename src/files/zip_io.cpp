@@ -27,9 +27,6 @@
 #include "runtime/oops.h"
 #include "runtime/product.h"
 
-// Hidden, so that no listing of ours shows one that a kill left behind; the next expansion into its folder removes it.
-const char* const zip_part_name = temp_part;
-
 namespace {
 
 constexpr std::size_t block_size = 256u << 10;
@@ -107,7 +104,7 @@ class content_test {
 class part_file {
   public:
     part_file(const beneath_folder& below, const std::string& target)
-        : root(below), part(std::string(folder_of(target)) + zip_part_name) {
+        : root(below), part(std::string(folder_of(target)) + temp_part) {
         // With every right, to see which of them the user's mask leaves. What a killed run left there goes.
         int made = root.make_file(part, 0777, fd);
         if (made == EEXIST && root.remove_file(part) == 0) made = root.make_file(part, 0777, fd);
@@ -206,7 +203,7 @@ int unzip_symlink(const expansion& from, const std::string& target, const unz_fi
     if (!err) err = test.result();
     if (err) return err;
 
-    const std::string part = std::string(folder_of(target)) + zip_part_name;
+    const std::string part = std::string(folder_of(target)) + temp_part;
     from.root.remove_file(part);
     err = from.root.make_link(text, part);
     if (!err) err = from.root.rename(part, target);
@@ -219,7 +216,7 @@ int unzip_symlink(const expansion& from, const std::string& target, const unz_fi
 bool is_safe_name(const std::string& name, std::size_t size) {
     if (name.empty() || name.size() != size) return false;
     const std::string_view path = without_slash(name);
-    return path_stays_below(path) && last_part(path) != zip_part_name;
+    return path_stays_below(path) && last_part(path) != temp_part;
 }
 
 // An archive could lay a link first and then write through it, to where nobody looks for its files.

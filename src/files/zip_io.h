@@ -38,9 +38,6 @@ bool is_bad_archive(int result);
 // The archive at `path` goes to its end, as one that was not received whole does not.
 bool is_whole_archive(const std::string& path);
 
-// Where a kill in the middle of an expansion leaves a file: in the folder that was expanded into, under this name.
-extern const char* const zip_part_name;
-
 // `out_dir` ends in "/". With `use_name` non-zero the entry is written as *name; with `name` not null the first entry's
 // name is stored there in every case.
 int zip_to_file(const std::string& zip, const std::string& out_dir, std::string* name, int use_name);

@@ -37,8 +37,10 @@ constexpr char temp_signature[] = "directory.txt.zip.minisig";
 constexpr char temp_marker[] = ".velaris.temp";      // of ours; without it a folder that was left is not touched
 constexpr char own_prefix[] = ".velaris.";           // every name below is ours in the destination; no release has one
 constexpr char emptied_note[] = ".velaris.emptied";  // paths that a run deleted, until it has swept their folders
-constexpr char temp_part[] = ".velaris.part";  // a file that is being expanded, here and in the destination's folders
-constexpr int temp_streams = 4;                // files that travel at once
+// A file that is being expanded, here and in the destination's folders. Hidden, so that no listing of ours shows one
+// that a kill left behind; the next install removes it.
+constexpr char temp_part[] = ".velaris.part";
+constexpr int temp_streams = 4;  // files that travel at once
 // What TMPDIR names, if that could not be used and the system's own temporary folder was taken instead; else empty.
 std::string temp_folder_refused();
 std::string temp_stream_zip(int stream);  // "0.zip" to "3.zip"

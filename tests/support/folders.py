@@ -1,4 +1,5 @@
 """Compares an installed folder with what it must hold."""
+import contextlib
 import hashlib
 import os
 import stat
@@ -7,22 +8,25 @@ import release
 
 
 def snapshot(folder):
-    """Everything below `folder`: path -> (kind, what, mode, time). Folders end in "/". A missing folder is empty."""
+    """Everything below `folder`: path -> (kind, what, mode, time). Folders end in "/". A missing folder is empty.
+
+    What goes while it is looked at, as under a run at work, is not there."""
     found = {}
     for here, folders, files in os.walk(folder):
         base = os.path.relpath(here, folder)
         prefix = "" if base == "." else base + "/"
         for name in folders + files:
-            full = os.path.join(here, name)
-            facts = os.lstat(full)
-            if stat.S_ISLNK(facts.st_mode):
-                found[prefix + name] = ("link", os.readlink(full), 0, 0)
-            elif stat.S_ISDIR(facts.st_mode):
-                found[prefix + name + "/"] = ("folder", "", 0, 0)
-            else:
-                with open(full, "rb") as data:
-                    digest = hashlib.md5(data.read()).hexdigest()
-                found[prefix + name] = ("file", digest, stat.S_IMODE(facts.st_mode), int(facts.st_mtime))
+            with contextlib.suppress(FileNotFoundError):
+                full = os.path.join(here, name)
+                facts = os.lstat(full)
+                if stat.S_ISLNK(facts.st_mode):
+                    found[prefix + name] = ("link", os.readlink(full), 0, 0)
+                elif stat.S_ISDIR(facts.st_mode):
+                    found[prefix + name + "/"] = ("folder", "", 0, 0)
+                else:
+                    with open(full, "rb") as data:
+                        digest = hashlib.md5(data.read()).hexdigest()
+                    found[prefix + name] = ("file", digest, stat.S_IMODE(facts.st_mode), int(facts.st_mtime))
     return found
 
 
