@@ -129,7 +129,7 @@ bool fetch_over_net(int stream, std::size_t file) {
     if (outcome == net_failed) {
         end_if_temp_is_full(http.last_disk_failure());
         stream_retries(stream);
-        ask_again(stream, pick_server_biased(stg.server_cnt));
+        ask_again(stream, leave_server(stg.server_cnt, asked.server));
         return false;
     }
     // Here it is, unless it was for a file of an install that ended.
@@ -140,6 +140,7 @@ bool fetch_over_net(int stream, std::size_t file) {
         if (http.reject(stream_slot(stream), error_str(result))) return false;
         refused_t& so_far = grab.refused[row.path];
         so_far.servers |= 1u << asked.server;
+        leave_server(stg.server_cnt, asked.server);
         if (++so_far.count < most_bad_archives) {
             ask_again(stream, pick_other_server(stg.server_cnt, so_far.servers));
             return false;

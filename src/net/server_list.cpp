@@ -9,6 +9,7 @@
 #include "net/server_address.h"
 #include "runtime/log.h"
 #include "runtime/startup.h"
+#include "runtime/xtim.h"
 
 static const int list_versions[] = {820, 0};
 
@@ -32,6 +33,7 @@ int read_server_list(const std::string& path) {
     xmap_class list(path);
     if (!list.mem_start || list.check_file(file_text, list_versions, "SERVERS", nullptr) == 0) return -1;
     int count = 0;
+    std::fill(std::begin(server_list.left_at), std::end(server_list.left_at), 0.0f);
     while (!list.at_end()) {
         if (is_white(*list.mem_ptr))
             ++list.mem_ptr;
@@ -57,10 +59,24 @@ int pick_server_plain(int count) {
     return count < 2 ? 0 : std::rand() % count;
 }
 
+static bool was_left(int server) {
+    constexpr float seconds = 300;
+    const float at = server_list.left_at[server];
+    return at > 0 && xtim.real_time < at + seconds;
+}
+
 int pick_other_server(int count, unsigned not_these) {
-    std::vector<int> others;
-    for (int server = 0; server < count; ++server)
-        if (!(not_these >> server & 1)) others.push_back(server);
-    if (others.empty()) return pick_server_biased(count);
-    return others[static_cast<std::size_t>(pick_server_biased(static_cast<int>(others.size())))];
+    for (const bool any : {false, true}) {
+        std::vector<int> others;
+        for (int server = 0; server < count; ++server)
+            if (!(not_these >> server & 1) && (any || !was_left(server))) others.push_back(server);
+        if (!others.empty())
+            return others[static_cast<std::size_t>(pick_server_biased(static_cast<int>(others.size())))];
+    }
+    return pick_server_biased(count);
+}
+
+int leave_server(int count, int server) {
+    server_list.left_at[server] = std::max(xtim.real_time, 0.001f);  // 0 is the sign of none
+    return pick_other_server(count, 0);
 }

@@ -16,6 +16,7 @@ struct server_list_t {
     std::string server_name[16];                 // host, with ":port" if not 80
     std::string server_path[16];                 // folder + install_name + "/"
     std::string server_desc[16];                 // text to show
+    float left_at[16] = {};                      // real time at which it was left for another one; 0: it was not
 };
 extern server_list_t server_list;
 
@@ -25,5 +26,9 @@ int read_server_list(const std::string& path);
 // An index below `count`, 0 if that is none: with a bias to the top of the list, and plainly at random.
 int pick_server_biased(int count);
 int pick_server_plain(int count);  // with one server no random number is drawn
-// With the bias, among those whose bits in `not_these` are clear; among all of them if none is.
+// With the bias, among those whose bits in `not_these` are clear and that were not left; where there is none, without
+// regard to the one and then to the other.
 int pick_other_server(int count, unsigned not_these);
+// The server was silent, refused, or sent what is wrong: it is not chosen for five minutes while another one is there.
+// Returns another one.
+int leave_server(int count, int server);

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "runtime/xtim.h"
 #include "support/scratch.h"
 
 static const std::string head = "I\n820 version\nSERVERS\n\n";
@@ -104,6 +105,25 @@ TEST(ServerChoice, AnotherServerIsTakenAsLongAsThereIsOne) {
             const int chosen = pick_other_server(3, bad);
             EXPECT_TRUE(chosen >= 0 && chosen < 3 && (bad == 7 || !(bad >> chosen & 1))) << bad;
         }
+}
+
+TEST(ServerChoice, AServerThatWasLeftIsNotChosenForFiveMinutesWhileThereIsAnother) {
+    const auto chosen = [](unsigned not_these = 0) {
+        unsigned servers = 0;
+        for (int n = 0; n < 200; ++n)
+            servers |= 1u << pick_other_server(3, not_these);
+        return servers;
+    };
+    xtim.real_time = 0;
+    EXPECT_NE(leave_server(3, 0), 0);
+    EXPECT_EQ(chosen(), 6u);
+    xtim.real_time = 200;
+    EXPECT_EQ(leave_server(3, 1), 2);
+    EXPECT_EQ(chosen(4), 3u) << "one that was left is still better than one that lied about this file";
+    leave_server(3, 2);
+    EXPECT_EQ(chosen(), 7u);
+    xtim.real_time = 301;
+    EXPECT_EQ(chosen(), 1u) << "its time is over";
 }
 
 TEST(ServerChoice, WithOneServerThePlainChoiceDrawsNoNumber) {
