@@ -55,12 +55,7 @@ void glVertex2f(GLfloat x, GLfloat y) {
 }
 
 const GLubyte* glGetString(GLenum which) {
-    const char* pretended = which == GL_VENDOR       ? gl_calls.pretended_vendor
-                            : which == GL_RENDERER   ? gl_calls.pretended_renderer
-                            : which == GL_VERSION    ? gl_calls.pretended_version
-                            : which == GL_EXTENSIONS ? gl_calls.pretended_extensions
-                                                     : nullptr;
-    if (pretended) return reinterpret_cast<const GLubyte*>(pretended);
+    if (gl_calls.pretended.contains(which)) return reinterpret_cast<const GLubyte*>(gl_calls.pretended[which]);
     HAND_ON(glGetString, which);
 }
 

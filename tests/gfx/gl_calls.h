@@ -14,10 +14,7 @@ struct gl_calls_t {
     bool watching = true;              // false: hands on, allocates nothing
     std::map<std::string, int> count;  // by name, of the calls that are watched
     std::vector<drawn_vertex> vertices;
-    const char* pretended_vendor = nullptr;  // what glGetString gives; null: the true one
-    const char* pretended_renderer = nullptr;
-    const char* pretended_version = nullptr;
-    const char* pretended_extensions = nullptr;
+    std::map<unsigned, const char*> pretended;  // what glGetString gives, by name; empty: the true ones
 
     int total() const;
 };

@@ -1,28 +1,19 @@
 #include "gfx/glext.h"
 
+#include <GL/gl.h>
 #include <gtest/gtest.h>
 
-#include <string>
 #include <tuple>
 
 #include "gfx/gl_calls.h"
 #include "gfx/gl_window.h"
 #include "gfx/oglp.h"
-#include "runtime/cmdline.h"
 #include "support/alerts.h"
-
-static void use_option(std::string option) {
-    char program[] = "test";
-    char* argv[] = {program, option.data()};
-    cmdline.clear();
-    cmdline.init_unix(2, argv);
-}
+#include "support/options.h"
 
 static OGL_extensions probe(const char* version, const char* extensions, const char* renderer = "R") {
-    gl_calls.pretended_vendor = "V";
-    gl_calls.pretended_renderer = renderer;
-    gl_calls.pretended_version = version;
-    gl_calls.pretended_extensions = extensions;
+    gl_calls.pretended = {
+        {GL_VENDOR, "V"}, {GL_RENDERER, renderer}, {GL_VERSION, version}, {GL_EXTENSIONS, extensions}};
     OGL_extensions ext;
     ext.init_extensions();
     return ext;
@@ -55,7 +46,7 @@ TEST(glext, weak_hardware_ends_the_program_and_software_only_warns) {
         EXPECT_EQ(alerts.count(), warnings) << renderer;
     }
     EXPECT_THROW(probe("1.0", ""), left);
-    use_option("--force_run");
+    use_options({"--force_run"});
     EXPECT_NO_THROW(probe("1.0", ""));
     EXPECT_EQ(alerts.seen.back().level, t_alert);
 }
@@ -71,7 +62,7 @@ TEST(glext, a_real_driver_is_found_out_and_the_switches_have_the_last_word) {
     EXPECT_EQ(glExt.entry_point("glNoSuchThing"), nullptr);
 
     const auto without = [](const char* option) {
-        use_option(option);
+        use_options({option});
         glExt.init_extensions();
         return glExt;
     };

@@ -137,7 +137,6 @@ TEST(text, wrapping_breaks_behind_blanks_and_signs_by_the_estimate) {
     EXPECT_EQ(last_y("one\n\ntwo\n"), 32.0f);
     mnw.wind_y = 7;
     EXPECT_EQ(last_y("one\ntwo"), 42.0f) << "in the window's own units";
-    mnw.wind_y = 0;
 }
 
 TEST(text, numbers_are_rounded_and_keep_their_sign_and_their_room) {

@@ -11,9 +11,9 @@
 #include "gfx/images/tex.h"
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
-#include "runtime/cmdline.h"
 #include "runtime/opened_log.h"
 #include "support/alerts.h"
+#include "support/options.h"
 
 using bytes = std::vector<unsigned char>;
 constexpr int builtin_flags = tex_fmt_rgba | tex_full | tex_no_effect;
@@ -24,23 +24,19 @@ static int side(GLenum which, int level = 0) {
     return value;
 }
 
-static bytes texels(int level = 0) {
-    bytes found(static_cast<std::size_t>(side(GL_TEXTURE_WIDTH, level) * side(GL_TEXTURE_HEIGHT, level) * 4));
-    glGetTexImage(GL_TEXTURE_2D, level, GL_RGBA, GL_UNSIGNED_BYTE, found.data());
-    return found;
-}
-
-static rgb texel(const bytes& all, int width, int x, int y) {
-    const unsigned char* p = &all[static_cast<std::size_t>(y * width + x) * 4];
+static rgb texel(int x, int y, int level = 0) {
+    const int dx = side(GL_TEXTURE_WIDTH, level);
+    bytes all(static_cast<std::size_t>(dx * side(GL_TEXTURE_HEIGHT, level) * 4));
+    glGetTexImage(GL_TEXTURE_2D, level, GL_RGBA, GL_UNSIGNED_BYTE, all.data());
+    const unsigned char* p = &all[static_cast<std::size_t>(y * dx + x) * 4];
     return {p[0], p[1], p[2]};
 }
 
 static void fill_scratch(int dx, int dy, const rgb& c) {
     scratch_dx = dx;
     scratch_dy = dy;
-    for (int i = 0; i < dx * dy * 4; i += 4)
-        for (int channel = 0; channel < 4; ++channel)
-            scratch_array[i + channel] = static_cast<unsigned char>(std::array{c.r, c.g, c.b, 255}[channel]);
+    for (int i = 0; i < dx * dy * 4; ++i)
+        scratch_array[i] = static_cast<unsigned char>(std::array{c.r, c.g, c.b, 255}[i % 4]);
 }
 
 // Its upper half stays black.
@@ -76,9 +72,8 @@ TEST(tman, an_image_stands_in_the_low_corner_of_a_texture_of_powers_of_two) {
     EXPECT_EQ(tman.load_texture(4, 389, builtin_flags, load_now, scratch_name), 389);
     tman.bind_ref(389, 0, 0);
     EXPECT_EQ(side(GL_TEXTURE_WIDTH) * 10000 + side(GL_TEXTURE_HEIGHT), 10241024);
-    const bytes image = texels();
-    EXPECT_EQ(texel(image, 1024, 0, 0), orange);
-    EXPECT_EQ(texel(image, 1024, 1009, 763), orange);
+    EXPECT_EQ(texel(0, 0), orange);
+    EXPECT_EQ(texel(1009, 763), orange);
 
     // The same reference again: other pixels in the same texture, and nothing lost on the card.
     fill_scratch(300, 200, {0, 0, 255});
@@ -112,13 +107,11 @@ TEST(tman, a_file_is_looked_for_as_dds_png_and_bmp) {
     const auto drawn = [&](const char* name) {
         const int ref = tman.load_texture(fail_scenery, 0, tex_fmt_rgb | tex_full, load_now, folder / name);
         tman.bind_ref(ref, 0, 0);
-        EXPECT_EQ(texel(texels(), 8, 2, 6), (rgb{0, 0, 0})) << "the upper half";
-        return texel(texels(), 8, 2, 1);
+        EXPECT_EQ(texel(2, 6), (rgb{0, 0, 0})) << "the upper half";
+        return texel(2, 1);
     };
     EXPECT_EQ(drawn("p.png"), of_dds);
-    char program[] = "test", option[] = "--no_dds";
-    char* argv[] = {program, option};
-    cmdline.init_unix(2, argv);
+    use_options({"--no_dds"});
     EXPECT_EQ(drawn("p.bmp"), of_png);
 }
 
@@ -141,7 +134,7 @@ TEST(tman, quality_and_the_card_bound_the_size_and_mipmaps_go_down_to_one_pixel)
         glExt.automini_avail = by_card;
         EXPECT_EQ(width(tex_full | tex_mipmap, 5, 2048), 64);
         EXPECT_EQ(side(GL_TEXTURE_WIDTH, 6), 1);
-        EXPECT_EQ(texel(texels(6), 1, 0, 0), (rgb{20, 40, 60})) << "the mean of all";
+        EXPECT_EQ(texel(0, 0, 6), (rgb{20, 40, 60})) << "the mean of all";
     }
 }
 
@@ -175,21 +168,18 @@ TEST(tman, what_is_missing_is_drawn_in_gray_and_told_once) {
 
 TEST(tman, what_is_missing_raises_the_flag_of_its_class_until_that_is_muted) {
     const alert_catcher alerts;
-    const auto failed = [] {
+    const auto failed_after = [](int fail_mode) {
+        tman.load_texture(fail_mode, 0, tex_fmt_rgba, load_now, "no/such.png");
         return std::array{tman.has_instl_load_fail(), tman.has_scene_load_fail(), tman.has_plane_load_fail()};
     };
-    const auto lose = [](int fail_mode) { tman.load_texture(fail_mode, 0, tex_fmt_rgba, load_now, "no/such.png"); };
-    EXPECT_EQ(failed(), (std::array{false, false, false}));
-    lose(fail_scenery);
-    EXPECT_EQ(failed(), (std::array{false, true, false}));
-    lose(fail_plane);
-    EXPECT_THROW(lose(fail_is_fatal), left);
-    EXPECT_EQ(failed(), (std::array{true, true, true}));
+    EXPECT_EQ(failed_after(fail_scenery), (std::array{false, true, false}));
+    EXPECT_EQ(failed_after(fail_plane), (std::array{false, true, true}));
     tman.mute_plane_load_fail();
     tman.reset_scene_load_fail();
     tman.reset_plane_load_fail();
-    lose(fail_plane);
-    EXPECT_EQ(failed(), (std::array{true, false, false}));
+    EXPECT_EQ(failed_after(fail_plane), (std::array{false, false, false}));
+    EXPECT_THROW(failed_after(fail_is_fatal), left);
+    EXPECT_TRUE(tman.has_instl_load_fail());
 }
 
 TEST(tman, a_texture_that_is_bound_is_not_bound_again_unless_it_went) {
