@@ -84,33 +84,41 @@ constexpr bool threads_are_watched = true;
 constexpr bool threads_are_watched = false;
 #endif
 
-TEST(Crash, of_a_runaway_recursion_leaves_a_report_of_a_hundred_lines_from_any_thread) {
-    if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
+class Crash : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
+    }
+    // What a run that does the job, and dies of it, leaves beside its program.
+    std::string report_of(const char* job, int death = SIGABRT) const {
+        const own_copy::outcome run = copy.run(job);
+        EXPECT_TRUE(WIFSIGNALED(run.status) && WTERMSIG(run.status) == death) << job << run.status;
+        EXPECT_EQ(run.err, "") << "only a terminal is told";
+        const std::string report = scratch::read(path);
+        std::filesystem::remove(path);
+        return report;
+    }
     const own_copy copy;
     const std::string path = copy.app + "crash_log.txt";
+};
+
+TEST_F(Crash, of_a_runaway_recursion_leaves_a_report_of_a_hundred_lines_from_any_thread) {
     for (const char* where : {"deep", "worker"}) {
-        const int status = copy.run(where).status;
-        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT) << where << status;
-        const std::string report = scratch::read(path);
+        const std::string report = report_of(where);
         EXPECT_EQ(lines_in(report), 4 + 100);
         EXPECT_TRUE(std::regex_search(
             report,
             std::regex("\n  99\\) run_away \\+ [0-9]+ \\(debug_test\\.cpp:[0-9]+\\) \\(program \\+ [0-9]+\\)\n$")))
             << report;
-        std::filesystem::remove(path);
     }
 }
 
-TEST(Crash, report_tells_what_ran_why_it_ended_and_by_which_calls) {
-    if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
+TEST_F(Crash, report_tells_what_ran_why_it_ended_and_by_which_calls) {
     const std::string head =
         "^program, Velaris 9\\.00 Beta-19, build 90019, 20[0-9-]+ [0-9:]+ UTC, main thread [0-9]+\n";
     const std::string sorting =
         "crash_in_library \\+ [0-9]+ \\(debug_test\\.cpp:" + std::to_string(line_of_sort) + "\\)";
-    const struct {
-        const char* job;
-        std::string report;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"library", head +
                         "ill \\(Illegal instruction\\)\nSig no: 4, [^\n]*\nAddy: [^\n]*\n  0\\) crash_in_comparison "
                         "\\+ 0 \\(debug_test\\.cpp:[^]* \\(libc\\.so[^]*" +
@@ -119,31 +127,21 @@ TEST(Crash, report_tells_what_ran_why_it_ended_and_by_which_calls) {
                              "throw_reason "},
         {"abort", head + "abrt \\(Aborted\\)\n"},
     };
-    for (const auto& one : cases) {
-        const own_copy copy;
-        const own_copy::outcome run = copy.run(one.job);
-        EXPECT_TRUE(WIFSIGNALED(run.status) && WTERMSIG(run.status) == SIGABRT) << one.job << run.status;
-        const std::string report = scratch::read(copy.app + "crash_log.txt");
-        EXPECT_TRUE(std::regex_search(report, std::regex(one.report))) << one.job << "\n" << report;
-        EXPECT_EQ(run.err, "") << "only a terminal is told";
+    for (const auto& [job, wanted] : cases) {
+        const std::string report = report_of(job);
+        EXPECT_TRUE(std::regex_search(report, std::regex(wanted))) << job << "\n" << report;
     }
 }
 
-TEST(Crash, inside_the_reporter_keeps_the_report_and_ends_the_process) {
-    if (threads_are_watched) GTEST_SKIP() << "the thread sanitizer has a signal stack of its own";
-    const own_copy copy;
-    const std::string path = copy.app + "crash_log.txt";
+TEST_F(Crash, inside_the_reporter_keeps_the_report_and_ends_the_process) {
     copy.home.write("app/crash_log.txt", "an earlier report\n");
-    const int status = copy.run("reporter").status;
-    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGFPE) << status;
-    const std::string report = scratch::read(path);
+    const std::string report = report_of("reporter", SIGFPE);
     EXPECT_TRUE(report.starts_with("an earlier report\nprogram, ")) << report;
     EXPECT_NE(report.find("crash_in_reporter + "), std::string::npos) << report;
 }
 
-TEST(Crash, report_goes_to_the_state_folder_and_then_to_standard_error) {
-    const own_copy copy;
-    std::filesystem::create_directory(copy.app + "crash_log.txt");  // nothing can be written there, not even by root
+TEST_F(Crash, report_goes_to_the_state_folder_and_then_to_standard_error) {
+    std::filesystem::create_directory(path);  // nothing can be written there, not even by root
     copy.run("reporter");
     EXPECT_TRUE(scratch::read(copy.state + "velaris/crash_log.txt").starts_with("program, ")) << copy.state;
     std::filesystem::remove_all(copy.state);

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <sstream>
 
 #include "platform/folders.h"
 #include "runtime/log.h"
@@ -23,7 +24,7 @@ static void one_run() {
     get_OS_abs_path(os_dir_temp, &temp);
     struct sigaction pipe_action {};
     sigaction(SIGPIPE, nullptr, &pipe_action);
-    std::printf("log %s\ntemp %s\npipe %s\n", log_folder().c_str(), temp.c_str(),
+    std::printf("%s\n%s\n%s\n", log_folder().c_str(), temp.c_str(),
                 pipe_action.sa_handler == SIG_IGN ? "ignored" : "deadly");
     std::fflush(stdout);
     xer << "last " << 1.5 << "\n";
@@ -32,36 +33,30 @@ static void one_run() {
 }
 static const own_copy::job registered("one run", one_run);
 
-class StartUp : public testing::Test {
-  protected:
-    std::string app() const { return copy.app; }
-    std::string state() const { return copy.state; }
-    std::string run() {
-        const own_copy::outcome outcome = copy.run("one run");
-        EXPECT_EQ(outcome.status, 0);
-        EXPECT_EQ(outcome.err, "");
-        return outcome.out;
-    }
-
-    own_copy copy;
-    const scratch& home = copy.home;
+struct told {
+    std::string log_folder, temp_folder, pipe;
 };
-
-static std::string value_of(const std::string& printed, const std::string& key) {
-    const std::size_t from = printed.find(key + " ");
-    if (from == std::string::npos) return "missing in: " + printed;
-    const std::size_t value = from + key.size() + 1;
-    return printed.substr(value, printed.find('\n', from) - value);
+static told run_of(const own_copy& copy) {
+    const own_copy::outcome outcome = copy.run("one run");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    std::istringstream lines(outcome.out);
+    std::string greeting;  // of the test library
+    told what;
+    for (std::string* text : {&greeting, &what.log_folder, &what.temp_folder, &what.pipe})
+        EXPECT_TRUE(std::getline(lines, *text));
+    return what;
 }
 
-TEST_F(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
-    home.write("app/Log.txt", std::string(100000, 'o'));
-    const std::string printed = run();
-    EXPECT_EQ(value_of(printed, "log"), app());
-    EXPECT_EQ(value_of(printed, "pipe"), "ignored");
-    EXPECT_FALSE(scratch::exists(value_of(printed, "temp"))) << printed;
+TEST(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
+    const own_copy copy;
+    copy.home.write("app/Log.txt", std::string(100000, 'o'));
+    const told what = run_of(copy);
+    EXPECT_EQ(what.log_folder, copy.app);
+    EXPECT_EQ(what.pipe, "ignored");
+    EXPECT_TRUE(what.temp_folder.starts_with(copy.home.path()) && !scratch::exists(what.temp_folder));
 
-    const std::string log = scratch::read(app() + "Log.txt");
+    const std::string log = scratch::read(copy.app + "Log.txt");
     EXPECT_EQ(log.find("log.txt for Velaris 9.00 Beta-19 Installer 90019 compiled on " + std::string(build_date) +
                        "\n\nThis log file is generated automatically by Tarvex applications"),
               0U);
@@ -72,10 +67,11 @@ TEST_F(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
     EXPECT_TRUE(log.ends_with("\nlast 1.500000\nClean exit from threads.\n")) << log;
 }
 
-TEST_F(StartUp, log_falls_back_to_the_state_folder_and_then_to_silence) {
-    std::filesystem::create_directory(app() + "Log.txt");  // nothing can be written there, not even by root
-    EXPECT_EQ(value_of(run(), "log"), state() + "velaris/");
-    std::filesystem::remove_all(state());
-    home.write("state", "a file");
-    EXPECT_EQ(value_of(run(), "log"), "");
+TEST(StartUp, log_falls_back_to_the_state_folder_and_then_to_silence) {
+    const own_copy copy;
+    std::filesystem::create_directory(copy.app + "Log.txt");  // nothing can be written there, not even by root
+    EXPECT_EQ(run_of(copy).log_folder, copy.state + "velaris/");
+    std::filesystem::remove_all(copy.state);
+    copy.home.write("state", "a file");
+    EXPECT_EQ(run_of(copy).log_folder, "");
 }
