@@ -1,9 +1,6 @@
 #include "files/scan.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "support/alerts.h"
 #include "support/options.h"
@@ -29,11 +26,7 @@ TEST(preferences, what_cannot_be_written_is_told_once_and_leaves_the_settings_of
     transfer(path, scan_write, {-42, "kept"});
     EXPECT_EQ(scratch::read(path), "I\n9001 version\n_count -42\n_folder kept\n");
     alert_catcher alerts;
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = 40;  // the head fits, as on a disk that is nearly full
-    setrlimit(RLIMIT_FSIZE, &limit);
+    let_no_file_grow_past(40);  // the head fits
     transfer(path, scan_write, {2, std::string(100, 'x')});
     ASSERT_EQ(alerts.count(), 1u);
     EXPECT_EQ(alerts.seen[0].line2, path);

@@ -3,13 +3,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <minizip/zip.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -295,12 +293,7 @@ TEST_F(archive, a_full_disk_is_told_and_leaves_nothing_half_made) {
     const std::string source = box.write("big", noise(400000));
     ASSERT_EQ(file_to_zip(source, zip), 0);
     box.write("out/big", "old");
-    // A limit on the size of files stands for the full disk.
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = 100000;
-    setrlimit(RLIMIT_FSIZE, &limit);
+    let_no_file_grow_past(100000);
     EXPECT_EQ(expand(), EFBIG);
     EXPECT_EQ(file_to_zip(source, box / "b.zip"), EFBIG);
     EXPECT_EQ(scratch::read(out + "big"), "old");

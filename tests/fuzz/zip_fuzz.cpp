@@ -1,9 +1,7 @@
 // Expansion of an archive. Nothing may be written but below the folder it is given, and a failure leaves nothing half
 // made.
 #include <minizip/unzip.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <filesystem>
 
 #include "files/zip_io.h"
@@ -20,9 +18,7 @@ struct ground {
     const std::string out = folder / "box/out/";
 
     ground() {
-        const rlimit most = {16u << 20, 16u << 20};  // a few bytes may expand to a whole disk
-        must(setrlimit(RLIMIT_FSIZE, &most) == 0, "the size of a file can be limited");
-        std::signal(SIGXFSZ, SIG_IGN);
+        let_no_file_grow_past(16u << 20);  // a few bytes may expand to a whole disk
         folder.write("box/beside", "untouched");
     }
     void clear() const {

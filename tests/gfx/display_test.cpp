@@ -12,19 +12,15 @@
 
 using kind = display_event_kind;
 
-static std::vector<display_event> take(int wait_ms = 0) {
-    std::vector<display_event> events;
-    display_take_events(wait_ms, events);
-    std::erase_if(events, [](const display_event& e) { return e.kind == kind::redraw || e.kind == kind::activated; });
-    return events;
-}
-
-// "down 65/97" for a key with its virtual key and character, one word more for each modifier.
-static std::string told(const std::vector<display_event>& events) {
+// What came, "down 65/97" for a key with its virtual key and character, one word more for each modifier.
+static std::string seen(int wait_ms = 0) {
     static constexpr const char* names[] = {"down",   "up",     "repeat",  "press",   "release", "wheel",
                                             "redraw", "active", "resized", "display", "quit"};
+    std::vector<display_event> events;
+    display_take_events(wait_ms, events);
     std::ostringstream text;
     for (const display_event& e : events) {
+        if (e.kind == kind::redraw || e.kind == kind::activated) continue;
         if (text.tellp() > 0) text << ", ";
         text << names[static_cast<int>(e.kind)];
         if (e.kind <= kind::key_repeat) text << " " << e.vkey << "/" << int{e.character};
@@ -53,7 +49,7 @@ class display : public testing::Test {
     void SetUp() override {
         setenv("SDL_VIDEODRIVER", "dummy", 1);
         ASSERT_TRUE(display_start()) << display_error();
-        take();
+        seen();
     }
 };
 
@@ -63,7 +59,7 @@ TEST_F(display, a_key_and_its_text_are_one_event) {
     push_key(SDLK_a, SDL_SCANCODE_A, KMOD_LSHIFT, true);
     push_text("A");
     push_key(SDLK_a, SDL_SCANCODE_A, 0, false, SDL_KEYUP);
-    EXPECT_EQ(told(take()), "down 65/97, repeat 65/65 shift, up 65/0");
+    EXPECT_EQ(seen(), "down 65/97, repeat 65/65 shift, up 65/0");
 
     push_key(SDLK_c, SDL_SCANCODE_C, KMOD_LCTRL);
     push_key(SDLK_v, SDL_SCANCODE_V, KMOD_LGUI);
@@ -72,21 +68,21 @@ TEST_F(display, a_key_and_its_text_are_one_event) {
     push_text("X");
     push_key(SDLK_e, SDL_SCANCODE_E, KMOD_RALT | KMOD_MODE);
     push_text("\xC3\xA9");
-    EXPECT_EQ(told(take()), "down 67/0 control, down 86/0, down 88/88 alt, down 69/233")
+    EXPECT_EQ(seen(), "down 67/0 control, down 86/0, down 88/88 alt, down 69/233")
         << "Ctrl and Super take the text away, Caps Lock and AltGr do not";
 
     push_key(SDLK_d, SDL_SCANCODE_D);
     push_text("\xE2\x82\xAC");  // no Latin-1
     push_text("\xC3\xB1o");     // an input method's, without a key
-    EXPECT_EQ(told(take()), "down 68/0, down 0/241, down 0/111");
+    EXPECT_EQ(seen(), "down 68/0, down 0/241, down 0/111");
     push_text("\xC3");
-    EXPECT_EQ(told(take()), "") << "broken text is dropped";
+    EXPECT_EQ(seen(), "") << "broken text is dropped";
 }
 
 TEST_F(display, keys_have_the_numbers_that_bindings_and_widgets_know) {
     const struct {
         SDL_Keycode key;
-        const char* seen;
+        const char* wanted;
         SDL_Scancode place = SDL_SCANCODE_UNKNOWN;
         int mod = KMOD_NUM;
     } cases[] = {
@@ -104,15 +100,15 @@ TEST_F(display, keys_have_the_numbers_that_bindings_and_widgets_know) {
         {SDLK_AMPERSAND, "down 49/0", SDL_SCANCODE_1},
         {0x444, "down 65/0", SDL_SCANCODE_A},
     };
-    for (const auto& [key, seen, place, mod] : cases) {
+    for (const auto& [key, wanted, place, mod] : cases) {
         push_key(key, place, mod);
-        EXPECT_EQ(told(take()), seen) << key;
+        EXPECT_EQ(seen(), wanted) << key;
     }
 }
 
 TEST_F(display, the_end_is_asked_for_by_signals_and_nothing_shows_without_a_screen) {
     raise(SIGTERM);
-    EXPECT_EQ(told(take(1000)), "quit");
+    EXPECT_EQ(seen(1000), "quit");
     unsetenv("SDL_VIDEODRIVER");
     unsetenv("DISPLAY");
     unsetenv("WAYLAND_DISPLAY");

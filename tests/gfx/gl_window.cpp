@@ -1,13 +1,9 @@
 #include "gfx/gl_window.h"
 
 #include <GL/gl.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -22,38 +18,16 @@ extern "C" const char* __lsan_default_suppressions() {
     return "leak:libdbus\n";
 }
 
-static pid_t server = 0;
-
-static void stop_display() {
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
-}
-
-static void become_server(int report_fd) {
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    const std::string fd = std::to_string(report_fd);
-    const int silence = open("/dev/null", O_RDWR);
-    dup2(silence, STDOUT_FILENO);
-    dup2(silence, STDERR_FILENO);
-    execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "2304x1200x24", "-nolisten", "tcp", "-noreset",
-           nullptr);
-    _exit(127);
-}
-
 void need_test_display() {
+    static std::FILE* server = nullptr;
     if (server) return;
-    int report[2];
-    if (pipe(report) != 0) throw std::runtime_error("no pipe");
-    server = fork();
-    if (server == 0) become_server(report[1]);
-    close(report[1]);
-    std::atexit(stop_display);
-    std::string number;  // told once the server is ready, a line end behind it
-    for (char c; read(report[0], &c, 1) == 1 && c != '\n';)
-        number += c;
-    close(report[0]);
-    if (number.empty()) throw std::runtime_error("Xvfb does not start");
-    setenv("DISPLAY", (":" + number).c_str(), 1);
+    server = popen(
+        "exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 2304x1200x24 -nolisten tcp -noreset "
+        "</dev/null 2>/dev/null",
+        "r");
+    int number = -1;  // told once the server is ready
+    if (!server || std::fscanf(server, "%d", &number) != 1) throw std::runtime_error("Xvfb does not start");
+    setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
     setenv("SDL_VIDEODRIVER", "x11", 1);
     unsetenv("WAYLAND_DISPLAY");
 }

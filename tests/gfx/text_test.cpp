@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
+#include <regex>
 
 #include "gfx/builtin.h"
 #include "gfx/colr.h"
@@ -14,24 +13,18 @@
 #include "gfx/mnw.h"
 #include "gfx/oglp.h"
 #include "gfx/scale.h"
-#include "gfx/tman.h"
+#include "support/scratch.h"
 
 // The glyphs as the artist's table lists them.
 struct glyph {
     int x, y, code, advance;
 };
 static std::vector<glyph> glyphs_of_the_art() {
+    const std::string table = scratch::read(VELARIS_ROOT_DIR "/art/regions.csv");
+    const std::regex row("[^,\n]*,[^,\n]*,glyph,(\\d+),(\\d+),\\d*,\\d*,[^,\n]*,(\\d+),(\\d+)");
     std::vector<glyph> found;
-    std::ifstream table(std::string(VELARIS_ROOT_DIR) + "/art/regions.csv");
-    for (std::string line; std::getline(table, line);) {
-        std::replace(line.begin(), line.end(), ',', '\n');
-        std::istringstream cells(line);
-        std::vector<std::string> cell;
-        for (std::string text; std::getline(cells, text);)
-            cell.push_back(text);
-        if (cell.size() > 9 && cell[2] == "glyph")
-            found.push_back({std::stoi(cell[3]), std::stoi(cell[4]), std::stoi(cell[8]), std::stoi(cell[9])});
-    }
+    for (std::sregex_iterator at(table.begin(), table.end(), row), end; at != end; ++at)
+        found.push_back({std::stoi((*at)[1]), std::stoi((*at)[2]), std::stoi((*at)[3]), std::stoi((*at)[4])});
     return found;
 }
 

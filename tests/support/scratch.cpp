@@ -1,10 +1,19 @@
 #include "support/scratch.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+
+void let_no_file_grow_past(std::size_t bytes) {
+    const rlimit most = {bytes, bytes};
+    if (setrlimit(RLIMIT_FSIZE, &most) != 0) throw std::runtime_error("the size of a file cannot be limited");
+    std::signal(SIGXFSZ, SIG_IGN);
+}
 
 namespace fs = std::filesystem;
 

@@ -1,7 +1,11 @@
 // scratch.h: a private folder for one test, gone at its end, and a few ways to fill it.
 #pragma once
 
+#include <cstddef>
 #include <string>
+
+// As on a disk that is nearly full: from here on no file of this process grows past `bytes` (EFBIG).
+void let_no_file_grow_past(std::size_t bytes);
 
 class scratch {
   public:
