@@ -172,7 +172,7 @@ class ScreensTest(installer.Scene):
         window.keys("Return")                           # nothing has the focus, so it answers nothing
         window.keys("Tab", "Tab", "space")              # I AGREE
         self.assert_shows(window, "changed file")
-        window.keys("Return")                           # KEEP
+        window.keys("Escape", "Return")                 # Escape answers no question, Return means KEEP
         self.assert_completes(window)
         self.assert_installed(self.new.tree.installed(), besides={CHANGED: before[CHANGED]})
         window.keys("Return")                           # QUIT
