@@ -6,10 +6,7 @@
 #include <cstring>
 #include <regex>
 
-#include "runtime/oops.h"
 #include "runtime/opened_log.h"
-#include "runtime/startup.h"
-#include "support/own_copy.h"
 
 TEST(Memory, sizes_keep_two_digits_of_weight) {
     std::string all;
@@ -48,25 +45,4 @@ TEST(Memory, report_has_figures_and_the_map_of_what_is_mapped) {
                   reinterpret_cast<std::size_t>(used));
     EXPECT_NE(report.find(row), std::string::npos) << row << report;
     EXPECT_TRUE(std::regex_search(report, std::regex("\\( +[0-9]+\\)       /.*/runtime_tests\n"))) << report;
-}
-
-static void alerts() {
-    char program[] = "program";
-    char* argv[] = {program};
-    runtime_start(1, argv);
-    for (const int place : {1, 1, 2, 1})
-        __MACIBM_alert(0, "alert", "", "", "", t_alert, "place", place);
-}
-static const own_copy::job registered("alerts", alerts);
-
-TEST(Memory, one_report_of_each_alert_of_a_run_lies_beside_the_log_and_no_earlier_run) {
-    const own_copy copy;
-    copy.home.write("app/MemoryLog.txt", "an earlier run\n");
-    EXPECT_EQ(copy.run("alerts").out.find("dump_mem_stats"), std::string::npos);
-    const std::string report = scratch::read(copy.app + "MemoryLog.txt");
-    const std::string head = "dump_mem_stats: This is the dump_mem_stats call from the following code: if(type==t_exit";
-    EXPECT_EQ(report.find(head), 0u);
-    const std::size_t second = report.find(head, 1);
-    ASSERT_NE(second, std::string::npos);
-    EXPECT_EQ(report.find(head, second + 1), std::string::npos);
 }

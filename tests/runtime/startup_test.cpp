@@ -27,6 +27,8 @@ static void one_run() {
     std::printf("%s\n%s\n%s\n", log_folder().c_str(), temp.c_str(),
                 pipe_action.sa_handler == SIG_IGN ? "ignored" : "deadly");
     std::fflush(stdout);
+    for (const int place : {1, 1, 2, 1})
+        __MACIBM_alert(0, "alert", "", "", "", t_alert, "place", place);
     xer << "last " << 1.5 << "\n";
     MACIBM_finishup(1);
     xer << "after the end\n" << std::flush;
@@ -39,7 +41,7 @@ struct told {
 static told run_of(const own_copy& copy) {
     const own_copy::outcome outcome = copy.run("one run");
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.err, "alert \nalert \nalert \nalert \n");
     std::istringstream lines(outcome.out);
     std::string greeting;  // of the test library
     told what;
@@ -51,6 +53,7 @@ static told run_of(const own_copy& copy) {
 TEST(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
     const own_copy copy;
     copy.home.write("app/Log.txt", std::string(100000, 'o'));
+    copy.home.write("app/MemoryLog.txt", "an earlier run\n");
     const told what = run_of(copy);
     EXPECT_EQ(what.log_folder, copy.app);
     EXPECT_EQ(what.pipe, "ignored");
@@ -65,6 +68,14 @@ TEST(StartUp, log_lies_beside_the_program_holds_one_run_and_ends_with_it) {
               std::string::npos)
         << log;
     EXPECT_TRUE(log.ends_with("\nlast 1.500000\nClean exit from threads.\n")) << log;
+
+    // One report on memory for each place that raised an alert.
+    const std::string memory = scratch::read(copy.app + "MemoryLog.txt");
+    const std::string head = "dump_mem_stats: This is the dump_mem_stats call from the following code: if(type==t_exit";
+    EXPECT_TRUE(memory.starts_with(head));
+    const std::size_t second = memory.find(head, 1);
+    ASSERT_NE(second, std::string::npos);
+    EXPECT_EQ(memory.find(head, second + 1), std::string::npos);
 }
 
 TEST(StartUp, log_falls_back_to_the_state_folder_and_then_to_silence) {
