@@ -1,7 +1,6 @@
 // A copy signed with the pool's workers and without, from scratch and with a store of signatures.
 #include "files/sign_files.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>

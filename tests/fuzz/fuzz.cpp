@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "runtime/oops.h"
 #include "runtime/product.h"
 #include "support/alerts.h"
 

@@ -1,8 +1,5 @@
 // What a web server answers, to several requests on one connection. It reaches the transfers once in one piece and once
 // in many: that must make no difference.
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <memory>
 #include <random>

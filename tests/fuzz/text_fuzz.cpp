@@ -6,7 +6,6 @@
 #include "fuzz/fuzz.h"
 #include "gfx/gl_calls.h"
 #include "gfx/images/tex.h"
-#include "gfx/mnw.h"
 #include "gfx/text.h"
 #include "gfx/tman.h"
 

@@ -1,7 +1,6 @@
 // File work below a folder: nothing reaches what lies outside, by whatever way, with and without the kernel's help.
 #include "platform/beneath.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 

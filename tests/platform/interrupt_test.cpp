@@ -1,6 +1,5 @@
 #include "platform/interrupt.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>

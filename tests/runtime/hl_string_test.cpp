@@ -4,8 +4,6 @@
 
 #include <climits>
 
-#include "support/alerts.h"
-
 TEST(Numbers, are_written_to_the_digit) {
     const struct {
         int value, min_digits, plus;

@@ -1,6 +1,5 @@
 #include "runtime/log.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
