@@ -1,8 +1,11 @@
 #include "engine/grab.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdint>
 #include <map>
+#include <set>
 
 #include "engine/front.h"
 #include "engine/outcome.h"
@@ -39,6 +42,9 @@ struct grab_t {
     } asked_for[stream_max];
     float install = 0;                         // start_time of the install that `refused` is of
     std::map<std::string, refused_t> refused;  // by the row's path
+    // How often each server has said that it has no such file, and the files that none has; of the same install.
+    std::map<std::size_t, std::array<int, max_servers>> denied;
+    std::set<std::size_t> missing;
     // What the pool was told of: files of the list up to this one, for this server, while next_file stood there.
     int announced = 0, announced_for = -1, announced_at = 0;
 };
@@ -59,6 +65,7 @@ http_request request_for(const file_version_struct& row, int server) {
             static_cast<std::int64_t>(row.zip_size) * 1000,
             false,
             false,
+            stg.server_cnt > 1,
             server};
 }
 
@@ -75,7 +82,8 @@ void announce_files() {
     grab.announced = std::max(grab.announced, next.next_file);
     for (; grab.announced < std::ssize(sim_info) && http.wants_announcements(); ++grab.announced) {
         const file_version_struct& row = sim_info[static_cast<std::size_t>(grab.announced)].back();
-        if (row.do_fetch && !row.do_delete && !grab.refused.contains(row.path))
+        if (row.do_fetch && !row.do_delete && !grab.refused.contains(row.path) &&
+            !grab.denied.contains(static_cast<std::size_t>(grab.announced)))
             http.announce(request_for(row, stg.server_sel));
     }
 }
@@ -103,17 +111,61 @@ std::string place_for_zip(int stream, const file_version_struct& row) {
     return part.empty() || in_use ? temp_path + temp_stream_zip(stream) : part;
 }
 
+// A bit for each server that has lied about the file, or has denied it more often than another.
+unsigned servers_to_avoid(std::size_t file) {
+    unsigned servers = 0;
+    const auto liars = grab.refused.find(current_row(file).path);
+    if (liars != grab.refused.end()) servers = liars->second.servers;
+    const auto denied = grab.denied.find(file);
+    if (denied == grab.denied.end()) return servers;
+    const auto& answers = denied->second;
+    const int fewest = *std::min_element(answers.begin(), answers.begin() + std::max(stg.server_cnt, 1));
+    for (std::size_t server = 0; server < answers.size(); ++server)
+        servers |= static_cast<unsigned>(answers[server] > fewest) << server;
+    return servers;
+}
+
+// A server has said that it has no such file. The others are asked, and each twice, as one may be behind the others by
+// a few minutes; then the file is set aside. True once it is.
+bool is_absent(int stream, std::size_t file, int server) {
+    constexpr int enough = 2;
+    auto& answers = grab.denied[file];
+    ++answers[static_cast<std::size_t>(server)];
+    const int fewest = *std::min_element(answers.begin(), answers.begin() + std::max(stg.server_cnt, 1));
+    if (fewest >= enough) {
+        grab.missing.insert(file);
+        stg.down_failed = 0;
+        front.file_finished(action_downloading, installed_path(current_row(file)), ENOENT);
+        return true;
+    }
+    ask_again(stream, pick_other_server(stg.server_cnt, servers_to_avoid(file)));
+    return false;
+}
+
+// What no server has ends the install as a failure, after all that could be had is there.
+void tell_of_missing_files() {
+    constexpr int most_named = 3;
+    std::string names;
+    int named = 0;
+    for (auto file = grab.missing.begin(); file != grab.missing.end() && named < most_named; ++file, ++named)
+        names += (named ? ", " : "") + installed_path(current_row(*file));
+    stg.install_failed = 1;
+    __MACIBM_alert(0, "Some files of this release are on none of its servers!",
+                   "Missing: " + std::to_string(grab.missing.size()) + ". Everything else was installed.",
+                   (grab.missing.size() > most_named ? "Among them: " : "They are: ") + names,
+                   "Please try again later.", t_alert, OOPS_PLACE);
+}
+
 // One look at the stream's transfer. True once its file is finished, well or not.
 bool fetch_over_net(int stream, std::size_t file) {
     const file_version_struct& row = current_row(file);
     constexpr int most_bad_archives = 3;  // of one file, in a row
     auto& asked = grab.asked_for[stream];
-    // Ask, or go on asking: in the words of the announcement, where the file is on its way already. Other streams choose
-    // servers too, so the choice may have gone back to one that has lied about this very file.
+    // Ask, or go on asking: in the words of the announcement, where the file is on its way already. Other streams
+    // choose servers too, so the choice may have gone back to one that has lied about this very file.
     if (!http.slots[stream_slot(stream)]) {
-        const auto liars = grab.refused.find(row.path);
-        if (liars != grab.refused.end() && (liars->second.servers >> stg.server_sel & 1))
-            stg.server_sel = pick_other_server(stg.server_cnt, liars->second.servers);
+        const unsigned avoided = servers_to_avoid(file);
+        if (avoided >> stg.server_sel & 1) stg.server_sel = pick_other_server(stg.server_cnt, avoided);
         const http_request* announced = http.announced(row.path);
         asked = {row.path, announced ? announced->mark : stg.server_sel, place_for_zip(stream, row)};
     }
@@ -128,6 +180,9 @@ bool fetch_over_net(int stream, std::size_t file) {
     }
     if (outcome == net_failed) {
         end_if_temp_is_full(http.last_disk_failure());
+        const down_class& over = *http.last[stream_slot(stream)];
+        if (over.os_err == 0 && (over.status == 404 || over.status == 403 || over.status == 410))
+            return is_absent(stream, file, asked.server);
         stream_retries(stream);
         ask_again(stream, leave_server(stg.server_cnt, asked.server));
         return false;
@@ -175,7 +230,9 @@ bool work_on_file(int stream, std::size_t file) {
     // From a server, in as many turns as it takes, or from a disc, at once.
     stg.file_action = action_downloading;
     if (!is_dvd) {
+        if (grab.missing.contains(file)) return true;
         if (!fetch_over_net(stream, file)) return false;
+        if (grab.missing.contains(file)) return true;
     } else {
         if (stream != 0)
             __MACIBM_alert(0, "Trying to do a DVD install with multiple streams!",
@@ -220,6 +277,8 @@ int extract_and_delete_file(const std::string& zip, std::size_t file) {
 int grab_files() {
     if (grab.install != next.start_time) {
         grab.refused.clear();
+        grab.denied.clear();
+        grab.missing.clear();
         grab.announced = grab.announced_at = 0;
     }
     grab.install = next.start_time;
@@ -232,6 +291,10 @@ int grab_files() {
     if (next.cancelled || stg.install_failed) return 1;
     if (streams_have_work() || !placed) return 0;
     // The end.
+    if (!grab.missing.empty()) {
+        tell_of_missing_files();
+        return 1;
+    }
     next.all_done = 1;
     sweep_parts(true);
     sweep_folders();

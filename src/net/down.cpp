@@ -18,8 +18,8 @@ static std::string agent_text() {
     return "Installer-APL/" + version.substr(version.size() - 4);
 }
 
-// As it stands in a request. Blanks, control bytes and bytes beyond ASCII would break the line; "%", "?" and "#" of a file's
-// name would be read as something else, while in a server's own Location they mean what they say.
+// As it stands in a request. Blanks, control bytes and bytes beyond ASCII would break the line; "%", "?" and "#" of a
+// file's name would be read as something else, while in a server's own Location they mean what they say.
 static std::string encoded(std::string_view path, std::string_view reserved) {
     std::string sent;
     for (const char c : path) {

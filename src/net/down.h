@@ -1,6 +1,6 @@
 // down.h: one transfer of one file by HTTP/1.1: what is asked, what of it has come, and how it ended. It knows no
-// connection: a line (line.h) sends its request and hands it the answer, possibly more than once: a redirect is followed,
-// and what broke off goes on where it stopped.
+// connection: a line (line.h) sends its request and hands it the answer, possibly more than once: a redirect is
+// followed, and what broke off goes on where it stopped.
 // Units: sizes in bytes, times in seconds of xtim.real_time.
 // Errors: nothing throws; `fate` tells how it ended, why() in words.
 // Ownership: the pool and the line that it was asked on share it. It owns its file.
@@ -28,6 +28,7 @@ struct http_request {
     std::int64_t about_bytes = -1;  // what the body is expected to have, give or take a thousand; -1: no idea
     bool fresh = false;             // nothing that is kept on the way may answer
     bool in_memory = false;         // the body is taken from the pool, and the file is not written
+    bool elsewhere = false;         // another server has it too: one that drips is as good as silent
     int mark = 0;                   // the caller's own
     bool outlasts = false;          // what lies at `local` from an earlier run is gone on with
 };
@@ -54,9 +55,11 @@ class down_class {
     down_class(const down_class&) = delete;
     down_class& operator=(const down_class&) = delete;
 
-    // The request for what is still missing, over a connection of this route. It settles what the answer is held against.
+    // The request for what is still missing, over a connection of this route. It settles what the answer is held
+    // against.
     std::string request_text(const route_t& route, bool keeps);
-    // The answer. False once no more of it is wanted: then it counts as ended, and its connection cannot be used any more.
+    // The answer. False once no more of it is wanted: then it counts as ended, and its connection cannot be used any
+    // more.
     bool begin_answer(const answer_head& head);
     bool take(std::string_view piece);
     void end_answer();  // it was whole; the transfer is over then, or queued again
@@ -100,7 +103,9 @@ class down_class {
     std::int64_t came = 0;          // body bytes of all answers, those that were thrown away too
     bool was_resumed = false;       // it is put together from several answers
     bool was_asked_ahead = false;   // its last answer stood in a row with others
-    bool was_silent = false;        // it failed because nothing came
+    bool was_silent = false;        // it failed because nothing came, or next to nothing
+    float watched_since = 0;        // real time from which its speed is looked at
+    std::int64_t came_before = -1;  // `came` at that time; -1: its turn has not come yet
     std::string key;                // of the route that it was last asked by
 
   private:

@@ -13,8 +13,9 @@
 
 http_class http;
 
-// What may be outstanding on one connection. Sixteen requests fill a line of 100 ms with small files; the bytes bound what
-// is thrown away when a connection breaks or a user quits, and keep a large file from standing in the way of others.
+// What may be outstanding on one connection. Sixteen requests fill a line of 100 ms with small files; the bytes bound
+// what is thrown away when a connection breaks or a user quits, and keep a large file from standing in the way of
+// others.
 static constexpr std::size_t most_outstanding = 16;
 static constexpr std::int64_t most_bytes_ahead = 512 * 1024;
 // Of what is announced and not yet taken: it lies in memory.
@@ -95,8 +96,8 @@ static void log_failure(const down_class& d) {
         << std::endl;
 }
 
-// The file is written or closed first: what the disk refuses at the end counts as a failed transfer, and after "complete"
-// the caller reads the file. Silence is an everyday event on a busy mirror and does not go to the log.
+// The file is written or closed first: what the disk refuses at the end counts as a failed transfer, and after
+// "complete" the caller reads the file. Silence is an everyday event on a busy mirror and does not go to the log.
 int http_class::judge(int slot) {
     down_class& d = *slots[slot];
     if (d.deliver()) return finish(slot, net_complete);
@@ -107,7 +108,7 @@ int http_class::judge(int slot) {
 }
 
 int http_class::finish(int slot, int result) {
-    const down_ptr over = std::exchange(slots[slot], nullptr);
+    const down_ptr over = last[slot] = std::exchange(slots[slot], nullptr);
     if (result == net_complete) {
         slot_freed = true;
         delivered[slot] = over;
@@ -288,8 +289,8 @@ void http_class::take_ended(line_class& line) {
     }
 }
 
-// A connection has ended with requests unanswered. They are asked again on another one, which costs them nothing as long as
-// connections give answers; the first alone has failed where its connection gave none.
+// A connection has ended with requests unanswered. They are asked again on another one, which costs them nothing as
+// long as connections give answers; the first alone has failed where its connection gave none.
 void http_class::take_lost(line_class& line) {
     if (line.asked.empty()) return;
     host_traits& host = hosts[line.connection().route().key()];
@@ -306,9 +307,23 @@ void http_class::take_lost(line_class& line) {
     }
 }
 
+static constexpr float least_bytes_s = 1000;
+
 void http_class::watch_silence(line_class& line) {
     if (line.asked.empty() || line.is_over()) return;
     const down_ptr first = line.asked.front();
+    if (first->came_before < 0 || xtim.real_time > first->watched_since + http_silence_seconds) {
+        const auto drips = static_cast<std::int64_t>(http_silence_seconds * least_bytes_s);
+        const bool too_slow = first->came_before >= 0 && first->came - first->came_before < drips;
+        first->watched_since = xtim.real_time;
+        first->came_before = first->came;
+        if (too_slow && first->request.elsewhere) {
+            first->was_silent = true;
+            first->fail("slower than a kilobyte a second for 30 seconds");
+            line.close("");
+            return;
+        }
+    }
     if (xtim.real_time > first->last_data + http_silence_seconds) {
         first->was_silent = true;
         first->fail(why_silent(*first));

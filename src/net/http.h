@@ -1,8 +1,8 @@
 // http.h: the pool of transfers. All fetching goes through one polled call: the caller names a slot, a server, a path
-// and a local file, and calls again until the answer is final. What it will want next it may announce: that is asked for
-// ahead, over the same few connections, and is there or on its way when a slot asks for it.
-// Ownership: the pool owns the connections, and shares each transfer with the one it was asked on.
-// Threads: main thread only; nothing waits but wait().
+// and a local file, and calls again until the answer is final. What it will want next it may announce: that is asked
+// for ahead, over the same few connections, and is there or on its way when a slot asks for it. Ownership: the pool
+// owns the connections, and shares each transfer with the one it was asked on. Threads: main thread only; nothing waits
+// but wait().
 #pragma once
 
 #include <cstdint>
@@ -49,8 +49,8 @@ class http_class {
 
     // What the last completed transfer of the slot brought turned out to be no good, and `why` goes to the log and to
     // last_failure. True where that may come from the way it was fetched (put together from parts, or asked ahead of a
-    // server that loses count): the same server is to be asked once more. Else it counts as a failure after all, with its
-    // pause.
+    // server that loses count): the same server is to be asked once more. Else it counts as a failure after all, with
+    // its pause.
     bool reject(int slot, const std::string& why);
     // The body of the last completed transfer of the slot, if its request was `in_memory`.
     std::vector<char> take_body(int slot);
@@ -75,6 +75,7 @@ class http_class {
     int last_disk_failure() const { return disk_failure; }
 
     down_ptr slots[http_slot_count];  // null: nothing under way
+    down_ptr last[http_slot_count];   // the last one that ended there, well or not; null: none yet
 
   private:
     bool start(int slot, const http_request& request);

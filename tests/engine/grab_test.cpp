@@ -222,3 +222,28 @@ TEST_F(grab, a_transfer_left_over_from_an_install_that_ended_is_not_taken_for_an
     EXPECT_EQ(run(), 1);
     EXPECT_EQ(on_disk({"a/first", "b/second", "a/second"}), "12");
 }
+
+TEST_F(grab, what_no_server_has_is_set_aside_and_told_at_the_end) {
+    open_mirror();
+    stg.server_cnt = 2;
+    server_list.server_name[1] = server_list.server_name[0];
+    server_list.server_path[1] = "/late/";
+    for (const char* path : {"All/a", "All/b", "All/c", "All/d"})
+        shipped(path, path);
+    served["/late/All/b.zip"] = served["/r/All/b.zip"];
+    served.erase("/r/All/b.zip");
+    served.erase("/r/All/c.zip");
+    prepare();
+    EXPECT_EQ(run(), 1);
+    EXPECT_EQ(on_disk({"a", "b", "d"}), "All/aAll/bAll/d");
+    EXPECT_EQ(stg.install_failed, 1);
+    ASSERT_EQ(alerts.count(), 1U) << alerts.last();
+    EXPECT_EQ(alerts.seen[0].line2 + alerts.seen[0].line3, "Missing: 1. Everything else was installed.They are: c");
+    for (const char* path : {"/r/All/c.zip;", "/late/All/c.zip;"}) {
+        std::size_t times = 0;
+        for (std::size_t at = requests.find(path); at != std::string::npos; at = requests.find(path, at + 1))
+            ++times;
+        EXPECT_GE(times, 2U) << requests;
+        EXPECT_LE(times, 3U) << requests;
+    }
+}

@@ -24,7 +24,8 @@ class Http : public testing::Test {
     // `name` as an engine would give it: the same for one file on any server.
     int check(const std::string& server, const std::string& path = "/x.zip", int slot = 2) {
         xtim.xtim_update();
-        return http.net_check(slot, {server, path, local, most_bytes, path.substr(path.rfind('/')), about_bytes});
+        return http.net_check(slot, {server, path, local, most_bytes, path.substr(path.rfind('/')), about_bytes, false,
+                                     false, elsewhere});
     }
     // As if the peer had been silent for more than half a minute.
     void grow_old(int slot = 2) { http.slots[slot]->last_data = xtim.real_time - 31; }
@@ -50,6 +51,7 @@ class Http : public testing::Test {
     scratch dir;
     std::string local = dir / "got.zip";
     std::int64_t most_bytes = 0, about_bytes = -1;
+    bool elsewhere = false;
 };
 
 // The value of a header of a request.
@@ -170,6 +172,25 @@ TEST_F(Http, AFailureIsLoggedWithAllThatIsKnownAndSilenceIsNot) {
     grow_old();
     EXPECT_EQ(fetch(silent.host()), net_failed);
     EXPECT_EQ(http.last_failure(), silent.host() + ": no answer for 30 seconds for /x.zip");
+
+    scripted_peer drips(script().send("HTTP/1.1 200 OK\r\nContent-Length: 900000\r\n\r\n" + std::string(29'000, 'x')));
+    for (const bool other : {false, true}) {
+        elsewhere = other;
+        local = dir / (other ? "b" : "a");
+        const std::string path = other ? "/b" : "/a";
+        while (check(drips.host(), path) == net_running && !(http.slots[2] && http.slots[2]->came >= 29'000))
+            http.wait(5000, -1);
+        http.slots[2]->watched_since -= 31;
+        http.slots[2]->came_before = 0;
+        if (other) {
+            EXPECT_EQ(fetch(drips.host(), path), net_failed);
+        } else {
+            for (int look = 0; look < 3; ++look)
+                EXPECT_EQ(check(drips.host(), path), net_running) << "the only server is better than none";
+            http.slots[2].reset();
+        }
+    }
+    EXPECT_NE(http.last_failure().find("slower than a kilobyte a second"), std::string::npos);
     EXPECT_EQ(log(), block);
 }
 
