@@ -17,6 +17,7 @@
 #include "engine/grab.h"
 #include "engine/outcome.h"
 #include "engine/placing.h"
+#include "engine/rename.h"
 #include "engine/stg.h"
 #include "engine/trust.h"
 #include "engine/withdrawn.h"
@@ -247,6 +248,7 @@ void flow_install() {
     if (!lock_destination()) return;
     stream_reset();
     stg.install_failed = 0;
+    note_what_else_is_there();
     // Folders, also for an agreement that may be refused.
     if (!make_dirs()) return end_install(install_over, 1, 0);
     if (!lock_destination()) return give_destination_free();

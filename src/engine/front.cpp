@@ -11,4 +11,4 @@ static void show_no_progress(float, float, float, scan_phase, const std::string&
 static void tell_no_one(int, const std::string&, int) {}
 static void say_nothing() {}
 
-front_t front = {refuse, cancel, show_no_progress, tell_no_one, say_nothing};
+front_t front = {refuse, cancel, show_no_progress, tell_no_one, say_nothing, say_nothing};

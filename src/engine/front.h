@@ -30,5 +30,7 @@ struct front_t {
     void (*file_finished)(int action, const std::string& path, int result);
     // Another run is at work on the destination; the install is not started.
     void (*destination_busy)();
+    // The destination has got the name of the release; dest_dir_path is the new one.
+    void (*destination_renamed)();
 };
 extern front_t front;  // defaults: no agreement, cancel, nothing shown

@@ -10,6 +10,7 @@
 #include "engine/front.h"
 #include "engine/outcome.h"
 #include "engine/placing.h"
+#include "engine/rename.h"
 #include "engine/stg.h"
 #include "engine/streams.h"
 #include "engine/withdrawn.h"
@@ -244,15 +245,6 @@ bool work_on_file(int stream, std::size_t file) {
     next.down_kb += row.zip_size;
     next.disk_kb += row.ext_size;
     return true;
-}
-
-void rename_destination() {
-    if (dest_dir_path.size() < 2 || server_list.install_name.empty() ||
-        server_list.install_name.find('/') != std::string::npos)
-        return;
-    const std::string parent(folder_of(dest_dir_path)), name(without_slash(last_part(dest_dir_path)));
-    if (rename_file(parent, name, server_list.install_name) == 0)
-        dest_dir_path = parent + server_list.install_name + "/";
 }
 
 }  // namespace

@@ -118,6 +118,22 @@ static std::string desktop_folder() {
     return folder;
 }
 
+std::vector<std::string> user_folders() {
+    const std::string home = home_folder();
+    std::vector<std::string> folders = {home};
+    for (const char* usual :
+         {"Desktop", "Documents", "Downloads", "Music", "Pictures", "Public", "Templates", "Videos"})
+        folders.push_back(home + usual + "/");
+    std::ifstream file(xdg_base("XDG_CONFIG_HOME", ".config/") + "user-dirs.dirs");
+    for (std::string line; std::getline(file, line);) {
+        const std::size_t equals = line.find("_DIR=\"");
+        if (!line.starts_with("XDG_") || equals == std::string::npos) continue;
+        const std::string named = user_dir_value(line.substr(equals + 5), home);
+        if (!named.empty()) folders.push_back(named);
+    }
+    return folders;
+}
+
 std::string temp_stream_zip(int stream) {
     return std::to_string(stream) + ".zip";
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 enum {
     os_dir_this_app = 0,      // folder of the running executable, by the kernel's link to it
@@ -17,6 +18,10 @@ enum {
 
 // Leaves `out` as it stood when the folder cannot be had. "\" and ":" of the result become "/".
 void get_OS_abs_path(int which, std::string* out);
+
+// The home folder, and the desktop's folders in it (documents, downloads, ...): as the user has set them, or by their
+// usual names.
+std::vector<std::string> user_folders();
 
 // HOME, else the password entry; ends in "/". Empty when neither is known.
 std::string home_folder();
@@ -37,6 +42,8 @@ constexpr char temp_signature[] = "directory.txt.zip.minisig";
 constexpr char temp_marker[] = ".velaris.temp";      // of ours; without it a folder that was left is not touched
 constexpr char own_prefix[] = ".velaris.";           // every name below is ours in the destination; no release has one
 constexpr char emptied_note[] = ".velaris.emptied";  // paths that a run deleted, until it has swept their folders
+// Empty; it says that the folder held other things before the first install.
+constexpr char name_stays_note[] = ".velaris.keeps_name";
 // A file that is being expanded, here and in the destination's folders. Hidden, so that no listing of ours shows one
 // that a kill left behind; the next install removes it.
 constexpr char temp_part[] = ".velaris.part";

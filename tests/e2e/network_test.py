@@ -142,7 +142,7 @@ class NetworkTest(installer.Scene):
             "no list": {"/serverlist.txt": [servers.refuse(404)]},
             "silent list": {"/serverlist.txt": [servers.say_nothing]},
             "no catalogue": {BASE + "directory.txt.zip": [servers.refuse(404)]},
-            "no file": {HERON: [servers.refuse(404)]},
+            "no file": {HERON: [servers.refuse(503)]},
             "silent files": {HERON: [servers.stall]},
             "files that never end": {HERON: [trickle]},
         }

@@ -166,3 +166,51 @@ TEST_F(care, a_destination_that_is_swapped_for_a_link_leads_nowhere_else) {
     EXPECT_EQ(scratch::read(disk / "moved/a/f") + scratch::read(disk / "outside/gone"), "new1");
     EXPECT_FALSE(scratch::exists(disk / "moved/gone") || scratch::exists(disk / "outside/a"));
 }
+
+TEST_F(care, only_a_folder_that_is_a_copy_and_nothing_else_gets_the_name_of_the_release) {
+    setenv("HOME", (disk / "home").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (disk / "config").c_str(), 1);
+    disk.write("config/user-dirs.dirs", "XDG_MUSIC_DIR=\"$HOME/Songs\"\n");
+    static int saved;
+    saved = 0;
+    alert_front.save_settings = [] { ++saved; };
+    const struct {
+        const char *folder, *before, *name;  // the destination, what stands in it, the name of the release
+        bool renamed;
+    } cases[] = {
+        {"fresh", nullptr, "New", true},
+        {"copy", "f", "New", true},
+        {"copy 2", "f", "a:b", false},
+        {"copy 3", "f", "a\\b", false},
+        {"copy 4", "f", "..", false},
+        {"others", "letter.txt", "New", false},
+        {"hidden", ".letter", "New", false},
+        {"home", nullptr, "New", false},
+        {"home/Documents", nullptr, "New", false},
+        {"home/Songs", nullptr, "New", false},
+    };
+    open_mirror();
+    shipped("All/f", "1");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.folder);
+        for (int time = 0; time < 2; ++time) {  // the second run finds a copy there in any case
+            dest_dir_path = disk / c.folder + "/";
+            if (c.before) disk.write(std::string(c.folder) + "/" + c.before, "1");
+            disk.write(std::string(c.folder) + "/.velaris.part.0", "of a killed run");
+            questions = "";
+            stg.install_state = install_idle;
+            server_list.install_name = c.name;
+            stg.dir_state = read();
+            this_install_has_exes = 1;
+            flow_install();
+            EXPECT_TRUE(poll_until([] {
+                flow_file_work_once();
+                return stg.install_state == install_over;
+            }));
+            EXPECT_EQ(dest_dir_path != disk / c.folder + "/", c.renamed);
+            EXPECT_EQ(questions, c.renamed ? "renamed;" : "");
+            std::filesystem::remove_all(disk / "New");
+        }
+    }
+    EXPECT_EQ(saved, 4);
+}

@@ -59,9 +59,12 @@ class release : public testing::Test {
         setenv("XDG_STATE_HOME", (disk / "state").c_str(), 1);
         questions = finished = "";
         answers.clear();
-        front = {[] { return agrees; }, select_alert,
-                 [](float, float, float, scan_phase, const std::string&, const std::string&) {}, file_finished,
-                 [] { questions += "busy;"; }};
+        front = {[] { return agrees; },
+                 select_alert,
+                 [](float, float, float, scan_phase, const std::string&, const std::string&) {},
+                 file_finished,
+                 [] { questions += "busy;"; },
+                 [] { questions += "renamed;"; }};
         agrees = 1;
         xtim.xtim_update();
     }

@@ -129,5 +129,8 @@ void console_answers_install(const console_options& chosen) {
         console_problem("Another run is at work on " + dest_dir_path +
                         ". Nothing was changed; try again when it has ended.");
     };
+    front.destination_renamed = [] {
+        console_sentence({"The folder has the name of the release now: " + dest_dir_path, tone::good_news});
+    };
     choose_folder = typed_folder;
 }
