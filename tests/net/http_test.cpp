@@ -86,13 +86,11 @@ TEST_F(Http, AProxyTakesTheRequestAndTheHostIsNotLookedUp) {
     const struct {
         std::string setting, environment, none;
         bool direct;
-        std::string login;
     } rows[] = {
-        {"127.0.0.1", "", "", false, ""},
-        {"me:p%40ss@127.0.0.1", "http://127.0.0.1:1", "other", false, "Basic bWU6cEBzcw=="},
-        {"", "http://me:pass@" + peer.host() + "/", "irror...", false, "Basic bWU6cGFzcw=="},
-        {"", peer.host(), "x, .mirror...", true, ""},
-        {"127.0.0.1", "", "*", true, ""},
+        {"127.0.0.1", "", "other", false},
+        {"", "http://" + peer.host() + "/", "irror...", false},
+        {"", peer.host(), "x, .mirror...", true},
+        {"127.0.0.1", "", "*", true},
     };
     std::size_t seen = 0;
     for (const auto& row : rows) {
@@ -107,7 +105,6 @@ TEST_F(Http, AProxyTakesTheRequestAndTheHostIsNotLookedUp) {
         const std::string request = peer.request(seen++);
         EXPECT_TRUE(request.starts_with("GET http://mirror...:8080/x.zip HTTP/1.1\r\n"));
         EXPECT_EQ(header(request, "Host"), "mirror...:8080");
-        EXPECT_EQ(header(request, "Proxy-Authorization"), row.login);
     }
     EXPECT_EQ(peer.request_count(), seen);
     setenv("no_proxy", "", 1);
@@ -387,12 +384,8 @@ TEST_F(Http, WaitWakesForWhatHasToBeDoneAndForNothingElse) {
 
 TEST_F(Http, MistakenCallsAreFatal) {
     alert_catcher alerts;
-    for (const int slot : {-1, 6}) {
-        EXPECT_THROW(check("a", "/x", slot), left);
-        EXPECT_EQ(alerts.last().find("Too many download objects requested!\n\n\n\n"), 0u);
-    }
+    EXPECT_THROW(check("a", "/x", -1), left);
+    EXPECT_THROW(check("a", "/x", http_slot_count), left);
     EXPECT_THROW(check("host/"), left);
-    EXPECT_NE(alerts.last().find("a server name is simply a server name... with no slash!\nhost/"), std::string::npos);
     EXPECT_THROW(http.net_check(2, {"host", "x", local}), left);
-    EXPECT_NE(alerts.last().find("hard drive,which is a dir char on unix!\nx"), std::string::npos);
 }
