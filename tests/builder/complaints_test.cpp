@@ -149,10 +149,6 @@ TEST(complaints, about_what_else_can_be_wrong) {
              r.room.write("old.txt", "I\n901 version\nINSTALLER\n");
          },
          "So fix this.\n", 513},
-        {[](const reference&) { builder_front.stop_wanted = [] { return stop_wish::by_q; }; }, "You hit Q dumbass!\n",
-         173},
-        {[](const reference&) { builder_front.stop_wanted = [] { return stop_wish::by_signal; }; },
-         "The build was interrupted.\n"},
     };
     for (const auto& it : cases) {
         SCOPED_TRACE(it.text);

@@ -200,34 +200,6 @@ FILE 4 3 90001 0 0 GONE d
     EXPECT_EQ(scratch::read(ref.catalogue(build.release_name)), wanted);
 }
 
-TEST(release, tells_its_history_and_sums_up) {
-    static int known = 0, newest = 0;
-    static release_summary sum;
-    const reference ref;
-    alert_catcher alerts;
-    builder_front.history = [](int files, int number) { known = files, newest = number; };
-    builder_front.finished = [](const release_summary& summary) { sum = summary; };
-    ref.put("All/Aircraft/.hidden/inside.txt", "x");
-    ref.put("All/Aircraft/.DS_Store", "x");
-    ref.put("All/Aircraft/litter.bak", "x");
-    ref.put("All/Weapons/kept.wpn", "kept");
-    ref.put("../out/" + build.release_name + ".unfinished/.velaris-builder",
-            "An unfinished release. The next run of the builder sweeps it away.\n");
-    ref.set_old("DIR All/Weapons/\nFILE 0 0 80000 0 0 " + signature("kept") +
-                " kept.wpn\nFILE 0 0 80001 0 0 01230123012301230123012301230123 gone.wpn\n"
-                "DIR All/Resources/menus/English/\nFILE 0 0 80000 0 0 01230123012301230123012301230123 Velaris.txt\n");
-    build_install();
-    EXPECT_EQ(known, 3);
-    EXPECT_EQ(newest, 80001);
-    EXPECT_EQ(sum.hidden, 2);
-    EXPECT_EQ(sum.folder, ref.made(build.release_name));
-    EXPECT_FALSE(scratch::exists(sum.folder + ".velaris-builder"));
-    EXPECT_EQ(std::to_string(sum.files) + " " + std::to_string(sum.tally.added) + " " +
-                  std::to_string(sum.tally.changed) + " " + std::to_string(sum.tally.same) + " " +
-                  std::to_string(sum.tally.withdrawn),
-              "3 1 1 1 1");
-}
-
 // A program of the reference copy may be marked already, read-only, or share its bytes with a file outside.
 TEST(release, marks_programs_in_the_reference_copy_and_nowhere_else) {
     const reference ref;

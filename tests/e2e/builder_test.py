@@ -3,6 +3,7 @@ import fcntl
 import os
 import pty
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -57,18 +58,23 @@ class BuilderTest(unittest.TestCase):
         with open(os.path.join(self.room, "builder.conf"), "w", encoding="utf-8", newline="") as conf:
             conf.write("# releases\r\ndst out\t \r\nversion_name Velaris 9.00 Beta-7\r\nversion_number 90007")
         self.assertEqual(self.build("--src=ref", "--first_release")[0], 0)
+        step = release.sample().remove("All/Custom Scenery/Airstrip/apt.txt").add("All/Weapons/rocket.wpn", "changed")
+        step.add("All/Weapons/new", "new").add("All/Weapons/newer", "newer").add("All/Weapons/newest", "newest")
+        shutil.rmtree(self.src)
+        step.write(self.src)
         status, out, err = self.build("--src=ref/", "--old=out/Velaris 9.00 Beta-7/directory.txt.zip",
                                       f"--version_name={NAME}", "--version_number=90019")
         self.assertEqual(status, 0, err)
         self.assertEqual(self.released(), [NAME, "Velaris 9.00 Beta-7"])
-        self.assertRegex(out, NAME + r": (\d+) files \(0 new, 0 changed, \1 as before\), \d+ kB; 0 withdrawn\n"
+        self.assertRegex(out, NAME + r": (\d+) files \(3 new, 1 changed, \d+ as before\), \d+ kB; 1 withdrawn\n"
                          + f"hidden items left out: 1\n{self.out}/{NAME}/\n$")
         self.assertRegex(out, r"The history has \d+ files, the newest of release 90007\.\n")
         self.assertNotIn("velaris-", out.replace(self.room, ""), "a path of the run's own folder")
         self.assertIn("version string 'Velaris 9.00 Beta-19' and the version number 90019", err)
         with zipfile.ZipFile(os.path.join(self.out, NAME, "directory.txt.zip")) as archive:
             rows = [line.split(b" ", 7) for line in archive.read("directory.txt").splitlines() if line[:5] == b"FILE "]
-        self.assertEqual({row[3] for row in rows}, {b"90019"})
+        self.assertEqual({row[3] for row in rows}, {b"90007", b"90019"})
+        self.assertFalse([name for name in os.listdir(os.path.join(self.out, NAME)) if name.startswith(".")])
 
     def test_wrong_usage_is_one_line_and_status_2(self):
         src, dst, first = self.settings
