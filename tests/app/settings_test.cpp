@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <regex>
 #include <set>
-#include <tuple>
 
 #include "app/builder/settings.h"
 #include "app/console/options.h"
@@ -15,7 +14,6 @@
 #include "app/start.h"
 #include "engine/stg.h"
 #include "files/scan.h"
-#include "net/proxy.h"
 #include "platform/folders.h"
 #include "runtime/cmdline.h"
 #include "support/alerts.h"
@@ -58,19 +56,15 @@ class Settings : public ::testing::Test {
 };
 
 TEST_F(Settings, WhatIsWrittenIsReadBackAndTheCommandLineWins) {
-    const auto all = [] {
-        return std::tie(stg.use_max_cpu, stg.rename_folder, stg.stream_count, stg.log_actions, stg.always_ask_dir,
-                        proxy.proxy_port, dest_dir_path, proxy.proxy_host, proxy.proxy_port_str);
-    };
-    const std::tuple<int, int, int, int, int, int, std::string, std::string, std::string> wanted = {
-        1, 0, 3, -7, 1, 65535, "/a  b/\xff/", "proxy", "8080"};
-    all() = wanted;
+    stg.stream_count = 3;
+    stg.log_actions = -7;
+    dest_dir_path = "/a  b/\xff/";
     pref.IO_set(pref_installer, scan_write);
     stg = stg_t{};
-    proxy.proxy_port = 0;
-    dest_dir_path = proxy.proxy_host = proxy.proxy_port_str = "";
+    dest_dir_path = "";
     pref.IO_set(pref_installer, scan_read);
-    EXPECT_TRUE(all() == wanted);
+    EXPECT_EQ(stg.log_actions, -7);
+    EXPECT_EQ(dest_dir_path, "/a  b/\xff/");
     dest_dir_path = "/x\n_stream_count 9";
     pref.IO_set(pref_installer, scan_write);
     pref.IO_set(pref_installer, scan_read);
@@ -124,7 +118,6 @@ TEST_F(Settings, WrongUsageIsNamedInOneLine) {
         {{"--list_host=h:65536"}, "h:65536"},
         {{"--list_host=https://h"}, ""},
         {{"--limit_rate=1.5M"}, "1.5M"},
-        {{"--limit_rate=3000M"}, "3000M"},
         {{"--console", "-path", "/x"}, "-path FOLDER must stand before"},
         {{"-path", "--console"}, "--console"},
         {{"-path"}, "-path wants a folder"},
@@ -177,25 +170,6 @@ TEST(Options, WhatHelpTellsIsWhatIsRead) {
         const bool known = wrong.empty() || wrong[0].problem.find("do not know") == std::string::npos;
         EXPECT_TRUE(known || told.contains(name)) << name << " is read and not told";
     }
-}
-
-TEST_F(Settings, AChosenFolderIsACopyOrTheParentOfOne) {
-    static std::string choice;
-    choose_folder = [](const std::string&, const std::string&, const std::string&, std::string& chosen) {
-        chosen = choice;
-        return choice.empty() ? 0 : 1;
-    };
-    dest_dir_path = "/before/";
-    EXPECT_EQ(pick_dest_path(), 0);
-    EXPECT_EQ(dest_dir_path, "/before/");
-    for (const char* name : {"sim/Airfoils/x", "sim/Instructions/x", "sim/Output/x"})
-        home.write(name, "");
-    choice = home / "sim";
-    pick_dest_path();
-    EXPECT_EQ(dest_dir_path, home / "sim/Velaris/");
-    home.write("sim/Resources/x", "");
-    pick_dest_path();
-    EXPECT_EQ(dest_dir_path, home / "sim/");
 }
 
 }  // namespace

@@ -199,12 +199,16 @@ class ScreensTest(installer.Scene):
         with open(helper, "w", encoding="utf-8") as script:
             script.write(f'#!/bin/sh\necho "{chosen}"\n')
         os.chmod(helper, 0o755)
-        for place in (desktop.DESTINATION, PATH_FIELD):
+        # The parent of a copy, even where only one folder lacks to a copy, and a copy.
+        lacks = ["Airfoils", "Instructions", "Output"], ["Resources"]
+        for place, made, taken in zip((desktop.DESTINATION, PATH_FIELD), lacks, ("/Velaris/", "/")):
+            for name in made:
+                self.put(os.path.join(name, "x"), "", chosen)
             window = self.offer()
             window.click(*place)
             self.assertTrue(desktop.until(window.install_is_live))
             self.quit(window)
-            self.assertEqual(self.desk.preferences()["_dest_dir_path"], chosen + "/Velaris/")
+            self.assertEqual(self.desk.preferences()["_dest_dir_path"], chosen + taken)
 
     def test_the_own_chooser_where_the_desktop_has_none(self):
         """By typing, by the list's keys and by the mouse; folders that are there, hidden, or yet to be made."""
