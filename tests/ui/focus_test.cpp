@@ -20,23 +20,6 @@ int show(int id, int accept, int take) {
                               accept, take);
 }
 
-TEST(Focus, TabEntersTheRingAndGoesRoundBothWays) {
-    EXPECT_EQ(BTN_dispatch_to_focus(9, vk_tab, key_goes_down), 0) << "there is nothing to go to";
-    for (const int id : {10, 20, 30})
-        show(id, accept_letters, 0);
-    focus_id = 99;  // has left the screen
-    EXPECT_EQ(BTN_dispatch_to_focus('a', 65, key_goes_down), 0);
-    const struct {
-        int flags, used, reaches;
-    } steps[] = {{key_goes_down, 1, 10}, {0, 1, 20},        {key_goes_up, 0, 20}, {0, 1, 30}, {0, 1, 10},
-                 {key_shift, 1, 30},     {key_shift, 1, 20}};
-    for (const auto& step : steps) {
-        EXPECT_EQ(BTN_dispatch_to_focus(9, vk_tab, step.flags), step.used);
-        EXPECT_EQ(focus_id, step.reaches);
-    }
-    EXPECT_EQ(queue.count, 0);
-}
-
 TEST(Focus, TabGoesInReadingOrderAndArrowsStayInAGroup) {
     int first_choice = 0, second_choice = 0;
     const struct {
@@ -95,19 +78,6 @@ TEST(Focus, AWidgetGetsTheKeysOfItsClassesAndNoOthers) {
         }
     mnw.wind_id = wind_alert;
     EXPECT_EQ(BTN_dispatch_to_focus(0x85, 0, 0), 0) << "an alert keeps keys from the fields below it";
-}
-
-// The keys of a widget that is gone would lie in the shared queue for ever and overrun it.
-TEST(Focus, AFullQueueKeepsTheKeysOfTheLivingWidget) {
-    show(1, take_all, 1);
-    for (int i = 0; i < focus_queue_length + 10; ++i)
-        BTN_dispatch_to_focus('a', 65, 0);
-    EXPECT_EQ(queue.count, focus_queue_length);
-    show(2, take_all, 1);
-    EXPECT_EQ(BTN_dispatch_to_focus('b', 66, 0), 1);
-    EXPECT_EQ(queue.count, 1);
-    EXPECT_EQ(queue.chars[0], 'b');
-    EXPECT_EQ(queue.ids[0], 2);
 }
 
 }  // namespace
