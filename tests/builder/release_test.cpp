@@ -71,48 +71,32 @@ std::string bytes_of(const story& it, char content, bool mended) {
     return program;
 }
 
-std::string signature(const std::string& text) {
-    MD5_CTX context;
-    MD5Init(&context);
-    MD5UpdateWide(&context, reinterpret_cast<const unsigned char*>(text.data()),
-                  static_cast<std::uint32_t>(text.size()));
-    MD5Final(&context);
-    return md5_hex(context);
-}
-
-std::string release_title(int release) {
-    return "Velaris 9.00 Beta-" + std::to_string(release);
-}
-
 // The rows of each path of one release, told as in the stories.
-using told = std::map<std::string, std::string>;
-
-std::string key_of(const std::string& path, int platform) {
-    return path + " on " + std::to_string(platform);
-}
+using told = std::map<std::pair<std::string, int>, std::string>;  // by path and platform
 
 told as_in_the_stories(int release) {
     told wanted;
     for (const story& it : stories)
-        if (*it.rows[release - 1]) wanted[key_of(it.path, it.platform)] = it.rows[release - 1];
+        if (*it.rows[release - 1]) wanted[{it.path, it.platform}] = it.rows[release - 1];
     return wanted;
 }
 
 told as_in_the_catalogue() {
-    told letters, found;
+    told found;
+    std::map<std::string, std::string> letters;
     for (const story& it : stories)
         for (const std::string content : it.contents)
             if (content.starts_with("@"))
-                letters[it.path + signature(content.substr(1))] = "@";
+                letters[it.path + md5_of(content.substr(1))] = "@";
             else if (!content.empty())
-                letters[it.path + signature(bytes_of(it, content[0], true))] = content;
+                letters[it.path + md5_of(bytes_of(it, content[0], true))] = content;
     for (const file_history_struct& history : sim_info) {
         std::string rows;
         for (const file_version_struct& row : history)
             rows += (rows.empty() ? "" : " ") + std::to_string(row.version - 90000) +
                     (row.sig_want == "GONE" ? "X" : letters[row.path + row.sig_want]);
-        const std::string key = key_of(history.front().path, history.back().platform);
-        EXPECT_TRUE(found.emplace(key, rows).second) << "two histories of " << key;
+        const std::pair key(history.front().path, history.back().platform);
+        EXPECT_TRUE(found.emplace(key, rows).second) << "two histories of " << key.first;
     }
     return found;
 }
@@ -136,7 +120,7 @@ TEST(release, three_in_a_row_carry_the_history_of_every_file) {
     alert_catcher alerts;
     for (int release = 1; release <= 3; ++release) {
         SCOPED_TRACE("release " + std::to_string(release));
-        build.release_name = release_title(release);
+        build.release_name = "Velaris 9.00 Beta-" + std::to_string(release);
         build.release_number = 90000 + release;
         arrange(ref, release);
         build_install();
@@ -152,7 +136,7 @@ TEST(release, three_in_a_row_carry_the_history_of_every_file) {
             // An earlier builder shipped what is refused now: it leaves the catalogue without a word.
             build.old_dir_path =
                 ref.room.write("old.txt", scratch::read(text) + "\nDIR All/Resources/\nFILE 0 0 89000 1 1 " +
-                                              signature("x") + " shipped.bak\n");
+                                              md5_of("x") + " shipped.bak\n");
         } else {
             build.old_dir_path = ref.made(build.release_name) + "directory.txt.zip";
         }

@@ -120,12 +120,6 @@ TEST_F(Ahead, WhatServersDoToARowOfRequestsCostsNoFile) {
              return ++on_connection > 2 ? played.close() : played;
          },
          0, 160},
-        {"drops a request in the middle of a row",
-         [&](const std::string& request) {
-             const int number = ++on_connection;
-             return number == 9 || number == 12 ? script() : script().send(answer(request));
-         },
-         1.5f, 250},
         {"swallows what is behind the first request",
          [&](const std::string& request) {
              // As an old proxy does, which forgets what it has read beyond a request's end.

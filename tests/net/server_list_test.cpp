@@ -73,9 +73,8 @@ TEST_F(ServerList, AServerThatCouldNotBeAskedIsLeftOutAndSpoilsNoOther) {
 }
 
 TEST_F(ServerList, AnotherVersionTitleOrNoFileIsNoList) {
-    EXPECT_EQ(read("I\n821 version\nSERVERS\n" + record(1)), -1);
-    EXPECT_EQ(read("I\n820 version\nSERVERSX\n" + record(1)), -1);
-    EXPECT_EQ(read("<html>"), -1);
+    for (const char* other : {"I\n821 version\nSERVERS\n", "I\n820 version\nSERVERSX\n", "<html>"})
+        EXPECT_EQ(read(other + record(1)), -1) << other;
     EXPECT_EQ(read_server_list(dir / "missing.txt"), -1);
     EXPECT_EQ(server_list.install_name, no_install_name);
 }
