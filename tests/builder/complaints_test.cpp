@@ -17,15 +17,13 @@ void expect_end(const reference& ref, const std::string& text, int line) {
     EXPECT_FALSE(scratch::exists(unfinished + "directory.txt.zip"));
     EXPECT_TRUE(scratch::exists(build.src_fold)) << "the reference copy is gone";
     // The long work must not begin before the copy is known to be whole and clean.
-    const bool found_at_work = line == 260 || line == 292;
-    EXPECT_EQ(scratch::exists(unfinished + "All/Resources/menus/English/Velaris.txt.zip"), found_at_work);
+    EXPECT_FALSE(scratch::exists(unfinished + "All/Resources/menus/English/Velaris.txt.zip"));
 }
 
 }  // namespace
 
 // What is put into the copy ("-" in front: taken out; with " -> ": a link), what the alert must hold, and its line.
 TEST(complaints, about_the_copy) {
-    const std::string no_zip(252, 'x');
     const struct {
         std::vector<std::string> marks;
         const char* text;
@@ -45,8 +43,6 @@ TEST(complaints, about_the_copy) {
         {{"Solaris/x.txt"}, "\nSolaris/\nSolaris/x.txt\n", 319},
         {{"All/Weapons/Photocopy/x.wpn"}, "found a copy file!\n", 438},
         {{"Linux/main.cpp"}, "found a .cpp file!\n", 439},
-        {{"Windows/x.exe"}, "We could not make a windows exe file large-address-aware!\nerror# 20013.000000\n", 260},
-        {{"Linux/" + no_zip}, "I could not zip a file!\nWe were unable to create a zip file\n", 292},
         // Names that some system cannot have, or the catalogue.
         {{"Linux/Velaris "}, "You tried to include a file or directory with a space at the end!\n", 389},
         {{"Linux/bin /x"}, "with a space at the end!\n", 389},

@@ -104,6 +104,7 @@ class BuilderTest(unittest.TestCase):
         status, _, err = self.build(*self.settings)
         self.assertEqual((status, self.released()), (1, []), err)
         self.assertIn(bad, err)
+        self.assertIn("We could not make a windows exe file large-address-aware!\nerror# 20013.000000\n", err)
         os.remove(bad)
         self.assertEqual(self.build(*self.settings)[0], 0)
         self.assertEqual(os.listdir(self.out), [NAME])
