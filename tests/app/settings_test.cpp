@@ -111,7 +111,6 @@ TEST_F(Settings, WrongUsageIsNamedInOneLine) {
     } lines[] = {
         {{"--changed=maybe"}, "maybe"},
         {{"--changed=ask"}, "terminal"},
-        {{"--give_up=soon"}, "soon"},
         {{"--give_up=inf"}, "inf"},
         {{"--scale=4.1"}, "4.1"},
         {{"--scale=nan"}, "nan"},

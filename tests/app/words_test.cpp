@@ -58,7 +58,7 @@ TEST(Header, SaysTheFirstThingThatFits) {
     http.slots[slot_directory] = nullptr;
 }
 
-TEST(Status, OffersOnlyWhatTheVolumeHolds) {
+TEST(Status, OffersWhatTheVolumeHoldsAndSaysInEveryStateThatADownloadFails) {
     stg.dir_state = dir_ready;
     server_list.install_name = "Velaris 9";
     EXPECT_EQ(status_lines().line[0].text, "Your copy of Velaris is already the latest version.");
@@ -70,9 +70,7 @@ TEST(Status, OffersOnlyWhatTheVolumeHolds) {
     flow.disk_space_avail = 0;
     EXPECT_EQ(status_lines().line[2].text, "You don't have enough disk space to install this!");
     EXPECT_EQ(status_lines().line[2].kind, tone::bad_news);
-}
 
-TEST(Status, AFailingDownloadIsSaidInEveryState) {
     crnt_file_path = "/a/b.zip";
     stg.down_failed = 1;
     for (const int state : {install_idle, install_running, install_over}) {

@@ -108,12 +108,6 @@ TEST_F(Ahead, WhatServersDoToARowOfRequestsCostsNoFile) {
         float tick;
         std::size_t most_requests;  // for 60 files
     } servers[] = {
-        {"closes after every third answer",
-         [&](const std::string& request) {
-             script played = script().send(answer(request));
-             return ++on_connection % 3 == 0 ? played.close() : played;
-         },
-         0, 400},
         {"closes after every answer, once it is asked ahead",
          [&](const std::string& request) {
              script played = script().send(answer(request));
