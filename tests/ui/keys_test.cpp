@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "display/virtual_keys.h"
 #include "gfx/mnw.h"
 #include "runtime/cmnd.h"
@@ -51,30 +49,28 @@ TEST_F(Keys, ABindingWantsItsModifiersAndNoCommandStaysDownWithoutItsKey) {
         if (wrong != (key_control | key_shift))
             send(key_kind_down, vk_f1, 0, wrong & key_shift, wrong & key_alt, wrong & key_control);
     EXPECT_EQ(state().pressed, 0);
-    const struct {
-        const char* name;
-        std::function<void()> act;
-    } ends[] = {
-        {"the modifiers were let go first", [] { send(key_kind_up, vk_f1); }},
-        {"a field got the keyboard meanwhile",
-         [&] {
-             BTN_register_focus(5, queue[0], queue[1], queue[2], queue[3], &count, focus_queue_length, 1023, 1);
-             send(key_kind_up, vk_f1);
-             EXPECT_EQ(count, 1);
-             BTN_unfocus_any();
-         }},
-        {"the key runs something else", [&] { keys.bind(vk_f1, key_control | key_shift, 0); }},
-        {"the bindings were dropped", [] { keys.keys_io(1); }},
-    };
-    for (const auto& end : ends) {
+    const auto hold = [&] {
         keys.bind(vk_f1, key_control | key_shift, command);
         for (const int kind : {key_kind_down, key_kind_repeat})
             send(kind, vk_f1, 0, true, false, true);
         keys.run_repeat_keys();
         EXPECT_EQ(state().held_frames, 2);
-        end.act();
-        EXPECT_EQ(state().held_frames, 0) << end.name;
-    }
+    };
+    hold();
+    send(key_kind_up, vk_f1);
+    EXPECT_EQ(state().held_frames, 0) << "the modifiers were let go first";
+    hold();
+    BTN_register_focus(5, queue[0], queue[1], queue[2], queue[3], &count, focus_queue_length, 1023, 1);
+    send(key_kind_up, vk_f1);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(state().held_frames, 0) << "a field got the keyboard meanwhile";
+    BTN_unfocus_any();
+    hold();
+    keys.bind(vk_f1, key_control | key_shift, 0);
+    EXPECT_EQ(state().held_frames, 0) << "the key runs something else";
+    hold();
+    keys.keys_io(1);
+    EXPECT_EQ(state().held_frames, 0) << "the bindings were dropped";
     EXPECT_EQ(state().pressed, 4);
 }
 
