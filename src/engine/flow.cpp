@@ -248,7 +248,6 @@ void flow_install() {
     if (!lock_destination()) return;
     stream_reset();
     stg.install_failed = 0;
-    note_what_else_is_there();
     // Folders, also for an agreement that may be refused.
     if (!make_dirs()) return end_install(install_over, 1, 0);
     if (!lock_destination()) return give_destination_free();
@@ -256,6 +255,7 @@ void flow_install() {
     if (front.handle_EULA()) stg.install_state = install_running;
     if (!choose_files()) stg.install_state = install_idle;
     if (stg.install_state != install_running) return end_install(install_idle, 0, 1);
+    note_what_else_is_there();
     // What stands in the way of the files.
     const int clear = clear_the_way();
     if (next.cancelled) return end_install(install_idle, 0, 1);

@@ -26,12 +26,24 @@ static bool holds_a_copy() {
     return false;
 }
 
+// Folders without a file may be ours, made for an agreement that was refused.
+static bool holds_a_file(const std::filesystem::directory_entry& entry) {
+    std::error_code error;
+    if (entry.is_symlink(error) || !entry.is_directory(error)) return true;
+    const std::filesystem::recursive_directory_iterator items(entry.path(), error);
+    return error || std::any_of(begin(items), end(items), [](const std::filesystem::directory_entry& item) {
+               std::error_code ignored;
+               return item.is_symlink(ignored) || !item.is_directory(ignored);
+           });
+}
+
 void note_what_else_is_there() {
     std::error_code error;
-    std::filesystem::directory_iterator item(way_to_destination(), error), end;
-    const bool other_things = !error && std::any_of(item, end, [](const std::filesystem::directory_entry& entry) {
-        return !entry.path().filename().string().starts_with(own_prefix);
-    });
+    const std::filesystem::directory_iterator items(way_to_destination(), error);
+    const bool other_things =
+        !error && std::any_of(begin(items), end(items), [](const std::filesystem::directory_entry& entry) {
+            return !entry.path().filename().string().starts_with(own_prefix) && holds_a_file(entry);
+        });
     if (other_things && !holds_a_copy()) destination_folder()->append(name_stays_note, "");
 }
 

@@ -4,7 +4,7 @@
 // Threads: main thread only.
 #pragma once
 
-// Before the first file comes: a folder that holds other things, and no copy yet, is marked, so that it keeps its name
+// After the agreement, before the first file comes: a folder that holds other things, and no copy yet, is marked, so that it keeps its name
 // in later runs too.
 void note_what_else_is_there();
 
