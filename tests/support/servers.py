@@ -31,6 +31,16 @@ def free_port():
         return probe.getsockname()[1]
 
 
+def links_of(listener):
+    """Each connection that comes, until the listener is closed."""
+    while True:
+        try:
+            link, _ = listener.accept()
+        except OSError:
+            return
+        yield link
+
+
 class Daemon:
     """A server program on a free port. Another process may take the port between the look and the start: then again."""
     host = "127.0.0.1"
@@ -250,11 +260,7 @@ class Meter:
         threading.Thread(target=self.accept, daemon=True).start()
 
     def accept(self):
-        while True:
-            try:
-                link, _ = self.listener.accept()
-            except OSError:
-                return
+        for link in links_of(self.listener):
             link.setsockopt(socket.SOL_SOCKET, socket.SO_SNDBUF, 4096)
             far = socket.create_connection(("127.0.0.1", self.target))
             threading.Thread(target=self.pass_on, args=(link, far, None), daemon=True).start()
@@ -330,11 +336,7 @@ class FaultServer:
         return self.gate
 
     def accept(self):
-        while True:
-            try:
-                link, _ = self.listener.accept()
-            except OSError:
-                return
+        for link in links_of(self.listener):
             with self.lock:
                 self.links.add(link)
             threading.Thread(target=self.talk, args=(link,), daemon=True).start()
